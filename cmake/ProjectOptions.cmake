@@ -1,0 +1,18 @@
+# SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+# SPDX-License-Identifier: Apache-2.0
+
+# Warnings, sanitizers and coverage of everything that is built here.
+add_library(project_options INTERFACE)
+target_compile_options(project_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion 
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
+    $<$<BOOL:${BTAC_WERROR}>:-Werror>)
+if(BTAC_SANITIZE)
+  target_compile_options(project_options INTERFACE
+      -fsanitize=${BTAC_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(project_options INTERFACE -fsanitize=${BTAC_SANITIZE})
+endif()
+if(BTAC_COVERAGE)
+  target_compile_options(project_options INTERFACE --coverage)
+  target_link_options(project_options INTERFACE --coverage)
+endif()

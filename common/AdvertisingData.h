@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+// Advertising-data structures as a Bluetooth LE packet carries them: one byte of length, which
+// counts what follows, one byte of type, then the content (Bluetooth Core Specification, Vol 3,
+// Part C, 11). The bytes come from strangers: lengths lie, and structures end outside the packet.
+
+// A manufacturer-specific structure: the company identifier and the bytes behind it, which may be
+// none. `data` points into the packet that was searched.
+struct ManufacturerData {
+    std::uint16_t company;
+    const std::uint8_t* data;
+    std::size_t size;
+};
+
+constexpr std::uint8_t kManufacturerDataType = 0xFF;
+// Type and company identifier, the part of a structure's length that is not content.
+constexpr std::size_t kManufacturerHeaderSize = 3;
+// The length is one byte.
+constexpr std::size_t kMaxManufacturerContent = 255 - kManufacturerHeaderSize;
+
+// The first manufacturer-specific structure that lies whole within the `size` bytes at `packet`
+// (NULL when size is 0). A length of 0 ends the data early, as the significant part is over.
+inline std::optional<ManufacturerData> FindManufacturerData(const std::uint8_t* packet,
+                                                            std::size_t size) {
+    std::size_t at = 0;
+    while (at < size && packet[at] != 0) {
+        const std::size_t length = packet[at];
+        if (length > size - at - 1) {
+            return std::nullopt;
+        }
+        const std::uint8_t* structure = packet + at + 1;
+        if (structure[0] == kManufacturerDataType && length >= kManufacturerHeaderSize) {
+            const auto company = static_cast<std::uint16_t>(structure[1] | (structure[2] << 8));
+            return ManufacturerData{company, structure + kManufacturerHeaderSize,
+                                    length - kManufacturerHeaderSize};
+        }
+        at += 1 + length;
+    }
+    return std::nullopt;
+}
+
+// A packet that holds one manufacturer-specific structure. Empty when `size` is more than
+// kMaxManufacturerContent.
+inline std::vector<std::uint8_t> MakeManufacturerPacket(std::uint16_t company,
+                                                        const std::uint8_t* data,
+                                                        std::size_t size) {
+    std::vector<std::uint8_t> packet;
+    if (size > kMaxManufacturerContent) {
+        return packet;
+    }
+    packet.reserve(1 + kManufacturerHeaderSize + size);
+    packet.push_back(static_cast<std::uint8_t>(kManufacturerHeaderSize + size));
+    packet.push_back(kManufacturerDataType);
+    packet.push_back(static_cast<std::uint8_t>(company & 0xFF));
+    packet.push_back(static_cast<std::uint8_t>(company >> 8));
+    packet.insert(packet.end(), data, data + size);
+    return packet;
+}
