@@ -1,0 +1,209 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/BluezAudio.h"
+
+#include <utility>
+
+#include "platform/linux/BluezError.h"
+#include "platform/linux/BluezPath.h"
+#include "platform/linux/DbusError.h"
+#include "platform/linux/PlatformLog.h"
+
+namespace Bluez {
+
+namespace {
+
+constexpr const char* kDeviceInterface = "org.bluez.Device1";
+// The remote end's role: the phone is the source.
+constexpr const char* kA2dpSourceUuid = "0000110a-0000-1000-8000-00805f9b34fb";
+// bluetoothd itself may go on for 40 s, on BR/EDR first and then on LE.
+constexpr int kAttemptMs = 10000;
+constexpr int kCancellationMs = 2000;
+// How soon to ask again while bluetoothd or the phone is connecting already.
+constexpr int kBusyPauseMs = 500;
+
+}  // namespace
+
+Audio::Audio(Mirror& mirror, Scan& scan) : m_mirror(mirror), m_scan(scan) {
+    m_mirror.AddListener(this);
+}
+
+Audio::~Audio() {
+    m_mirror.RemoveListener(this);
+}
+
+void Audio::SetCallback(bt_audio_connection_state_changed_cb callback, void* userData) {
+    m_callback = callback;
+    m_userData = userData;
+}
+
+int Audio::Connect(const std::string& address) {
+    const auto [entry, isNew] = m_requests.try_emplace(address);
+    if (!isNew) {
+        return BT_ERROR_NOW_IN_PROGRESS;
+    }
+    entry->second = std::make_shared<Request>();
+    entry->second->deadline = Timer::Once(kAttemptMs, [this, address] { OnDeadline(address); });
+    // Paging while the radio scans fails more often, so the stop of the scan is waited for. The
+    // request may be gone by then.
+    m_scan.WhenStopped([this, weak = std::weak_ptr<Request>(entry->second), address] {
+        if (!weak.expired()) {
+            Begin(address);
+        }
+    });
+    return BT_ERROR_NONE;
+}
+
+void Audio::Begin(const std::string& address) {
+    Request& request = *m_requests[address];
+    const std::string adapter = m_mirror.PoweredAdapter();
+    request.device = m_mirror.DevicePath(adapter, address);
+    if (!adapter.empty() && !request.device.empty()) {
+        Attempt(address);
+        return;
+    }
+    PLATFORM_WARN("%s is not connected: %s", address.c_str(),
+                  adapter.empty() ? "no powered adapter" : "the adapter does not know it");
+    const int result = adapter.empty() ? BT_ERROR_NOT_ENABLED : BT_ERROR_REMOTE_DEVICE_NOT_BONDED;
+    // Not before Connect returned.
+    request.pause = Timer::Once(0, [this, address, result] { Report(address, result); });
+}
+
+void Audio::Attempt(const std::string& address) {
+    Request& request = *m_requests[address];
+    request.attempt = Call(
+        m_mirror.Connection(), request.device, kDeviceInterface, "ConnectProfile",
+        g_variant_new("(s)", kA2dpSourceUuid), G_MAXINT,
+        [this, address](GVariant* /*reply*/, const GError* error) { OnAnswered(address, error); });
+}
+
+void Audio::OnAnswered(const std::string& address, const GError* error) {
+    Request& request = *m_requests[address];
+    if (request.cancellation) {
+        Report(address, BT_ERROR_TIMED_OUT);
+        return;
+    }
+    // The phone may have connected by itself meanwhile, which is what was wanted.
+    if (error == nullptr || m_mirror.HasTransport(request.device)) {
+        Report(address, BT_ERROR_NONE);
+        return;
+    }
+    if (IsInProgress(*error)) {
+        request.attempt.Drop();
+        request.pause = Timer::Once(kBusyPauseMs, [this, address] { Attempt(address); });
+        return;
+    }
+    PLATFORM_WARN("%s is not connected: %s", address.c_str(),
+                  Platform::DescribeError(*error).c_str());
+    Report(address, ErrorCode(*error));
+}
+
+void Audio::OnDeadline(const std::string& address) {
+    PLATFORM_WARN("%s is not connected: no success within %d s", address.c_str(),
+                  kAttemptMs / 1000);
+    const Request& request = *m_requests[address];
+    if (request.attempt) {
+        Cancel(address);
+    } else {
+        Report(address, request.device.empty() ? BT_ERROR_TIMED_OUT : BT_ERROR_RESOURCE_BUSY);
+    }
+}
+
+// Unless it is told to give up, bluetoothd goes on and refuses the next attempt as busy.
+void Audio::Cancel(const std::string& address) {
+    Request& request = *m_requests[address];
+    request.cancellation =
+        Call(m_mirror.Connection(), request.device, kDeviceInterface, "Disconnect", nullptr,
+             kCancellationMs, [](GVariant* /*reply*/, const GError* /*error*/) {});
+    request.deadline =
+        Timer::Once(kCancellationMs, [this, address] { Report(address, BT_ERROR_TIMED_OUT); });
+}
+
+void Audio::Report(const std::string& address, int result) {
+    const auto request = m_requests.extract(address);
+    if (request.empty()) {
+        return;
+    }
+    if (result == BT_ERROR_NONE) {
+        AddConnected(request.mapped()->device, address);
+    }
+    Tell(result, true, address);
+}
+
+void Audio::AddConnected(const std::string& device, const std::string& address) {
+    m_connected[device] = address;
+    m_lastConnected = device;
+}
+
+void Audio::RemoveConnected(const std::string& device) {
+    const auto connected = m_connected.extract(device);
+    if (!connected.empty()) {
+        Tell(BT_ERROR_NONE, false, connected.mapped());
+    }
+}
+
+std::string Audio::LastConnected() const {
+    if (m_connected.count(m_lastConnected) != 0) {
+        return m_lastConnected;
+    }
+    return m_connected.empty() ? "" : m_connected.begin()->first;
+}
+
+void Audio::Tell(int result, bool connected, const std::string& address) const {
+    if (m_callback != nullptr) {
+        m_callback(result, connected, address.c_str(), m_userData);
+    }
+}
+
+void Audio::OnServiceGone() {
+    FailAll("");
+}
+
+void Audio::OnAdapterLost(const std::string& path) {
+    FailAll(path);
+}
+
+// Fails what runs on the adapter, on any when it is empty, and takes its connections for lost. The
+// listener may ask for the next connection while it is told.
+void Audio::FailAll(const std::string& adapter) {
+    std::vector<std::string> addresses;
+    for (const auto& [address, request] : m_requests) {
+        if (adapter.empty() || IsBehind(request->device, adapter)) {
+            addresses.push_back(address);
+        }
+    }
+    std::vector<std::string> devices;
+    for (const auto& [device, address] : m_connected) {
+        if (adapter.empty() || IsBehind(device, adapter)) {
+            devices.push_back(device);
+        }
+    }
+    for (const std::string& device : devices) {
+        RemoveConnected(device);
+    }
+    for (const std::string& address : addresses) {
+        PLATFORM_WARN("%s is not connected: the adapter is gone", address.c_str());
+        Report(address, BT_ERROR_NOT_ENABLED);
+    }
+}
+
+void Audio::OnDeviceDisconnected(const std::string& path) {
+    RemoveConnected(path);
+}
+
+void Audio::OnTransportAdded(const std::string& device) {
+    const std::string address = AddressOfPath(device);
+    // A request that runs reports its own end.
+    if (m_connected.count(device) == 0 && m_requests.count(address) == 0) {
+        AddConnected(device, address);
+        Tell(BT_ERROR_NONE, true, address);
+    }
+}
+
+void Audio::OnTransportRemoved(const std::string& device) {
+    if (!m_mirror.HasTransport(device)) {
+        RemoveConnected(device);
+    }
+}
+
+}  // namespace Bluez

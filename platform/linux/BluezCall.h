@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "common/CHandle.h"
+
+namespace Bluez {
+
+constexpr const char* kBusName = "org.bluez";
+
+// A method call to bluetoothd that waits for its answer on the main loop. Dropping it drops the
+// answer: the action then never runs, so an operation that was overtaken cannot act on late news.
+// The daemon is never started by a call.
+class Call {
+public:
+    // `reply` is the answer's tuple, NULL on an error; both are valid during the call.
+    using Done = std::function<void(GVariant* reply, const GError* error)>;
+
+    // A call that is not there.
+    Call() = default;
+    // `arguments` is a floating tuple or NULL. `timeoutMs`: -1 the bus library's default, G_MAXINT
+    // none.
+    Call(GDBusConnection* connection, const std::string& path, const char* interface,
+         const char* method, GVariant* arguments, int timeoutMs, Done done);
+
+    // Forgets the answer.
+    void Drop() { m_pending.reset(); }
+    explicit operator bool() const { return m_pending != nullptr; }
+
+private:
+    struct Pending {
+        Done done;
+    };
+    std::shared_ptr<Pending> m_pending;
+};
+
+}  // namespace Bluez

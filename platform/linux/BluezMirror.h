@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "common/CHandle.h"
+#include "platform/linux/BluezCall.h"
+#include "platform/linux/BluezListener.h"
+
+namespace Bluez {
+
+struct Adapter {
+    std::string address;
+    bool isPowered = false;
+};
+
+struct Device {
+    std::string address;  // upper case
+    std::string name;     // empty when the device never told one
+    bool isPaired = false;
+    std::optional<bool> isBonded;  // bluetoothd tells since 5.65
+    bool isConnected = false;
+
+    [[nodiscard]] bool HoldsBond() const { return isBonded.value_or(isPaired); }
+};
+
+// An A2DP stream of a device; this machine is the sink.
+struct Transport {
+    std::string device;  // object path
+};
+
+struct Player {
+    std::string device;                 // object path
+    std::optional<std::string> status;  // the player has not told it yet when empty
+};
+
+// A mirror of the objects of bluetoothd that the Bluetooth interface answers from, kept by the
+// daemon's own signals: asking it never waits for the daemon. The daemon may be absent, come, crash
+// and return at any time; while it is away the mirror is empty. Main loop only.
+class Mirror {
+public:
+    // Reaches for the system bus; the mirror fills when the loop runs.
+    Mirror();
+    ~Mirror();
+    Mirror(const Mirror&) = delete;
+    Mirror& operator=(const Mirror&) = delete;
+
+    // `listener` must outlive the mirror or be removed.
+    void AddListener(Listener* listener) { m_listeners.push_back(listener); }
+    void RemoveListener(Listener* listener);
+
+    // NULL before the bus was reached.
+    [[nodiscard]] GDBusConnection* Connection() const { return m_connection.get(); }
+    // Whether the objects of a running bluetoothd are known.
+    [[nodiscard]] bool IsFilled() const { return m_isFilled; }
+
+    // Path of the adapter in use: the powered one with the lowest number. Empty when none.
+    [[nodiscard]] std::string PoweredAdapter() const;
+    [[nodiscard]] const Device* FindDevice(const std::string& path) const;
+    // Path of the device with that address, in any case, behind that adapter; empty when unknown.
+    [[nodiscard]] std::string DevicePath(const std::string& adapter,
+                                         const std::string& address) const;
+    [[nodiscard]] bool HasTransport(const std::string& device) const;
+    // Path of the device's player: the one that it is addressed by, else the first; empty when it
+    // has none.
+    [[nodiscard]] std::string PlayerPath(const std::string& device) const;
+    [[nodiscard]] const Player* FindPlayer(const std::string& path) const;
+    // Connected devices with an A2DP stream.
+    [[nodiscard]] std::vector<std::string> DevicesWithTransport() const;
+
+private:
+    void OnConnection(GObjectPtr<GDBusConnection> connection);
+    void OnServiceAppeared();
+    void OnServiceVanished();
+    void OnManagedObjects(GVariant* reply, const GError* error);
+    void OnSignal(const char* path, const char* member, GVariant* parameters);
+    void Subscribe(const char* interface, const char* member);
+
+    // An interface that the mirror knows: what to do with its properties, and when it goes.
+    struct Kind {
+        const char* interface;
+        void (Mirror::*apply)(const std::string& path, GVariant* values);
+        void (Mirror::*drop)(const std::string& path);
+    };
+    static const Kind* FindKind(const std::string& interface);
+
+    void AddInterfaces(const std::string& path, GVariant* interfaces, bool isNews);
+    void RemoveInterfaces(const std::string& path, GVariant* names);
+    void ChangeProperties(const std::string& path, GVariant* parameters);
+    void ApplyProperties(const std::string& path, const std::string& interface, GVariant* values);
+    void ApplyAdapter(const std::string& path, GVariant* values);
+    void ApplyDevice(const std::string& path, GVariant* values);
+    void ApplyTransport(const std::string& path, GVariant* values);
+    void ApplyPlayer(const std::string& path, GVariant* values);
+    void ApplyControl(const std::string& path, GVariant* values);
+    void TellAdvertisement(const std::string& path, GVariant* values);
+    void DropAdapter(const std::string& path);
+    void DropDevice(const std::string& path);
+    void DropTransport(const std::string& path);
+    void DropPlayer(const std::string& path);
+    void DropControl(const std::string& path);
+    void Clear();
+
+    template <typename Tell>
+    void ForEachListener(Tell tell) {
+        for (Listener* listener : m_listeners) {
+            tell(*listener);
+        }
+    }
+
+    GObjectPtr<GDBusConnection> m_connection;
+    std::vector<Listener*> m_listeners;  // not owned
+    std::map<std::string, Adapter> m_adapters;
+    std::unordered_map<std::string, Device> m_devices;
+    std::map<std::string, Transport> m_transports;
+    std::map<std::string, Player> m_players;
+    std::map<std::string, std::string> m_addressedPlayers;  // device to player
+    bool m_isFilled = false;
+    Call m_managedObjects;
+    GObjectPtr<GCancellable> m_busRequest;
+    std::vector<guint> m_subscriptions;
+    guint m_nameWatch = 0;
+};
+
+}  // namespace Bluez

@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
+#include "platform/linux/BluezMirror.h"
+#include "platform/linux/BluezPath.h"
+
+// The questions that the mirror answers; BluezMirror.cpp keeps it.
+
+namespace Bluez {
+
+namespace {
+
+// 'hci10' comes behind 'hci9'.
+bool ComesBefore(const std::string& a, const std::string& b) {
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
+
+}  // namespace
+
+std::string Mirror::PoweredAdapter() const {
+    std::string powered;
+    for (const auto& [path, adapter] : m_adapters) {
+        if (adapter.isPowered && (powered.empty() || ComesBefore(path, powered))) {
+            powered = path;
+        }
+    }
+    return powered;
+}
+
+const Device* Mirror::FindDevice(const std::string& path) const {
+    const auto device = m_devices.find(path);
+    return device == m_devices.end() ? nullptr : &device->second;
+}
+
+std::string Mirror::DevicePath(const std::string& adapter, const std::string& address) const {
+    const std::string path = MakeDevicePath(adapter, address);
+    return m_devices.count(path) == 0 ? "" : path;
+}
+
+bool Mirror::HasTransport(const std::string& device) const {
+    return std::any_of(m_transports.begin(), m_transports.end(),
+                       [&device](const auto& entry) { return entry.second.device == device; });
+}
+
+std::string Mirror::PlayerPath(const std::string& device) const {
+    const auto addressed = m_addressedPlayers.find(device);
+    if (addressed != m_addressedPlayers.end() && m_players.count(addressed->second) != 0) {
+        return addressed->second;
+    }
+    for (const auto& [path, player] : m_players) {
+        if (player.device == device || IsBehind(path, device)) {
+            return path;
+        }
+    }
+    return "";
+}
+
+const Player* Mirror::FindPlayer(const std::string& path) const {
+    const auto player = m_players.find(path);
+    return player == m_players.end() ? nullptr : &player->second;
+}
+
+std::vector<std::string> Mirror::DevicesWithTransport() const {
+    std::vector<std::string> devices;
+    for (const auto& [path, transport] : m_transports) {
+        devices.push_back(transport.device);
+    }
+    return devices;
+}
+
+}  // namespace Bluez

@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/BluezPath.h"
+
+#include <glib.h>
+
+#include <algorithm>
+
+namespace Bluez {
+
+std::string MakeDevicePath(const std::string& adapter, const std::string& address) {
+    std::string name = address;
+    for (char& c : name) {
+        c = c == ':' ? '_' : g_ascii_toupper(c);
+    }
+    return adapter + "/dev_" + name;
+}
+
+std::string AddressOfPath(const std::string& path) {
+    const std::size_t name = path.rfind("/dev_");
+    std::string address = name == std::string::npos ? "" : path.substr(name + 5);
+    std::replace(address.begin(), address.end(), '_', ':');
+    return address;
+}
+
+bool IsBehind(const std::string& path, const std::string& adapter) {
+    return path.size() > adapter.size() && path[adapter.size()] == '/' &&
+           path.compare(0, adapter.size(), adapter) == 0;
+}
+
+}  // namespace Bluez

@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+namespace Bluez {
+
+// The object path of a device: 'ADAPTER/dev_AA_BB_CC_DD_EE_FF'. Upper-cases the address.
+std::string MakeDevicePath(const std::string& adapter, const std::string& address);
+// The address in such a path, upper case.
+std::string AddressOfPath(const std::string& path);
+// Whether the object at `path` is behind the adapter.
+bool IsBehind(const std::string& path, const std::string& adapter);
+
+}  // namespace Bluez

@@ -1,0 +1,131 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/LaunchReceiver.h"
+
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include "platform/linux/PlatformLog.h"
+
+namespace Platform {
+
+namespace {
+
+constexpr char kDescription[] =
+    "<node>"
+    "  <interface name='org.freedesktop.Application'>"
+    "    <method name='Activate'>"
+    "      <arg type='a{sv}' name='platform_data' direction='in'/>"
+    "    </method>"
+    "    <method name='Open'>"
+    "      <arg type='as' name='uris' direction='in'/>"
+    "      <arg type='a{sv}' name='platform_data' direction='in'/>"
+    "    </method>"
+    "    <method name='ActivateAction'>"
+    "      <arg type='s' name='action_name' direction='in'/>"
+    "      <arg type='av' name='parameter' direction='in'/>"
+    "      <arg type='a{sv}' name='platform_data' direction='in'/>"
+    "    </method>"
+    "  </interface>"
+    "</node>";
+
+// Of the parameter of the action; nothing when it is not one a(ss).
+std::optional<LaunchExtras> ReadExtras(GVariant* parameter) {
+    if (g_variant_n_children(parameter) != 1) {
+        return std::nullopt;
+    }
+    const GVariantPtr boxed(g_variant_get_child_value(parameter, 0));
+    const GVariantPtr pairs(g_variant_get_variant(boxed.get()));
+    if (!g_variant_is_of_type(pairs.get(), G_VARIANT_TYPE("a(ss)"))) {
+        return std::nullopt;
+    }
+    LaunchExtras extras;
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, pairs.get());
+    const char* key = nullptr;
+    const char* value = nullptr;
+    while (g_variant_iter_next(&iterator, "(&s&s)", &key, &value) != FALSE) {
+        extras.emplace_back(key, value);
+    }
+    return extras;
+}
+
+}  // namespace
+
+LaunchReceiver::LaunchReceiver(std::string applicationId, LaunchHandler onLaunch,
+                               NameLostHandler onNameLost)
+    : m_applicationId(std::move(applicationId)),
+      m_onLaunch(std::move(onLaunch)),
+      m_onNameLost(std::move(onNameLost)),
+      m_description(g_dbus_node_info_new_for_xml(kDescription, nullptr)) {
+    m_nameOwner = g_bus_own_name(G_BUS_TYPE_SYSTEM, m_applicationId.c_str(),
+                                 G_BUS_NAME_OWNER_FLAGS_DO_NOT_QUEUE, OnBusAcquired, nullptr,
+                                 OnNameLost, this, nullptr);
+}
+
+LaunchReceiver::~LaunchReceiver() {
+    g_bus_unown_name(m_nameOwner);
+    if (m_registration != 0) {
+        g_dbus_connection_unregister_object(m_bus.get(), m_registration);
+    }
+}
+
+void LaunchReceiver::OnBusAcquired(GDBusConnection* bus, const char* /*name*/,
+                                   gpointer userData) noexcept {
+    static const GDBusInterfaceVTable kTable = {OnMethodCall, nullptr, nullptr, {}};
+    auto* self = static_cast<LaunchReceiver*>(userData);
+    self->m_bus.reset(G_DBUS_CONNECTION(g_object_ref(bus)));
+    GErrorPtr error;
+    self->m_registration = g_dbus_connection_register_object(
+        bus, ObjectPathOf(self->m_applicationId).c_str(), self->m_description->interfaces[0],
+        &kTable, self, nullptr, Out(error));
+    if (self->m_registration == 0) {
+        PLATFORM_ERROR("%s cannot be launched: %s", self->m_applicationId.c_str(), error->message);
+    }
+}
+
+void LaunchReceiver::OnNameLost(GDBusConnection* /*bus*/, const char* /*name*/,
+                                gpointer userData) noexcept {
+    auto* self = static_cast<LaunchReceiver*>(userData);
+    if (self->m_onNameLost) {
+        self->m_onNameLost();
+    }
+}
+
+void LaunchReceiver::OnMethodCall(GDBusConnection* /*bus*/, const char* /*sender*/,
+                                  const char* /*path*/, const char* /*interface*/,
+                                  const char* method, GVariant* parameters,
+                                  GDBusMethodInvocation* invocation, gpointer userData) noexcept {
+    auto* self = static_cast<LaunchReceiver*>(userData);
+    LaunchExtras extras;
+    if (std::strcmp(method, "ActivateAction") == 0) {
+        const GVariantPtr action(g_variant_get_child_value(parameters, 0));
+        const GVariantPtr parameter(g_variant_get_child_value(parameters, 1));
+        const char* name = g_variant_get_string(action.get(), nullptr);
+        if (std::strcmp(name, kLaunchAction) != 0) {
+            self->Refuse(invocation, std::string("no action is called ") + name);
+            return;
+        }
+        auto given = ReadExtras(parameter.get());
+        if (!given) {
+            self->Refuse(invocation, "the action's parameter is not one array of string pairs");
+            return;
+        }
+        extras = std::move(*given);
+    } else if (std::strcmp(method, "Activate") != 0) {
+        self->Refuse(invocation, "nothing can be opened");
+        return;
+    }
+    self->m_onLaunch(extras);
+    g_dbus_method_invocation_return_value(invocation, nullptr);
+}
+
+void LaunchReceiver::Refuse(GDBusMethodInvocation* invocation, const std::string& reason) {
+    PLATFORM_WARN("launch of %s by %s refused: %s", m_applicationId.c_str(),
+                  g_dbus_method_invocation_get_sender(invocation), reason.c_str());
+    g_dbus_method_invocation_return_error_literal(invocation, G_DBUS_ERROR,
+                                                  G_DBUS_ERROR_INVALID_ARGS, reason.c_str());
+}
+
+}  // namespace Platform

@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/config_store.h"
+
+#include <glib.h>
+
+#include <cstring>
+#include <map>
+#include <memory>
+
+#include "platform/linux/ConfigStore.h"
+#include "platform/linux/ConfigWatcher.h"
+
+namespace {
+
+using Platform::ConfigLookup;
+using Platform::ConfigStatus;
+using Platform::ConfigStore;
+using Platform::ConfigType;
+using Platform::ConfigValue;
+using Platform::ConfigWatcher;
+
+constexpr int kFailed = -1;
+
+int GetNumber(const char* key, ConfigType type, int* value) {
+    if (key == nullptr || value == nullptr) {
+        return kFailed;
+    }
+    const ConfigLookup lookup = ConfigStore::Instance().Lookup(key);
+    if (lookup.status != ConfigStatus::kOk || lookup.value.type != type) {
+        return kFailed;
+    }
+    *value = lookup.value.number;
+    return 0;
+}
+
+int SetValue(const char* key, const ConfigValue& value) {
+    if (key == nullptr) {
+        return kFailed;
+    }
+    return ConfigStore::Instance().Store(key, value) == ConfigStatus::kOk ? 0 : kFailed;
+}
+
+struct Completion {
+    vconf_set_async_cb callback;
+    void* userData;
+};
+
+gboolean OnCompleted(gpointer userData) noexcept {
+    const std::unique_ptr<Completion> completion(static_cast<Completion*>(userData));
+    completion->callback(0, completion->userData);
+    return G_SOURCE_REMOVE;
+}
+
+// The value is stored before the call returns, which the interface allows; only the answer waits
+// for the main loop.
+int SetValueAsync(const char* key, const ConfigValue& value, vconf_set_async_cb callback,
+                  void* userData) {
+    const int result = SetValue(key, value);
+    if (result == 0 && callback != nullptr) {
+        g_idle_add_full(G_PRIORITY_DEFAULT, OnCompleted, new Completion{callback, userData},
+                        nullptr);
+    }
+    return result;
+}
+
+// One watcher for each file, for the life of the process: the service's objects give their
+// registrations up while static objects are torn down.
+ConfigWatcher* WatcherOf(const char* key) {
+    static auto& watchers = *new std::map<Platform::ConfigFile*, std::unique_ptr<ConfigWatcher>>();
+    Platform::ConfigFile* file = ConfigStore::Instance().FileOf(key);
+    if (file == nullptr) {
+        return nullptr;
+    }
+    std::unique_ptr<ConfigWatcher>& watcher = watchers[file];
+    if (watcher == nullptr) {
+        watcher = std::make_unique<ConfigWatcher>(*file);
+    }
+    return watcher.get();
+}
+
+}  // namespace
+
+char* vconf_get_str(const char* key) {
+    if (key == nullptr) {
+        return nullptr;
+    }
+    const auto text = ConfigStore::Instance().GetString(key);
+    return text ? strdup(text->c_str()) : nullptr;
+}
+
+int vconf_get_bool(const char* key, int* value) {
+    return GetNumber(key, ConfigType::kBool, value);
+}
+
+int vconf_get_int(const char* key, int* value) {
+    return GetNumber(key, ConfigType::kInt, value);
+}
+
+int vconf_set_str(const char* key, const char* value) {
+    return value != nullptr ? SetValue(key, {ConfigType::kString, value, 0}) : kFailed;
+}
+
+int vconf_set_bool(const char* key, int value) {
+    return SetValue(key, {ConfigType::kBool, {}, value});
+}
+
+int vconf_set_int(const char* key, int value) {
+    return SetValue(key, {ConfigType::kInt, {}, value});
+}
+
+int vconf_set_str_async(const char* key, const char* value, vconf_set_async_cb callback,
+                        void* user_data) {
+    if (value == nullptr) {
+        return kFailed;
+    }
+    return SetValueAsync(key, {ConfigType::kString, value, 0}, callback, user_data);
+}
+
+int vconf_set_bool_async(const char* key, int value, vconf_set_async_cb callback, void* user_data) {
+    return SetValueAsync(key, {ConfigType::kBool, {}, value}, callback, user_data);
+}
+
+int vconf_set_int_async(const char* key, int value, vconf_set_async_cb callback, void* user_data) {
+    return SetValueAsync(key, {ConfigType::kInt, {}, value}, callback, user_data);
+}
+
+int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* user_data) {
+    ConfigWatcher* watcher = key != nullptr && callback != nullptr ? WatcherOf(key) : nullptr;
+    return watcher != nullptr && watcher->Add(key, callback, user_data) ? 0 : kFailed;
+}
+
+int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
+    ConfigWatcher* watcher = key != nullptr && callback != nullptr ? WatcherOf(key) : nullptr;
+    return watcher != nullptr && watcher->Remove(key, callback) ? 0 : kFailed;
+}
