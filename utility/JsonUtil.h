@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <json/json.h>
+
+#include <string>
+
+namespace Util {
+
+// Converts between JSON text and jsoncpp values. Stateless; any thread.
+class JsonUtil {
+public:
+    // The value that the whole of `text` spells. Throws std::runtime_error with the parser's
+    // message when it does not parse, and Json::Exception when it is nested too deeply.
+    static Json::Value StringToJson(const std::string& text);
+
+    // `value` on one line, without blanks.
+    static const std::string JsonToString(const Json::Value& value);
+};
+
+}  // namespace Util
