@@ -1,0 +1,286 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "autoconnect/ZemiAutoConnection/BTAutoConnect.h"
+
+#include <glib.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "autoconnect/src/AutoConnectDbg.h"
+#include "common/CHandle.h"
+#include "utility/AppManagerUtil.h"
+#include "utility/BluetoothUtil.h"
+#include "utility/CommonUtil.h"
+#include "utility/TvStatusUtil.h"
+
+namespace {
+
+enum Status { kIdle = 0, kScanning = 1, kConnecting = 2 };
+
+constexpr int kMsPerSec = 1000;
+constexpr unsigned int kWakeUpWindowMs = 10000;
+// The phone's player shows up over AVRCP some time after the audio connection.
+constexpr unsigned int kPlaybackCheckDelayMs = 3000;
+
+constexpr int kAmbientModePicture = 1;
+constexpr int kAmbientTypeGeneral = 1 << 0;
+
+// Where a phone's advertisement carries its address, most significant byte first.
+constexpr int kMinManufacturerDataSize = 15;
+constexpr int kAddressStart = 7;
+constexpr int kAddressSize = 6;
+
+constexpr const char* kMediaPlayerAppId = "com.velmora.tv.bmp";
+
+void CheckPlayback() {
+    bt_avrcp_player_state_e state = BT_AVRCP_PLAYER_STATE_STOPPED;
+    if (bt_avrcp_control_get_play_status(&state) != BT_ERROR_NONE) {
+        BTLOG_ERROR("fail to get playing status");
+        return;
+    }
+    if (state == BT_AVRCP_PLAYER_STATE_PLAYING) {
+        BTLOG_INFO("already playing");
+        return;
+    }
+    BTLOG_INFO("send play cmd to bmplayer");
+    Util::AppManagerUtil::LaunchApp(kMediaPlayerAppId, {{"cmd", "play"}}, true);
+}
+
+int OnPlaybackCheckTimer(void* /*user_data*/) noexcept {
+    CheckPlayback();
+    return G_SOURCE_REMOVE;
+}
+
+}  // namespace
+
+CBtAutoConnect::CBtAutoConnect() = default;
+
+CBtAutoConnect::~CBtAutoConnect() {
+    Util::CommonUtil::RemoveTimer(&m_scanTimer);
+    Util::CommonUtil::RemoveTimer(&m_wakeUpTimer);
+}
+
+void CBtAutoConnect::StartAutoConnect() {
+    m_deviceFound = false;
+    m_tryingList = false;
+    m_status = kIdle;
+    m_wakeUp = false;
+    m_connectingAddress.clear();
+    const std::vector<std::string> devices = m_mobileList.GetList();
+    if (devices.empty()) {
+        BTLOG_WARN("auto connection list is empty");
+        return;
+    }
+    if (!IsValidCondition()) {
+        BTLOG_WARN("Not supported condition");
+        return;
+    }
+    std::string text;
+    for (const std::string& device : devices) {
+        text += device + ", ";
+    }
+    BTLOG_INFO("auto connection devices : %s", text.c_str());
+    StartLEScan();
+}
+
+bool CBtAutoConnect::IsValidCondition() const {
+    if (Util::TvStatusUtil::GetAmbientMode() != kAmbientModePicture ||
+        (Util::TvStatusUtil::GetAmbientType() & kAmbientTypeGeneral) == 0) {
+        return false;
+    }
+    BTLOG_INFO("Ambient mode");
+    return true;
+}
+
+bool CBtAutoConnect::ConnectToDevice(const std::string& address) {
+    if (!IsValidCondition()) {
+        m_status = kIdle;
+        BTLOG_WARN("Not supported condition");
+        return true;
+    }
+    if (!Util::BluetoothUtil::IsPairedDevice(address)) {
+        BTLOG_ERROR("Not bonded device");
+        m_status = kIdle;
+        return false;
+    }
+    m_status = kConnecting;
+    m_connectingAddress = address;
+    BTLOG_INFO("Try to connect %s", address.c_str());
+    bt_audio_connect(address.c_str(), BT_AUDIO_PROFILE_TYPE_A2DP_SINK);
+    return true;
+}
+
+void CBtAutoConnect::ConnectToDeviceInList(bool reset) {
+    static unsigned int position = 0;
+    if (reset) {
+        position = 0;
+    }
+    // A long list of phones that are not bonded is walked here and now, so it must not recurse.
+    const std::vector<std::string> devices = m_mobileList.GetList();
+    while (position < devices.size()) {
+        BTLOG_INFO("Try to connect device");
+        const std::string& address = devices[position];
+        ++position;
+        m_tryingList = true;
+        if (ConnectToDevice(address)) {
+            return;
+        }
+    }
+    m_tryingList = false;
+    BTLOG_WARN("No more device to try connect");
+    m_status = kIdle;
+    position = 0;
+}
+
+void CBtAutoConnect::OnAudioSinkConnectionState(int result, bool connected, const char* address) {
+    const std::string text = address == nullptr ? "" : address;
+    if (connected) {
+        OnAudioSinkConnected(result, text);
+    } else {
+        OnAudioSinkDisconnected(result, text);
+    }
+}
+
+void CBtAutoConnect::OnAudioSinkConnected(int result, const std::string& address) {
+    BTLOG_INFO("result : %d, address : %s", result, address.c_str());
+    if (result == BT_ERROR_NONE) {
+        m_tryingList = false;
+        m_status = kIdle;
+        if (address == m_connectingAddress) {
+            g_timeout_add(kPlaybackCheckDelayMs, OnPlaybackCheckTimer, nullptr);
+        }
+        m_connectingAddress.clear();
+        return;
+    }
+    if (m_status == kConnecting) {
+        BTLOG_ERROR("Connect Fail");
+        ConnectToDeviceInList(false);
+    }
+}
+
+void CBtAutoConnect::OnAudioSinkDisconnected(int result, const std::string& address) {
+    BTLOG_INFO("result : %d, address : %s", result, address.c_str());
+}
+
+void CBtAutoConnect::UpdateMobileList(const std::string& cmd) {
+    m_mobileList.UpdateList(cmd);
+}
+
+void CBtAutoConnect::SetWakeUpTime(bool on) {
+    m_wakeUp = on;
+    BTLOG_DEBUG("Turn On TV : %d", on);
+    if (on) {
+        Util::CommonUtil::RemoveTimer(&m_wakeUpTimer);
+        m_wakeUpTimer = g_timeout_add(kWakeUpWindowMs, OnWakeUptimer, this);
+    }
+}
+
+bool CBtAutoConnect::IsWakeUpTime() const {
+    BTLOG_WARN("Turn On TV : %d", m_wakeUp);
+    return m_wakeUp;
+}
+
+int CBtAutoConnect::OnWakeUptimer(void* user_data) noexcept {
+    if (user_data == nullptr) {
+        BTLOG_ERROR("user_data is NULL");
+        return G_SOURCE_REMOVE;
+    }
+    auto* self = static_cast<CBtAutoConnect*>(user_data);
+    self->m_wakeUpTimer = 0;
+    self->SetWakeUpTime(false);
+    return G_SOURCE_REMOVE;
+}
+
+void CBtAutoConnect::StartLEScan() {
+    m_status = kScanning;
+    const int result = bt_adapter_le_start_scan(OnLeScanResult, this);
+    if (result != BT_ERROR_NONE && result != BT_ERROR_NOW_IN_PROGRESS) {
+        BTLOG_ERROR("failed bt_adapter_le_start_scan: %s ", Util::CommonUtil::ERR_STR(result));
+        return;
+    }
+    BTLOG_INFO("Start LE scan : %s", Util::CommonUtil::ERR_STR(result));
+    // A second wake-up finds the first one's scan running: two timers would walk the list twice.
+    if (m_scanTimer != 0) {
+        Util::CommonUtil::RemoveTimer(&m_scanTimer);
+    }
+    m_scanTimer = g_timeout_add(static_cast<unsigned int>(m_scanTimeoutSec * kMsPerSec),
+                                OnLEScanTimeout, this);
+}
+
+void CBtAutoConnect::StopLEScan() {
+    BTLOG_INFO("Stop Le Scan");
+    Util::CommonUtil::RemoveTimer(&m_scanTimer);
+    bt_adapter_le_stop_scan();
+}
+
+void CBtAutoConnect::OnLeScanResult(int result, bt_adapter_le_device_scan_result_info_s* info,
+                                    void* user_data) noexcept {
+    if (user_data == nullptr) {
+        BTLOG_ERROR("user_data is NULL");
+        return;
+    }
+    if (result != BT_ERROR_NONE) {
+        BTLOG_ERROR("result is not BT_ERROR_NONE");
+        return;
+    }
+    static_cast<CBtAutoConnect*>(user_data)->ProcessLEScanResult(info);
+}
+
+void CBtAutoConnect::ProcessLEScanResult(bt_adapter_le_device_scan_result_info_s* info) {
+    if (m_deviceFound) {
+        BTLOG_WARN("Device Found Already, Ignore");
+        return;
+    }
+    int manufacturerId = 0;
+    int size = 0;
+    MallocPtr<char> data;
+    const int result = bt_adapter_le_get_scan_result_manufacturer_data(
+        info, BT_ADAPTER_LE_PACKET_ADVERTISING, &manufacturerId, Out(data), &size);
+    if (result != BT_ERROR_NONE) {
+        BTLOG_ERROR("fail to get manufacturer data");
+        return;
+    }
+    if (size < kMinManufacturerDataSize) {
+        BTLOG_ERROR("manufaturerDataLen size is small");
+        return;
+    }
+    const std::string address = ByteArrayToHexString(data.get(), kAddressStart, kAddressSize, ":");
+    if (m_mobileList.Exist(address)) {
+        m_deviceFound = true;
+        StopLEScan();
+        ConnectToDevice(address);
+    }
+}
+
+int CBtAutoConnect::OnLEScanTimeout(void* user_data) noexcept {
+    if (user_data == nullptr) {
+        BTLOG_ERROR("user_data is NULL");
+        return G_SOURCE_REMOVE;
+    }
+    auto* self = static_cast<CBtAutoConnect*>(user_data);
+    self->m_scanTimer = 0;
+    self->StopLEScan();
+    if (self->m_deviceFound) {
+        return G_SOURCE_REMOVE;
+    }
+    BTLOG_INFO("No found mobile. Try to connect mobiles in list sequentially");
+    self->ConnectToDeviceInList(true);
+    return G_SOURCE_REMOVE;
+}
+
+std::string CBtAutoConnect::ByteArrayToHexString(const char* data, int start, int length,
+                                                 const std::string& separator) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string text;
+    for (int i = start; i < start + length; ++i) {
+        const auto byte = static_cast<std::uint8_t>(data[i]);
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 0x0F];
+        if (i + 1 < start + length) {
+            text += separator;
+        }
+    }
+    BTLOG_INFO("%s", text.c_str());
+    return text;
+}

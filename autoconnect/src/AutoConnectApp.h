@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <gio/gio.h>
+
+#include <string>
+
+#include "autoconnect/ZemiAutoConnection/BTAutoConnect.h"
+
+// The service's shell: the one instance owns the engine, the bus name and the main loop, and turns
+// the signals on its D-Bus interface into work of the engine.
+//
+// Commands are signals on the interface "com.velmora.tv.bt.autoconnect" of the object
+// "/com/velmora/tv/bt/autoconnect" on the system bus, from any sender that the bus lets through:
+//
+//     PrePareAndDoAutoConnect (any arguments)  the TV woke: open the wake-up window and, with
+//                                              Bluetooth on, start an attempt
+//     AutoConMobileUpdate (s)                  a phone changed its setting; the JSON text is
+//                                              MobileList::UpdateList's
+//
+// Any other name stops the service, "UpdateList" of the introspection data included. Main thread
+// only.
+class AutoConnectApp {
+public:
+    static AutoConnectApp& GetInstance();
+    AutoConnectApp(const AutoConnectApp&) = delete;
+    AutoConnectApp& operator=(const AutoConnectApp&) = delete;
+
+    // Runs the service; returns when a command stopped it.
+    void StartMainLoop();
+    // Makes StartMainLoop return; nothing before it made its loop.
+    void CloseMainLoop();
+
+    // Asks for the bus name. Without it the loop still runs, which is logged.
+    void InitDbus();
+    // Gives the bus name up, then the object. Nothing for what InitDbus did not get.
+    void DeInitDbus();
+
+    // Does what the command `name` asks for; `parameters` are the message's and stay the caller's.
+    void HandleDbusMessage(const std::string& name, GVariant* parameters);
+
+private:
+    AutoConnectApp();
+    ~AutoConnectApp();
+
+    void OnPrePareAndDoAutoConnect(GVariant* parameters);
+    void OnAutoConMobileUpdate(GVariant* parameters);
+    // Whether the TV woke for a reason that allows an automatic connection.
+    [[nodiscard]] bool CheckZemiAutoConnectCondition() const;
+    void PrepareZemiAutoConnection();
+    void DoZemiAutoConnection();
+
+    // Callbacks of the bus and of the platform; `user_data` is the instance.
+    static void OnBusAcquired(GDBusConnection* connection, const gchar* name,
+                              gpointer user_data) noexcept;
+    static void OnNameAcquired(GDBusConnection* connection, const gchar* name,
+                               gpointer user_data) noexcept;
+    static void OnNameLost(GDBusConnection* connection, const gchar* name,
+                           gpointer user_data) noexcept;
+    static void OnSiganl(GDBusConnection* connection, const gchar* sender, const gchar* object_path,
+                         const gchar* interface_name, const gchar* signal_name,
+                         GVariant* parameters, gpointer user_data) noexcept;
+    static void OnMethodCall(GDBusConnection* connection, const gchar* sender,
+                             const gchar* object_path, const gchar* interface_name,
+                             const gchar* method_name, GVariant* parameters,
+                             GDBusMethodInvocation* invocation, gpointer user_data) noexcept;
+    static void OnAudioConnectionState(int result, bool connected, const char* remote_address,
+                                       void* user_data) noexcept;
+
+    static constexpr guint kNoId = 0xFFFFFFFF;
+
+    GMainLoop* m_MainLoop = nullptr;  // lives as long as the process
+    GDBusInterfaceVTable m_InterfaceVTable = {};
+    GDBusNodeInfo* m_IntrospectionData = nullptr;  // owned from InitDbus to DeInitDbus
+    guint m_OwnerId = kNoId;
+    guint m_RegistrationId = kNoId;
+    GDBusConnection* m_Connection = nullptr;  // not owned
+    CBtAutoConnect m_BtAutoConnect;
+};
