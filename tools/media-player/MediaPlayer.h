@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+
+#include "common/CHandle.h"
+#include "common/Timer.h"
+#include "platform/linux/BluezMirror.h"
+#include "platform/linux/LaunchReceiver.h"
+#include "tools/media-player/PlayCommand.h"
+
+// The Bluetooth media player application, which a TV has and a Linux box lacks: the bus starts it
+// when it is launched, it does what the extras of the launch ask for, and it ends when nobody asked
+// for anything for a while. The one extra it knows is "cmd", with the one value "play".
+class MediaPlayer {
+public:
+    MediaPlayer();
+
+    // Returns when the player has had nothing to do for half a minute, or lost its name on the bus.
+    void Run();
+
+private:
+    void OnLaunch(const Platform::LaunchExtras& extras);
+    void Play();
+    void ExitWhenIdle();
+    void Quit();
+
+    GMainLoopPtr m_loop;
+    Bluez::Mirror m_mirror;
+    std::unique_ptr<PlayCommand> m_command;
+    Timer m_idle;
+    Platform::LaunchReceiver m_receiver;
+};

@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/media-player/PlayCommand.h"
+
+#include <utility>
+
+#include "platform/linux/BluezPath.h"
+#include "platform/linux/DbusError.h"
+#include "tools/media-player/MediaPlayerLog.h"
+
+namespace {
+
+constexpr const char* kPlayerInterface = "org.bluez.MediaPlayer1";
+// For a phone and its player to show up, and then for it to play.
+constexpr int kAppearMs = 5000;
+constexpr int kPlayMs = 5000;
+constexpr const char* kPlaying = "playing";
+
+}  // namespace
+
+PlayCommand::PlayCommand(Bluez::Mirror& mirror, std::function<void(bool plays)> whenDone)
+    : m_mirror(mirror), m_whenDone(std::move(whenDone)) {
+    m_mirror.AddListener(this);
+    m_deadline = Timer::Once(kAppearMs, [this] { OnDeadline(); });
+    m_look = Timer::Once(0, [this] { Look(); });
+}
+
+PlayCommand::~PlayCommand() {
+    m_mirror.RemoveListener(this);
+}
+
+// Looks for a player that can be told to play, and for the one that was told to do so.
+void PlayCommand::Look() {
+    m_isLacking = "no phone is connected";
+    for (const std::string& device : m_mirror.DevicesWithTransport()) {
+        m_isLacking = "the phone shows no player";
+        const std::string path = m_mirror.PlayerPath(device);
+        const Bluez::Player* player = m_mirror.FindPlayer(path);
+        if (player == nullptr) {
+            continue;
+        }
+        if (!player->status) {
+            m_isLacking = "the phone's player has not told its state";
+            continue;
+        }
+        if (*player->status == kPlaying) {
+            PLAYER_INFO("%s plays", Bluez::AddressOfPath(device).c_str());
+            Finish(true);
+            return;
+        }
+        m_isLacking = "the phone was told to play and does not, its player says " + *player->status;
+        if (m_player.empty()) {
+            Play(path);
+        }
+        return;
+    }
+}
+
+void PlayCommand::Play(const std::string& player) {
+    m_player = player;
+    m_deadline = Timer::Once(kPlayMs, [this] { OnDeadline(); });
+    m_play = Bluez::Call(m_mirror.Connection(), player, kPlayerInterface, "Play", nullptr, kPlayMs,
+                         [this](GVariant* /*reply*/, const GError* error) {
+                             if (error != nullptr) {
+                                 PLAYER_ERROR("the play command failed: %s",
+                                              Platform::DescribeError(*error).c_str());
+                                 Finish(false);
+                             }
+                         });
+}
+
+void PlayCommand::OnDeadline() {
+    PLAYER_ERROR("no music: %s",
+                 m_isLacking.empty() ? "bluetoothd is not there" : m_isLacking.c_str());
+    Finish(false);
+}
+
+void PlayCommand::Finish(bool plays) {
+    m_play.Drop();
+    m_look.Cancel();
+    m_deadline.Cancel();
+    if (const std::function<void(bool)> whenDone = std::exchange(m_whenDone, nullptr)) {
+        whenDone(plays);
+    }
+}
+
+// Not at once: the mirror is in the middle of telling its listeners.
+void PlayCommand::OnPlayerChanged(const std::string& /*path*/) {
+    m_look = Timer::Once(0, [this] { Look(); });
+}
+
+void PlayCommand::OnServiceGone() {
+    m_isLacking = "bluetoothd is not there";
+}

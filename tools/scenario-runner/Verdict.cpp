@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/scenario-runner/Verdict.h"
+
+#include <optional>
+
+namespace ScenarioRunner {
+namespace {
+
+bool Holds(const std::string& line, const std::string& text) {
+    return line.find(text) != std::string::npos;
+}
+
+std::string Join(const std::set<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text.empty() ? "nobody" : text;
+}
+
+// Puts addresses in the place of {PHONE}.
+std::string Expand(std::string text, const TvSim::Scenario& scenario) {
+    for (const TvSim::PhonePlan& phone : scenario.phones) {
+        const std::string mark = "{" + phone.id + "}";
+        for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
+            text.replace(at, mark.size(), phone.address);
+        }
+    }
+    return text;
+}
+
+std::string Compare(const char* verb, const std::set<std::string>& names,
+                    const std::optional<std::string>& expected) {
+    const std::set<std::string> wanted =
+        expected && !expected->empty() ? std::set<std::string>{*expected} : std::set<std::string>();
+    if (!expected || names == wanted) {
+        return "";
+    }
+    return Join(names) + " " + verb + ", expected: " + Join(wanted);
+}
+
+}  // namespace
+
+Verdict::Verdict(const TvSim::Scenario& scenario) : m_expect(scenario.expect) {
+    m_expect.until = Expand(m_expect.until, scenario);
+    for (auto* texts : {&m_expect.log, &m_expect.never}) {
+        for (std::string& text : *texts) {
+            text = Expand(text, scenario);
+        }
+    }
+    for (const TvSim::PhonePlan& phone : scenario.phones) {
+        m_phoneByPrefix[" phone " + phone.id + ": "] = phone.id;
+    }
+}
+
+void Verdict::OnLogLine(const std::string& line) {
+    CheckNever(line, "the service's log");
+    if (m_logReached < m_expect.log.size() && Holds(line, m_expect.log[m_logReached])) {
+        ++m_logReached;
+    }
+    m_untilCame |= m_expect.untilSource == TvSim::Expectation::Source::kServiceLog &&
+                   !m_expect.until.empty() && Holds(line, m_expect.until);
+}
+
+void Verdict::OnSimulatorLine(const std::string& line) {
+    CheckNever(line, "the simulator's events");
+    for (const auto& [prefix, phone] : m_phoneByPrefix) {
+        const std::size_t at = line.find(prefix);
+        if (at == std::string::npos) {
+            continue;
+        }
+        const std::string what = line.substr(at + prefix.size());
+        if (what == "connected") {
+            m_connected.insert(phone);
+        } else if (what == "disconnected") {
+            m_connected.erase(phone);
+            m_playing.erase(phone);
+        } else if (what == "plays") {
+            m_playing.insert(phone);
+        } else if (what.compare(0, 3, "is ") == 0) {
+            m_playing.erase(phone);
+        }
+    }
+    m_untilCame |= m_expect.untilSource == TvSim::Expectation::Source::kSimulator &&
+                   !m_expect.until.empty() && Holds(line, m_expect.until);
+}
+
+std::string Verdict::Outcome() const {
+    if (m_connected.empty()) {
+        return "nobody is connected";
+    }
+    return Join(m_connected) + (m_connected.size() == 1 ? " is connected" : " are connected") +
+           (m_playing.empty()          ? ", nothing plays"
+            : m_playing == m_connected ? " and plays"
+                                       : ", " + Join(m_playing) + " plays");
+}
+
+std::string Verdict::Problem(bool early) const {
+    if (!m_spoiltBy.empty()) {
+        return m_spoiltBy;
+    }
+    if (m_expect.until.empty() && early) {
+        return "it lasts for its whole time";
+    }
+    if (m_logReached < m_expect.log.size()) {
+        return "'" + m_expect.log[m_logReached] + "' did not come in the service's log" +
+               (m_logReached == 0 ? "" : " after '" + m_expect.log[m_logReached - 1] + "'");
+    }
+    if (!m_expect.until.empty() && !m_untilCame) {
+        return "'" + m_expect.until + "' did not come";
+    }
+    const std::string connected = Compare("connected", m_connected, m_expect.connected);
+    return !connected.empty() ? connected : Compare("playing", m_playing, m_expect.playing);
+}
+
+void Verdict::CheckNever(const std::string& line, const char* where) {
+    for (const std::string& text : m_expect.never) {
+        if (m_spoiltBy.empty() && Holds(line, text)) {
+            m_spoiltBy = "'" + text + "' came in " + where;
+        }
+    }
+}
+
+}  // namespace ScenarioRunner

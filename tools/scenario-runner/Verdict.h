@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "tools/tv-sim/Scenario.h"
+
+namespace ScenarioRunner {
+
+// Compares what the service logs and what the simulator tells with what a scenario expects.
+class Verdict {
+public:
+    explicit Verdict(const TvSim::Scenario& scenario);
+
+    void OnLogLine(const std::string& line);  // without colours
+    void OnSimulatorLine(const std::string& line);
+
+    // Something came that must never come; it cannot be mended.
+    [[nodiscard]] bool Spoilt() const { return !m_spoiltBy.empty(); }
+    // Everything that was expected is there, now.
+    [[nodiscard]] bool Reached() const { return Problem(true).empty(); }
+    // The time that the scenario gives is over: what is wrong, empty when nothing is.
+    [[nodiscard]] std::string ProblemAtEnd() const { return Problem(false); }
+    // Who is connected and who plays, as a sentence.
+    [[nodiscard]] std::string Outcome() const;
+
+private:
+    // `early`: a scenario that names no end lasts for its whole time, so that it is not reached
+    // yet.
+    [[nodiscard]] std::string Problem(bool early) const;
+    void CheckNever(const std::string& line, const char* where);
+
+    TvSim::Expectation m_expect;
+    std::map<std::string, std::string> m_phoneByPrefix;  // "phone NAME: " to NAME
+    bool m_untilCame = false;
+    std::size_t m_logReached = 0;  // so many of the log's texts came
+    std::string m_spoiltBy;
+    std::set<std::string> m_connected;
+    std::set<std::string> m_playing;
+};
+
+}  // namespace ScenarioRunner

@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace TvSim {
+
+// Whether the text is six two-digit groups of hexadecimal digits with colons between them.
+[[nodiscard]] bool IsAddress(const std::string& text);
+[[nodiscard]] std::string UpperCase(std::string text);
+// The six bytes of a valid address, the first group first.
+[[nodiscard]] std::vector<unsigned char> AddressBytes(const std::string& address);
+// A resolvable private address, as phones use them, that only `seed` decides.
+[[nodiscard]] std::string PrivateAddress(std::uint64_t seed);
+// A number with all bits mixed, the same for the same seed on every machine.
+[[nodiscard]] std::uint64_t Mix(std::uint64_t seed);
+// The bytes that pairs of hexadecimal digits give; false when the text is something else.
+[[nodiscard]] bool ParseBytes(const std::string& hexadecimal, std::vector<unsigned char>& bytes);
+
+}  // namespace TvSim

@@ -1,0 +1,296 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tv-sim/Phone.h"
+
+#include "tools/tv-sim/BluezInterfaces.h"
+
+namespace TvSim {
+namespace {
+
+// A phone's player reacts to a remote control so long after the key.
+constexpr int kReactMs = 15;
+// The daemon opens the remote control at once behind its own connection, and so much later when the
+// phone connected, to let it open one itself.
+constexpr int kOwnControlDelayMs = 2000;
+// How long an idle link lives when its last profile was closed.
+constexpr int kIdleLinkMs = 2000;
+constexpr int kUnpairedMs = 500;
+
+bool IsSource(GVariant* arguments) {
+    const GVariantPtr uuid(g_variant_get_child_value(arguments, 0));
+    const char* text = g_variant_get_string(uuid.get(), nullptr);
+    return g_ascii_strcasecmp(text, kSourceUuid) == 0 || g_ascii_strcasecmp(text, "110a") == 0;
+}
+
+}  // namespace
+
+Phone::Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter, EventSink say)
+    : m_plan(std::move(plan)),
+      m_tree(tree),
+      m_adapter(adapter),
+      m_say(std::move(say)),
+      m_bonded(m_plan.bonded),
+      m_status(m_plan.playerStatus) {}
+
+bool Phone::Advertise() {
+    Advertisement advertisement;
+    advertisement.address = m_plan.advertiseFrom;
+    advertisement.randomAddress = m_plan.advertiseFrom != m_plan.address;
+    advertisement.connectable = m_plan.connectable;
+    advertisement.rssi = -55 - m_sent % 3;
+    advertisement.manufacturerData = m_plan.manufacturerData;
+    if (m_sent++ == 0) {
+        Say("advertises from " + m_plan.advertiseFrom);
+    }
+    return m_adapter.Hear(advertisement);
+}
+
+bool Phone::ConnectByItself() {
+    if (!m_bonded || !m_adapter.Powered() || Connected()) {
+        Say("cannot connect by itself");
+        return false;
+    }
+    Say("connects by itself");
+    OpenLink(Initiator::kPhone);
+    if (m_pendingConnect) {
+        m_connectTimer.Cancel();
+        m_pendingConnect->Answer();
+        m_pendingConnect.reset();
+    }
+    return true;
+}
+
+void Phone::Disconnect() {
+    if (Connected()) {
+        EndLink();
+    }
+}
+
+void Phone::SetStatus(const std::string& status) {
+    const bool played = Playing();
+    m_status = status;
+    if (m_link == nullptr) {
+        return;
+    }
+    if (m_statusTold) {
+        m_link->TellStatus(m_status);
+    }
+    if (Playing() != played) {
+        m_link->SetStreaming(Playing());
+        Say(Playing() ? "plays" : "is " + m_status);
+    }
+}
+
+void Phone::OnAdapterAppeared() {
+    if (m_bonded) {
+        m_adapter.Devices().AddBonded(m_plan);
+        m_tree.Add(m_adapter.Devices().PathOf(m_plan.address),
+                   {kControlInterface,
+                    {{"Connected", Bool(false)}},
+                    [this](MethodCall call) { OnControlCall(std::move(call)); },
+                    {}});
+    }
+}
+
+void Phone::OnAdapterPoweredOn() {
+    if (m_plan.connectsByItselfAfterMs > 0) {
+        m_ownConnectTimer =
+            Timer::Once(m_plan.connectsByItselfAfterMs, [this] { ConnectByItself(); });
+    }
+}
+
+void Phone::OnAdapterLosesPower() {
+    m_ownConnectTimer.Cancel();
+    if (m_pendingConnect) {
+        Refuse("org.bluez.Error.Failed", "br-connection-canceled");
+    }
+    Disconnect();
+}
+
+void Phone::OnDiscoveryStarted() {
+    m_sent = 0;
+    if (!m_plan.advertises) {
+        return;
+    }
+    m_advertiseTimer = Timer::Once(m_plan.advertiseAfterMs, [this] {
+        m_advertiseTimer = Timer::Every(m_plan.advertiseEveryMs, [this] { AdvertiseByPlan(); });
+        AdvertiseByPlan();
+    });
+}
+
+void Phone::AdvertiseByPlan() {
+    Advertise();
+    if (m_sent == m_plan.advertiseCount) {
+        m_advertiseTimer.Cancel();
+    }
+}
+
+void Phone::OnDiscoveryStopped() {
+    m_advertiseTimer.Cancel();
+}
+
+void Phone::OnCall(MethodCall call) {
+    const std::string method = call.Method();
+    if (method == "ConnectProfile" && !IsSource(call.Arguments())) {
+        call.FailBluez("NotAvailable", "br-connection-profile-unavailable");
+    } else if (method == "ConnectProfile" || method == "Connect") {
+        AskConnection(std::move(call));
+    } else if (method == "Disconnect") {
+        OnDisconnectCall(std::move(call));
+    } else if (method == "DisconnectProfile") {
+        OnDisconnectProfileCall(std::move(call));
+    } else if (method == "Pair" && m_bonded) {
+        call.FailBluez("AlreadyExists", "Already Exists");
+    } else {
+        call.FailBluez("NotSupported", "Operation is not supported");
+    }
+}
+
+void Phone::OnDeviceRemoved() {
+    m_bonded = false;
+    OnAdapterLosesPower();
+}
+
+void Phone::Say(const std::string& what) const {
+    m_say("phone " + m_plan.id, what);
+}
+
+void Phone::AskConnection(MethodCall call) {
+    if (!m_adapter.Powered()) {
+        call.FailBluez("NotReady", "br-connection-adapter-not-powered");
+        return;
+    }
+    if (m_pendingConnect) {
+        Say("connection asked while one is under way");
+        call.FailBluez("InProgress", "br-connection-busy");
+        return;
+    }
+    Say("connection asked");
+    if (Connected()) {
+        call.Answer();
+        return;
+    }
+    m_pendingConnect.emplace(std::move(call));
+    if (!m_bonded) {
+        m_connectTimer = Timer::Once(
+            kUnpairedMs, [this] { Refuse("org.bluez.Error.Failed", "br-connection-unknown"); });
+    } else if (m_plan.connect.kind != ConnectAnswer::Kind::kNever) {
+        m_connectTimer =
+            Timer::Once(m_plan.connectAfterMs, [this, answer = m_plan.connect] { Finish(answer); });
+    }
+}
+
+void Phone::Finish(const ConnectAnswer& answer) {
+    if (answer.kind == ConnectAnswer::Kind::kRefuse) {
+        Refuse(answer.errorName, answer.errorMessage);
+        return;
+    }
+    OpenLink(Initiator::kTv);
+    m_pendingConnect->Answer();
+    m_pendingConnect.reset();
+}
+
+void Phone::Refuse(const std::string& errorName, const std::string& message) {
+    m_connectTimer.Cancel();
+    Say("refused " + (message.empty() ? errorName : message));
+    m_pendingConnect->Fail(errorName, message);
+    m_pendingConnect.reset();
+}
+
+void Phone::OnDisconnectCall(MethodCall call) {
+    Say("disconnection asked");
+    if (m_pendingConnect) {
+        Refuse("org.bluez.Error.Failed", "br-connection-canceled");
+    } else if (Connected()) {
+        EndLink();
+    } else {
+        call.FailBluez("NotConnected", "Not Connected");
+        return;
+    }
+    call.Answer();
+}
+
+void Phone::OnDisconnectProfileCall(MethodCall call) {
+    if (!IsSource(call.Arguments())) {
+        call.FailBluez("InvalidArguments", "Invalid arguments in method call");
+        return;
+    }
+    if (!Connected()) {
+        call.FailBluez("NotConnected", "Not Connected");
+        return;
+    }
+    Say("disconnection asked");
+    m_goTimer = Timer::Once(kIdleLinkMs, [this] { EndLink(); });
+    call.Answer();
+}
+
+void Phone::OnControlCall(MethodCall call) {
+    if (m_link == nullptr || !m_plan.hasPlayer) {
+        call.FailBluez("NotConnected", "Not Connected");
+        return;
+    }
+    const std::string method = call.Method();
+    if (method == "Play") {
+        Say("play asked");
+        // The answer is the same whether the phone obeys or not.
+        if (m_plan.playsOnPlay) {
+            ReactWith("playing");
+        }
+    } else if (method == "Pause" || method == "Stop") {
+        Say(method == "Pause" ? "pause asked" : "stop asked");
+        ReactWith(method == "Pause" ? "paused" : "stopped");
+    }
+    call.Answer();
+}
+
+void Phone::ReactWith(const char* status) {
+    m_reactTimer = Timer::Once(kReactMs, [this, status] { SetStatus(status); });
+}
+
+void Phone::OpenLink(Initiator initiator) {
+    DeviceTable& devices = m_adapter.Devices();
+    devices.SetConnected(m_plan.address, true);
+    m_link = std::make_unique<MediaLink>(m_tree, devices.PathOf(m_plan.address),
+                                         m_adapter.NextTransport());
+    m_statusTold = false;
+    Say("connected");
+    const int delayMs =
+        m_plan.playerAfterMs + (initiator == Initiator::kPhone ? kOwnControlDelayMs : 0);
+    m_playerTimer = Timer::Once(delayMs, [this] { ShowPlayer(); });
+    if (m_plan.disconnectsAfterMs > 0) {
+        m_goTimer = Timer::Once(m_plan.disconnectsAfterMs, [this] { EndLink(); });
+    }
+    if (Playing()) {
+        m_reactTimer = Timer::Once(kReactMs, [this] {
+            m_link->SetStreaming(true);
+            Say("plays");
+        });
+    }
+}
+
+void Phone::EndLink() {
+    m_playerTimer.Cancel();
+    m_reactTimer.Cancel();
+    m_link.reset();
+    m_adapter.Devices().SetConnected(m_plan.address, false);
+    Say("disconnected");
+    m_goTimer.Cancel();
+}
+
+void Phone::ShowPlayer() {
+    const auto onCall = [this](MethodCall call) { OnControlCall(std::move(call)); };
+    m_link->ShowControl(onCall);
+    if (m_plan.hasPlayer) {
+        m_link->ShowPlayer(onCall);
+        Say("player appeared");
+        m_playerTimer = Timer::Once(m_plan.statusAfterMs, [this] { TellStatus(); });
+    }
+}
+
+void Phone::TellStatus() {
+    m_statusTold = true;
+    m_link->TellStatus(m_status);
+    Say("tells its status " + m_status);
+}
+
+}  // namespace TvSim

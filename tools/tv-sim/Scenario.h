@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TvSim {
+
+// Manufacturer-specific data of an advertisement: the bytes behind each company identifier.
+using ManufacturerData = std::map<std::uint16_t, std::vector<unsigned char>>;
+
+// The TV's Bluetooth adapter. Times are milliseconds from the start of the simulator.
+struct AdapterPlan {
+    std::string address = "00:AA:01:00:00:00";
+    std::string name = "tv";
+    bool present = true;
+    bool powered = true;
+    int appearsAfterMs = 0;      // an absent one appears then; 0: a present one is there at once
+    int powersOnAfterMs = 0;     // 0: never by itself
+    int forgetsAfterMs = 30000;  // a device that is not bonded, after it was heard last
+    std::vector<std::string> silentMethods;  // taken and never answered, by anybody
+};
+
+// How a phone answers a connection request of the TV.
+struct ConnectAnswer {
+    enum class Kind { kAccept, kRefuse, kNever };
+    Kind kind = Kind::kAccept;
+    std::string errorName;  // kRefuse: what BlueZ says then
+    std::string errorMessage;
+};
+
+// One phone. Times are milliseconds; what is said to happen "after" 0 happens at once, unless 0 is
+// said to mean never.
+struct PhonePlan {
+    enum class Registered { kOn, kOff, kNo };
+
+    std::string id;       // how scenario, log and tests call it
+    std::string address;  // upper case
+    std::string name;     // as the phone calls itself
+    Registered registered = Registered::kOn;
+    bool bonded = true;
+    std::uint32_t deviceClass = 0x5A020C;
+    std::string modalias = "usb:v1D6Bp0246d0542";
+
+    bool advertises = true;
+    int advertiseAfterMs = 1000;  // after each start of a discovery
+    int advertiseEveryMs = 200;
+    int advertiseCount = 0;  // 0: until the discovery ends
+    bool connectable = true;
+    std::string advertiseFrom;  // the advertisements' address
+    ManufacturerData manufacturerData;
+
+    ConnectAnswer connect;
+    int connectAfterMs = 60;
+    int connectsByItselfAfterMs = 0;  // after the adapter came up; 0: never
+    int disconnectsAfterMs = 0;       // after it was connected; 0: never
+
+    bool hasPlayer = true;
+    std::string playerStatus = "paused";  // a value of MediaPlayer1.Status
+    int playerAfterMs = 40;               // after the connection request was answered
+    int statusAfterMs = 30;               // after the player appeared
+    bool playsOnPlay = true;
+};
+
+// Devices around the TV that advertise and have nothing to do with it.
+struct StrangersPlan {
+    int count = 0;
+    int everyMs = 100;           // each stranger's interval
+    int rotateAddressEvery = 0;  // advertisements per address; 0: it keeps its address
+    bool connectable = true;
+    bool randomData = true;  // else all send manufacturerData
+    ManufacturerData manufacturerData;
+};
+
+// What the runner sets up before it starts the service.
+struct TvPlan {
+    bool zemi = true;
+    int wakeupReason = 1;
+    int ambientMode = 1;
+    int ambientType = 1;
+    std::vector<std::pair<std::string, std::string>> features;
+    std::vector<std::pair<std::string, std::string>> keys;
+};
+
+// What the runner sends before the wake-up: phones' settings, "on" or "off".
+struct WakePlan {
+    std::vector<std::pair<std::string, bool>> updates;
+};
+
+// What is expected of a run.
+struct Expectation {
+    enum class Source { kServiceLog, kSimulator };
+    Source untilSource = Source::kSimulator;
+    std::string until;  // a text that ends the run when a line holds it
+    int withinMs = 30000;
+    int settleMs = 0;                      // so long everything must stay as expected after that
+    std::vector<std::string> log;          // in the service's log, in this order
+    std::vector<std::string> never;        // nowhere in the service's log or the simulator's events
+    std::optional<std::string> connected;  // the phone at the end, empty for none; not said: any
+    std::optional<std::string> playing;
+};
+
+// A world to simulate, and for the runner how to set the TV up and what must come of it.
+struct Scenario {
+    std::string name;  // the file's name without directory and suffix
+    std::string description;
+    AdapterPlan adapter;
+    std::vector<PhonePlan> phones;
+    StrangersPlan strangers;
+    TvPlan tv;
+    WakePlan wake;
+    Expectation expect;
+
+    // Borrowed; null when there is no such phone.
+    [[nodiscard]] const PhonePlan* FindPhone(const std::string& id) const;
+};
+
+// A phone with the defaults of the format: it advertises from a random address of its own and
+// carries `address`, upper case, in its manufacturer data.
+[[nodiscard]] PhonePlan MakePhone(const std::string& id, const std::string& address);
+
+}  // namespace TvSim

@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tv-sim/ScenarioFile.h"
+
+namespace TvSim {
+
+const char kScenarioHelp[] =
+    R"(A scenario is a key file: [SECTION] lines, KEY=VALUE lines, comments in lines of their own that
+begin with '#'. Every section and key may be left out but a phone's address. Lists are separated by ';'.
+
+[scenario]
+  description=               one line, for lists of scenarios
+
+[adapter]                    the TV's Bluetooth adapter
+  address=00:AA:01:00:00:00
+  name=tv
+  present=true               false: there is none, until appears-after-ms
+  powered=true
+  appears-after-ms=0         after the start; 0: at once, or never when present=false
+  powers-on-after-ms=0       after it appeared; 0: never by itself
+  forgets-after-ms=30000     devices that are not bonded, after they were heard last
+  silent-methods=            methods of org.bluez that are never answered, e.g. StartDiscovery;Play
+
+[phone NAME]                 any number of them
+  address=AA:BB:CC:DD:EE:FF  needed
+  name=NAME                  what the phone calls itself
+  registered=on              on, off or no: how the runner registers it with the service
+  bonded=true
+  class=0x5A020C
+  modalias=usb:v1D6Bp0246d0542
+  advertises=true
+  advertise-after-ms=1000    after each start of a discovery
+  advertise-every-ms=200
+  advertise-count=0          0: until the discovery ends
+  advertise-from=random      random, public (its own address) or AA:BB:CC:DD:EE:FF
+  connectable=true           false: forgotten as soon as the discovery ends
+  manufacturer-data=         0xFFFF:HEXBYTES;... ; default: 16 bytes with its address at 7 to 12
+  connect=accept             accept, never (no answer) or an error, for instance
+                             org.bluez.Error.Failed:br-connection-page-timeout
+  connect-after-ms=60        until accepted or refused
+  connects-by-itself-after-ms=0   after the adapter came up; 0: never
+  disconnects-after-ms=0     after it was connected; 0: never
+  player=paused              playing, paused, stopped, forward-seek, reverse-seek, error or none
+  player-after-ms=40         after the connection was answered
+  status-after-ms=30         after the player appeared
+  plays-on-play=true         false: the player ignores Play, which is answered all the same
+
+[strangers]                  devices around that advertise
+  count=500
+  every-ms=100               each stranger's interval, 10 or more
+  rotate-address-every=0     advertisements until a stranger takes a new address; 0: never
+  connectable=true
+  manufacturer-data=random   random or 0xFFFF:HEXBYTES;...
+
+The runner alone uses the rest.
+
+[tv]                         what it sets before it starts the service
+  zemi=true
+  wakeup-reason=1
+  ambient-mode=1
+  ambient-type=1
+  features=                  FEATURE=VALUE;...
+  keys=                      configuration keys, KEY=VALUE;...
+
+[wake]
+  before=                    settings that phones send before the wake-up, PHONE:on or PHONE:off;...
+
+[expect]                     texts may hold {PHONE}, which stands for that phone's address
+  until=                     what ends the run: log:TEXT in the service's log or sim:TEXT in the
+                             simulator's events; without it the run lasts for within-ms
+  within-ms=30000            after the wake-up; then everything expected must be there
+  settle-ms=0                so long it must stay so after the end
+  log=                       texts that must come in the service's log, in this order
+  never=                     texts that must come neither there nor in the simulator's events
+  connected=                 the phone that is connected at the end; empty: none; left out: any
+  playing=                   the phone that plays at the end, likewise
+)";
+
+}  // namespace TvSim

@@ -1,0 +1,138 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <glib-unix.h>
+
+#include <cinttypes>
+#include <cstdio>
+#include <string>
+
+#include "tools/tv-sim/ScenarioFile.h"
+#include "tools/tv-sim/Simulator.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+struct Options {
+    std::string address;  // empty: the system bus
+    std::string scenario;
+    std::string check;
+};
+
+// Exits for --help; empty after an error, which it has printed.
+std::optional<Options> ParseOptions(int argc, char** argv) {
+    GStringPtr address;
+    GStringPtr scenario;
+    GStringPtr check;
+    char* raw[3] = {nullptr, nullptr, nullptr};
+    const GOptionEntry entries[] = {
+        {"address", 'a', 0, G_OPTION_ARG_STRING, &raw[0], "The bus (default: the system bus)",
+         "ADDRESS"},
+        {"scenario", 's', 0, G_OPTION_ARG_FILENAME, &raw[1], "The world to simulate", "FILE"},
+        {"check", 'c', 0, G_OPTION_ARG_FILENAME, &raw[2], "Only say whether FILE is fine", "FILE"},
+        {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
+    const CPtr<GOptionContext, g_option_context_free> context(g_option_context_new(nullptr));
+    g_option_context_set_summary(context.get(),
+                                 "Stands on a bus as org.bluez, with simulated phones.");
+    g_option_context_set_description(context.get(), TvSim::kScenarioHelp);
+    g_option_context_add_main_entries(context.get(), entries, nullptr);
+    GErrorPtr error;
+    const bool parsed =
+        g_option_context_parse(context.get(), &argc, &argv, Out(error)) != FALSE && argc == 1;
+    address.reset(raw[0]);
+    scenario.reset(raw[1]);
+    check.reset(raw[2]);
+    if (!parsed) {
+        std::fprintf(stderr, "tv-sim: %s\n",
+                     error != nullptr ? error->message : "unexpected argument");
+        return std::nullopt;
+    }
+    const auto text = [](const GStringPtr& value) {
+        return std::string(value == nullptr ? "" : value.get());
+    };
+    return Options{text(address), text(scenario), text(check)};
+}
+
+void PrintEvent(gint64 startUs, const std::string& subject, const std::string& what) {
+    const gint64 ms = (g_get_monotonic_time() - startUs) / 1000;
+    std::printf("%" PRId64 ".%03d %s: %s\n", ms / 1000, static_cast<int>(ms % 1000),
+                subject.c_str(), what.c_str());
+    std::fflush(stdout);
+}
+
+GObjectPtr<GDBusConnection> OpenBus(const std::string& address) {
+    GErrorPtr error;
+    GObjectPtr<GDBusConnection> connection;
+    if (address.empty()) {
+        connection.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, Out(error)));
+    } else {
+        connection.reset(g_dbus_connection_new_for_address_sync(
+            address.c_str(),
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+            nullptr, nullptr, Out(error)));
+    }
+    if (connection == nullptr) {
+        std::fprintf(stderr, "tv-sim: no bus: %s\n", error->message);
+    } else {
+        g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+    }
+    return connection;
+}
+
+// Runs until a signal asks it to end (true) or the name is refused or lost (false).
+bool Run(TvSim::Scenario scenario, GDBusConnection* connection) {
+    const gint64 startUs = g_get_monotonic_time();
+    const GMainLoopPtr loop(g_main_loop_new(nullptr, FALSE));
+    bool nameLost = false;
+    const auto quit = [](gpointer data) noexcept -> gboolean {
+        g_main_loop_quit(static_cast<GMainLoop*>(data));
+        return G_SOURCE_CONTINUE;
+    };
+    g_unix_signal_add(SIGTERM, quit, loop.get());
+    g_unix_signal_add(SIGINT, quit, loop.get());
+    TvSim::Simulator simulator(std::move(scenario), connection,
+                               [startUs](const std::string& subject, const std::string& what) {
+                                   PrintEvent(startUs, subject, what);
+                               });
+    simulator.SetNameLostHandler([&] {
+        nameLost = true;
+        g_main_loop_quit(loop.get());
+    });
+    g_main_loop_run(loop.get());
+    return !nameLost;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::optional<Options> options = ParseOptions(argc, argv);
+    if (!options) {
+        return kUsage;
+    }
+    const std::string& file = options->check.empty() ? options->scenario : options->check;
+    TvSim::Scenario scenario;
+    if (!file.empty()) {
+        std::string error;
+        std::optional<TvSim::Scenario> read = TvSim::ReadScenario(file, error);
+        if (!read) {
+            std::fprintf(stderr, "tv-sim: %s\n", error.c_str());
+            return kUsage;
+        }
+        scenario = std::move(*read);
+    }
+    if (!options->check.empty()) {
+        std::printf("%s: fine, %zu phones and %d strangers\n", file.c_str(), scenario.phones.size(),
+                    scenario.strangers.count);
+        return 0;
+    }
+    const GObjectPtr<GDBusConnection> connection = OpenBus(options->address);
+    if (connection == nullptr) {
+        return kFailed;
+    }
+    const bool ended = Run(std::move(scenario), connection.get());
+    // The farewell must be on the bus before the process is gone.
+    g_dbus_connection_flush_sync(connection.get(), nullptr, nullptr);
+    return ended ? 0 : kFailed;
+}

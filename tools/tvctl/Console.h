@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <json/json.h>
+
+#include <ostream>
+#include <string>
+
+namespace Tvctl {
+
+// The exit status of a command; scripts depend on the numbers.
+enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2 };
+
+// Where a command writes: its result to one stream, as text or as JSON, and what went wrong to the
+// other, one line for each failure.
+class Console {
+public:
+    Console(std::ostream& out, std::ostream& err, bool json)
+        : m_out(out), m_err(err), m_json(json) {}
+
+    // Whether the result is wanted as JSON instead of text.
+    [[nodiscard]] bool IsJson() const { return m_json; }
+
+    // One line of text, control characters and bytes that are no UTF-8 shown as \xNN.
+    void PrintLine(const std::string& text);
+    // The text as it is, and a line end.
+    void PrintRaw(const std::string& text);
+    // One line of JSON.
+    void Print(const Json::Value& value);
+    // The one or the other, as wanted.
+    void Print(const Json::Value& json, const std::string& line);
+
+    // Report why a command failed, or was called wrongly; give the exit code that says so.
+    [[nodiscard]] ExitCode Fail(const std::string& reason);
+    [[nodiscard]] ExitCode Misuse(const std::string& reason);
+
+private:
+    std::ostream& m_out;
+    std::ostream& m_err;
+    bool m_json;
+};
+
+}  // namespace Tvctl

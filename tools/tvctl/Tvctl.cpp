@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tvctl/Tvctl.h"
+
+#include "tools/tvctl/CommandLine.h"
+#include "tools/tvctl/ConfCommand.h"
+#include "tools/tvctl/FeatureCommand.h"
+#include "tools/tvctl/PhoneCommand.h"
+#include "tools/tvctl/PowerCommand.h"
+#include "tools/tvctl/WakeCommand.h"
+
+namespace Tvctl {
+
+ExitCode Run(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
+    const CommandLine commandLine({WakeCommand::Group(), PhoneCommand::Group(),
+                                   ConfCommand::Group(), FeatureCommand::Group(),
+                                   PowerCommand::Group()});
+    return commandLine.Run(words, out, err);
+}
+
+}  // namespace Tvctl
