@@ -1,0 +1,168 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/e2e/Bench.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <utility>
+
+#include "common/Timer.h"
+
+using ScenarioRunner::ChildProcess;
+
+namespace {
+
+// For the slowest machine under the slowest sanitizer; nothing on the way comes near it.
+constexpr int kDeadlineMs = 60000;
+
+void Check(bool holds, const std::string& what) {
+    if (!holds) {
+        throw std::runtime_error(what);
+    }
+}
+
+}  // namespace
+
+Bench::Bench(std::string mediaPlayer) {
+    if (mediaPlayer.find('/') == std::string::npos) {
+        mediaPlayer = std::string(BIN_DIR) + "/" + mediaPlayer;
+    }
+    std::string error;
+    auto workspace = ScenarioRunner::Workspace::Make(mediaPlayer, error);
+    Check(workspace.has_value(), error);
+    m_workspace.emplace(std::move(*workspace));
+    // For what the test itself writes through the platform.
+    setenv("TV_ROOT", Root().c_str(), 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", m_workspace->BusAddress().c_str(), 1);
+    bool isUp = false;
+    m_bus = Start("dbus-daemon",
+                  {"--config-file=" + m_workspace->BusConfiguration(), "--nofork", "--nopidfile",
+                   "--print-address=1"},
+                  {[&isUp](const std::string&) { isUp = true; }, nullptr, nullptr});
+    Check(AwaitThat([&isUp] { return isUp; }), "no bus");
+    GErrorPtr failure;
+    m_connection.reset(g_dbus_connection_new_for_address_sync(
+        m_workspace->BusAddress().c_str(),
+        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr, nullptr, Out(failure)));
+    Check(m_connection != nullptr, "the bus cannot be reached");
+}
+
+Bench::~Bench() {
+    if (HasFailure()) {
+        ShowLogs();
+    }
+    m_service.reset();
+    m_simulator.reset();
+    m_bus.reset();
+}
+
+Bench::ChildPtr Bench::Start(const std::string& program, std::vector<std::string> arguments,
+                             ChildProcess::Handlers handlers) {
+    arguments.insert(arguments.begin(), program);
+    std::string error;
+    ChildPtr child = ChildProcess::Start({std::move(arguments), {}}, std::move(handlers), error);
+    Check(child != nullptr, program + ": " + error);
+    return child;
+}
+
+void Bench::StartSimulator(const std::string& scenario) {
+    const std::string file = m_workspace->Path() + "/scenario.ini";
+    Check(g_file_set_contents(file.c_str(), scenario.c_str(), -1, nullptr) != FALSE, file);
+    m_simulator = Start(
+        std::string(BIN_DIR) + "/tv-sim", {"--scenario", file},
+        {[this](const std::string& line) { m_events.all.push_back(line); }, nullptr, nullptr});
+    AwaitEvent("bus: name org.bluez acquired");
+}
+
+void Bench::KillSimulator() {
+    m_simulator->Signal(SIGKILL);
+    Check(AwaitThat([this] { return !m_simulator->Running(); }), "the simulator lives on");
+}
+
+void Bench::StartService() {
+    m_serviceEnd.reset();
+    m_service = Start(std::string(BIN_DIR) + "/bt-autoconnect", {},
+                      {nullptr, [this](const std::string& line) { m_log.all.push_back(line); },
+                       [this](const std::string& how) { m_serviceEnd = how; }});
+    // The two come in either order.
+    const std::size_t start = m_log.read;
+    AwaitLog("Name acquired com.velmora.tv.bt.autoconnect");
+    m_log.read = start;
+    AwaitLog(m_simulator ? "bluetoothd is there" : "bluetoothd is not on the bus");
+}
+
+void Bench::Tvctl(const std::vector<std::string>& arguments) {
+    std::optional<std::string> end;
+    const ChildPtr tvctl = Start(std::string(BIN_DIR) + "/tvctl", arguments,
+                                 {nullptr, nullptr, [&end](const std::string& how) { end = how; }});
+    Check(AwaitThat([&end] { return end.has_value(); }) && end->empty(),
+          "tvctl " + arguments.front() + " failed");
+}
+
+void Bench::SetUpTv(const std::vector<std::string>& phones) {
+    Tvctl({"feature", "set", "com.velmora/featureconf/display_rotator_supported", "true"});
+    Tvctl({"power", "set", "ambient-mode", "1"});
+    Tvctl({"power", "set", "ambient-type", "1"});
+    for (const std::string& phone : phones) {
+        Tvctl({"phone", "add", phone});
+    }
+}
+
+void Bench::Emit(const char* name, GVariant* parameters, const char* path, const char* interface) {
+    ASSERT_TRUE(g_dbus_connection_emit_signal(m_connection.get(), nullptr, path, interface, name,
+                                              parameters, nullptr));
+    ASSERT_TRUE(g_dbus_connection_flush_sync(m_connection.get(), nullptr, nullptr));
+}
+
+template <typename Condition>
+bool Bench::AwaitThat(Condition condition) {
+    bool isLate = false;
+    const Timer deadline = Timer::Once(kDeadlineMs, [&isLate] { isLate = true; });
+    while (!condition() && !isLate) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    return !isLate;
+}
+
+void Bench::Await(Lines& lines, const std::string& text) {
+    ASSERT_TRUE(AwaitThat([&] {
+        while (lines.read < lines.all.size()) {
+            if (lines.all[lines.read++].find(text) != std::string::npos) {
+                return true;
+            }
+        }
+        return false;
+    })) << "never came: "
+        << text;
+}
+
+void Bench::AwaitLog(const std::string& text) {
+    Await(m_log, text);
+}
+
+void Bench::AwaitEvent(const std::string& text) {
+    Await(m_events, text);
+}
+
+std::string Bench::AwaitEnd() {
+    return AwaitThat([this] { return m_serviceEnd.has_value(); }) ? *m_serviceEnd : "runs on";
+}
+
+std::size_t Bench::CountLog(const std::string& text) const {
+    std::size_t count = 0;
+    for (const std::string& line : m_log.all) {
+        count += line.find(text) != std::string::npos ? 1 : 0;
+    }
+    return count;
+}
+
+void Bench::ShowLogs() const {
+    for (const Lines* lines : {&m_events, &m_log}) {
+        for (const std::string& line : lines->all) {
+            std::cerr << line << "\n";
+        }
+    }
+}

@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/CHandle.h"
+#include "tools/scenario-runner/ChildProcess.h"
+#include "tools/scenario-runner/Workspace.h"
+
+// The real executables on a bus of their own, driven by verbs. Waiting is waiting for a line, never
+// for a time; a line that does not come within the deadline fails the test and shows the log.
+class Bench : public testing::Test {
+protected:
+    // What the bus starts for com.velmora.tv.bmp; the media player unless a test says otherwise.
+    explicit Bench(std::string mediaPlayer = "media-player");
+    ~Bench() override;
+
+    // `scenario` is the text of a scenario file, [phone] sections above all.
+    void StartSimulator(const std::string& scenario);
+    void KillSimulator();
+    // Starts it and waits until it owns its name; with the simulator there, until it knows the
+    // objects.
+    void StartService();
+    // Runs tvctl, which must succeed.
+    void Tvctl(const std::vector<std::string>& arguments);
+    // A TV on which a wake-up leads to a connection; the phone is registered.
+    void SetUpTv(const std::vector<std::string>& phones = {kAlice});
+    void Wake() { Emit("PrePareAndDoAutoConnect"); }
+    // A signal from another process; `parameters` is a floating tuple or NULL.
+    void Emit(const char* name, GVariant* parameters = nullptr,
+              const char* path = "/com/velmora/tv/bt/autoconnect",
+              const char* interface = "com.velmora.tv.bt.autoconnect");
+
+    // Waits for the next line of the service's log, or of the simulator's events, that holds
+    // `text`; lines before it are passed over and do not count again.
+    void AwaitLog(const std::string& text);
+    void AwaitEvent(const std::string& text);
+    // Waits until the service ended; "" for status 0.
+    [[nodiscard]] std::string AwaitEnd();
+    // How many lines of the service's log so far hold `text`.
+    [[nodiscard]] std::size_t CountLog(const std::string& text) const;
+    [[nodiscard]] std::string Root() const { return m_workspace->Root(); }
+
+    static constexpr const char* kAlice = "A0:11:22:33:44:01";
+    static constexpr const char* kBen = "A0:11:22:33:44:02";
+    static constexpr const char* kAlicePhone = "[phone Alice]\naddress=A0:11:22:33:44:01\n";
+
+private:
+    using ChildPtr = std::unique_ptr<ScenarioRunner::ChildProcess>;
+    struct Lines {
+        std::vector<std::string> all;
+        std::size_t read = 0;
+    };
+
+    ChildPtr Start(const std::string& program, std::vector<std::string> arguments,
+                   ScenarioRunner::ChildProcess::Handlers handlers);
+    void Await(Lines& lines, const std::string& text);
+    template <typename Condition>
+    bool AwaitThat(Condition condition);
+    void ShowLogs() const;
+
+    std::optional<ScenarioRunner::Workspace> m_workspace;
+    Lines m_log;
+    Lines m_events;
+    std::optional<std::string> m_serviceEnd;
+    ChildPtr m_bus;
+    ChildPtr m_simulator;
+    ChildPtr m_service;
+    GObjectPtr<GDBusConnection> m_connection;
+};

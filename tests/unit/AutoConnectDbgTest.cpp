@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <stdexcept>
+
+#include "autoconnect/src/AutoConnectDbg.h"
+#include "tests/unit/PlatformTest.h"
+
+using ::testing::ElementsAre;
+
+namespace {
+
+constexpr int kTracerLine = __LINE__ + 2;
+int Traced(int way) {
+    BTLOG_TRACE();
+    if (way == 1) {
+        return way;
+    }
+    if (way == 2) {
+        throw std::runtime_error("the hard way");
+    }
+    BTLOG_INFO("%s", "100 %s");
+    return way;
+}
+
+// A line as the system log prints it, with its priority and tag in front.
+Texts Printed() {
+    Texts printed;
+    for (const Fake::LogLine& line : Fake::Log()) {
+        printed.push_back(std::to_string(line.priority) + " " + line.tag + " " + line.file + ": " +
+                          line.function + "(" + std::to_string(line.line) + ") > " + line.message);
+    }
+    return printed;
+}
+
+class AutoConnectDbgTest : public PlatformTest {};
+
+TEST_F(AutoConnectDbgTest, TracesEveryWayOut) {
+    const std::string where = "[int {anonymous}::Traced(int)(" + std::to_string(kTracerLine) + ")]";
+    const std::string in = "3 BT_AUTO_CONNECT AutoConnectDbg.h: ApiTracker(90) > IN >> " + where;
+    const std::string out = "3 BT_AUTO_CONNECT AutoConnectDbg.h: ~ApiTracker(94) > OUT << " + where;
+    Traced(1);
+    EXPECT_THAT(Printed(), ElementsAre(in, out));
+    Fake::ClearRecord();
+    EXPECT_THROW(Traced(2), std::runtime_error);
+    EXPECT_THAT(Printed(), ElementsAre(in, out));
+    Fake::ClearRecord();
+    Traced(0);
+    EXPECT_THAT(Printed(), ElementsAre(in,
+                                       "4 BT_AUTO_CONNECT AutoConnectDbgTest.cpp: Traced(" +
+                                           std::to_string(kTracerLine + 7) + ") > 100 %s",
+                                       out));
+}
+
+TEST_F(AutoConnectDbgTest, HasFourPriorities) {
+    BTLOG_DEBUG("%d", 1);
+    BTLOG_INFO("");
+    BTLOG_WARN("two words");
+    BTLOG_ERROR("%s: %s(%d) > ", "a", "b", 3);
+    EXPECT_THAT(Fake::Lines(), ElementsAre("D service TestBody: 1",
+                                           "I service TestBody: ", "W service TestBody: two words",
+                                           "E service TestBody: a: b(3) > "));
+}
+
+}  // namespace

@@ -1,0 +1,339 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <functional>
+
+#include "autoconnect/ZemiAutoConnection/MobileList.h"
+#include "tests/unit/Phones.h"
+#include "tests/unit/PlatformTest.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+namespace {
+
+constexpr int kWarn = 5;
+const std::string kWrote = "W service UpdateList: db/nirvo/auto_connect_mobile_list : ";
+const std::string kLow = "a0:b1:c2:d3:e4:f5";
+
+struct Build {
+    const char* name;
+    std::optional<Fake::Value> settings;
+    std::optional<Fake::Value> onOff;
+    std::optional<Fake::Value> mirroring;
+    Texts list;          // expected, in connection order
+    std::string result;  // expected in the store; "(none)" when nothing is to be written
+    Texts warnings;      // expected beginnings of the lines at WARN and above
+};
+
+class MobileListTest : public PlatformTest {};
+
+void ExpectBeginnings(const Texts& lines, const Texts& beginnings) {
+    ASSERT_EQ(lines.size(), beginnings.size()) << Joined(lines, "\n");
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        EXPECT_THAT(lines[i], StartsWith(beginnings[i]));
+    }
+}
+
+std::string Packed(const Texts& phones) {
+    return Joined(MaskedAll(phones), " ");
+}
+
+std::string Result(const Texts& phones) {
+    return Joined(MaskedAll(phones), ",");
+}
+
+Build Ordered(const char* name, const Texts& registered, const Texts& mirroring,
+              const Texts& list) {
+    std::vector<std::pair<std::string, std::string>> phones;
+    for (const std::string& phone : registered) {
+        phones.emplace_back(phone, "Y");
+    }
+    return {name, Settings(phones),   Packed(registered),           Mirroring(mirroring),
+            list, Result(registered), {kWrote + Result(registered)}};
+}
+
+// Settings of the wrong shape: nothing is written, what came before them stays.
+Build Broken(const char* name, const std::string& settings, const Texts& list,
+             const std::string& error) {
+    return {name,
+            settings,
+            Packed({kA}),
+            Mirroring({}),
+            list,
+            "(none)",
+            {"E service UpdateList: " + error}};
+}
+
+std::vector<Build> Builds() {
+    return {
+        {"NoPhones",
+         {},
+         Packed({kA}),
+         Mirroring({}),
+         {},
+         "",
+         {"W service UpdateList: No device which enable bt auto connection"}},
+        {"SettingsOfAnotherType",
+         5,
+         Packed({kA}),
+         Mirroring({}),
+         {},
+         "",
+         {"W service UpdateList: No device which enable bt auto connection"}},
+        {"NoneSwitchesTheTv",
+         Settings({{kA, "Y"}}),
+         "",
+         Mirroring({}),
+         {},
+         "",
+         {"W service GetAutoOnOffDevices: No auto on/off devices",
+          "W service UpdateList: AutoOnOffDevices is empty"}},
+        {"OnlyPhonesThatQualifyTwice",
+         Settings({{kA, "N"}, {kB, "Y"}, {kC, "Y"}, {kA, "y"}}),
+         Packed({kA, kC}),
+         Mirroring({}),
+         {kC},
+         Result({kC}),
+         {kWrote + Result({kC})}},
+        {"MaskedAsWrittenListedInUpperCase",
+         Settings({{kLow, "Y"}}),
+         "a18a5?e52m91i94i5",
+         Mirroring({}),
+         {kA},
+         "a18a5?e52m91i94i5",
+         {kWrote + "a18a5?e52m91i94i5"}},
+        {"AddressOfAnotherLength",
+         Settings({{"A0:B1", "Y"}, {kA, "Y"}}),
+         Packed({kA}),
+         Mirroring({}),
+         {kA},
+         Result({kA}),
+         {"E service GetXorMac: input buffer size is not 17", kWrote + Result({kA})}},
+        Ordered("MirroringPhoneFirst", {kA, kB}, {kB}, {kB, kA}),
+        Ordered("ExchangedNotInserted", {kA, kB, kC}, {kC, kA}, {kC, kA, kB}),
+        Ordered("RestChangesItsOrder", {kA, kB, kC}, {kC}, {kC, kB, kA}),
+        Ordered("StrangersAndRepeatsCount", {kA, kB}, {kC, "b0:00:00:00:00:0b", kB}, {kB, kA}),
+        {"MirroringBroken",
+         Settings({{kA, "Y"}}),
+         Packed({kA}),
+         "{\"devices\":[{]}",
+         {kA},
+         Result({kA}),
+         {"E service GetSoundMirroringDevices: exception : ", kWrote}},
+        {"MirroringOfTheWrongShape",
+         Settings({{kA, "Y"}}),
+         Packed({kA}),
+         "{\"devices\":[{\"address\":[]}]}",
+         {kA},
+         Result({kA}),
+         {"E service GetSoundMirroringDevices: exception : ", kWrote}},
+        Broken("NotJson", "{", {}, "exception : "),
+        Broken("NestedDeeply", std::string(100000, '['), {}, "Json exception : "),
+        Broken("NoArray", R"({"a":5})", {}, "Json exception : "),
+        Broken("ElementsThatAreNoObjects", "[5]", {}, "Json exception : "),
+        Broken("MembersThatAreNoText", R"([{"address":{},"value":"Y"}])", {}, "Json exception : "),
+        Broken("BrokenBehindAGoodOne", "[{\"address\":\"" + kA + "\",\"value\":\"Y\"},[]]", {kA},
+               "Json exception : "),
+    };
+}
+
+TEST_F(MobileListTest, IsBuiltFromTheStore) {
+    for (const Build& c : Builds()) {
+        SCOPED_TRACE(c.name);
+        Fake::Reset();
+        Fake::WriteKey(kSettingsKey, c.settings);
+        Fake::WriteKey(kOnOffKey, c.onOff);
+        Fake::WriteKey(kMirroringKey, c.mirroring);
+        const MobileList list;
+        EXPECT_EQ(list.GetList(), c.list);
+        EXPECT_EQ(Fake::TextKey(kResultKey), c.result);
+        ExpectBeginnings(Fake::Lines("service", kWarn), c.warnings);
+    }
+}
+
+TEST_F(MobileListTest, ReadsPackedAddressesOfAnyLength) {
+    std::string text;
+    for (int i = 0; i < 100; ++i) {
+        text += static_cast<char>('0' + i);
+    }
+    for (std::size_t size = 0; size <= text.size(); ++size) {
+        Fake::WriteKey(kOnOffKey, text.substr(0, size));
+        const MobileList list;
+        const Texts entries = list.GetAutoOnOffDevices();
+        ASSERT_EQ(entries.size(), (size + 17) / 18) << size;
+        ASSERT_TRUE(entries.empty() ||
+                    entries.back().size() == std::min<std::size_t>(17, size - 18 * (size / 18)) ||
+                    size % 18 == 0)
+            << size;
+    }
+}
+
+TEST_F(MobileListTest, HoldsAMebibyteOfPhones) {
+    Texts phones;
+    for (int i = 0; i < 20000; ++i) {
+        char address[18];
+        std::snprintf(address, sizeof address, "00:00:00:00:%02X:%02X", i / 256, i % 256);
+        phones.emplace_back(address);
+    }
+    Register(phones);
+    Fake::WriteKey(kMirroringKey, Mirroring({phones.back()}));
+    const MobileList list;
+    std::swap(phones.front(), phones.back());
+    EXPECT_EQ(list.GetList(), phones);
+}
+
+TEST_F(MobileListTest, FollowsItsTwoKeys) {
+    Register({kA, kB});
+    {
+        const MobileList list;
+        EXPECT_THAT(
+            Fake::Calls("vconf_notify"),
+            ElementsAre("vconf_notify_key_changed(db/org.orlix.bleapp/added_mobile_keylist)",
+                        "vconf_notify_key_changed(db/nirvo/musictv_paired1)"));
+        Fake::RunPending();
+        Fake::WriteKey(kOnOffKey, Packed({kB}));
+        Fake::ClearRecord();
+        Fake::RunPending();
+        EXPECT_THAT(list.GetList(), ElementsAre(kB));
+        EXPECT_EQ(Fake::TextKey(kResultKey), Result({kB}));
+        EXPECT_EQ(Fake::Lines("service").front(),
+                  "I service OnAutoOnOffMobileListVconfKeyChanged: +");
+
+        Register({kA, kB});
+        Fake::RunPending();
+        Fake::WriteKey(kMirroringKey, Mirroring({kB}));
+        Fake::ClearRecord();
+        Fake::RunPending();
+        EXPECT_THAT(list.GetList(), ElementsAre(kB, kA));
+        EXPECT_THAT(Fake::Calls("vconf_set"), IsEmpty()) << "a new order rewrites nothing";
+        EXPECT_EQ(Fake::Lines("service", 4),
+                  Texts({"I service OnSMDeviceListVconfKeyChanged: +",
+                         "I service ReorderDeviceList: swap " + kA + " and " + kB}));
+        Fake::WriteKey(kOnOffKey, "");  // and not delivered before the list goes
+        Fake::ClearRecord();
+    }
+    EXPECT_THAT(Fake::Calls(),
+                ElementsAre("vconf_ignore_key_changed(db/org.orlix.bleapp/added_mobile_keylist)",
+                            "vconf_ignore_key_changed(db/nirvo/musictv_paired1)"));
+    Fake::RunPending();
+    Fake::ClearRecord();
+    MobileList::OnAutoOnOffMobileListVconfKeyChanged(nullptr, nullptr);
+    MobileList::OnSMDeviceListVconfKeyChanged(nullptr, nullptr);
+    EXPECT_THAT(Fake::Story(),
+                ElementsAre("E service OnAutoOnOffMobileListVconfKeyChanged: DATA IS NULL",
+                            "E service OnSMDeviceListVconfKeyChanged: DATA IS NULL"));
+}
+
+TEST_F(MobileListTest, TellsWhatItDoes) {
+    Register({kA, kB});
+    Fake::WriteKey(kMirroringKey, Mirroring({kB}));
+    const MobileList list;
+    Texts lines;
+    for (const std::string& line : Fake::Lines("service")) {
+        if (line.find("GetXorMac") == std::string::npos) {
+            lines.push_back(line);
+        }
+    }
+    const std::string enabled = " enable auto on/off and bt auto connection";
+    const std::string before = "D service ReorderDeviceList: ";
+    EXPECT_THAT(
+        lines,
+        ElementsAre("I service UpdateList: ", "I service UpdateList: " + kA + enabled,
+                    "I service UpdateList: " + kB + enabled,
+                    "D service GetSoundMirroringDevices: soundmirroring device list",
+                    "D service GetSoundMirroringDevices: device : " + kB, before + "before reorder",
+                    before + "device : " + kA, before + "device : " + kB,
+                    "I service ReorderDeviceList: swap " + kA + " and " + kB,
+                    before + "after reorder", before + "device : " + kB, before + "device : " + kA,
+                    kWrote + Result({kA, kB})));
+}
+
+TEST_F(MobileListTest, FindsUpperCaseAddresses) {
+    Register({kLow});
+    const MobileList list;
+    Fake::ClearRecord();
+    EXPECT_TRUE(list.Exist(kA));
+    EXPECT_FALSE(list.Exist(kLow));
+    EXPECT_FALSE(list.Exist(""));
+    EXPECT_THAT(Fake::Story(), ElementsAre("I service Exist: Found " + kA + " in list"));
+}
+
+TEST_F(MobileListTest, MasksByPosition) {
+    EXPECT_EQ(MobileList::GetXorMac(kLow), "a18a5?e52m91i94i5");
+    EXPECT_THAT(Fake::TakeStory(),
+                ElementsAre("I service GetXorMac: org : " + kLow + ", xored : a18a5?e52m91i94i5"));
+    EXPECT_EQ(MobileList::GetXorMac(std::string(17, '0')).substr(0, 2), "01");
+    EXPECT_EQ(MobileList::GetXorMac(std::string(17, '0')).back(), '0');
+    Fake::ClearRecord();
+    for (const std::size_t size : {0, 16, 18}) {
+        EXPECT_EQ(MobileList::GetXorMac(std::string(size, '0')), "");
+        EXPECT_THAT(Fake::TakeStory(),
+                    ElementsAre("E service GetXorMac: input buffer size is not 17"));
+    }
+    EXPECT_EQ(MobileList::ToCapital("a0:b1\xe4"), "A0:B1\xe4");
+}
+
+struct Update {
+    const char* name;
+    std::string stored;
+    std::string command;
+    std::string expected;
+    std::string level;  // of the second line; the first one repeats the command
+    std::string line;   // its expected beginning
+};
+
+std::string Command(const std::string& address, const std::string& value) {
+    return R"({"btMac":")" + address + R"(","value":")" + value + R"("})";
+}
+
+std::vector<Update> Updates() {
+    const std::string stored = Settings({{kA, "Y"}, {kB, "Y"}});
+    const std::string added = Settings({{kA, "Y"}, {kB, "Y"}, {kC, "N"}});
+    const std::string json = "Json exception : ";
+    return {
+        {"KnownPhone", stored, Command(kB, "N"), Settings({{kA, "Y"}, {kB, "N"}}), "I",
+         "device is alreay in internal list"},
+        {"NewPhone", stored, Command(kC, "N"), added, "I", "new device. add it"},
+        {"CaseMakesAnother", Settings({{kLow, "Y"}}), Command(kA, "N"),
+         Settings({{kLow, "Y"}, {kA, "N"}}), "I", "new device. add it"},
+        {"OtherMembersGo", R"([{"x":1,"value":"Y","address":"A"}])", Command("A", "N"),
+         R"([{"address":"A","value":"N"}])", "I", "device is alreay in internal list"},
+        {"NoValue", stored, R"({"btMac":"A"})", stored, "W", "No object"},
+        {"NoAddress", stored, R"({"value":"Y"})", stored, "W", "No object"},
+        {"CommandIsNoObject", stored, "[]", stored, "E", json},
+        {"CommandIsNoText", stored, R"({"btMac":[],"value":"Y"})", stored, "E", json},
+        {"CommandIsNotJson", stored, "on", stored, "E", "exception : "},
+        {"CommandNestsDeeply", stored, std::string(100000, '['), stored, "E", json},
+        {"StoreIsNotJson", "{", Command(kA, "Y"), "{", "E", "exception : "},
+        {"StoreIsEmpty", "", Command(kA, "Y"), "", "E", "exception : "},
+        {"StoreHoldsNoObjects", "[5]", Command(kA, "Y"), "[5]", "E", json},
+    };
+}
+
+TEST_F(MobileListTest, AppliesCommandsToTheStore) {
+    for (const Update& c : Updates()) {
+        SCOPED_TRACE(c.name);
+        Fake::Reset();
+        Fake::WriteKey(kSettingsKey, c.stored);
+        MobileList list;
+        Fake::ClearRecord();
+        list.UpdateInternalMobileList(c.command);
+        EXPECT_EQ(Fake::TextKey(kSettingsKey), c.expected);
+        const std::string by = " service UpdateInternalMobileList: ";
+        ExpectBeginnings(Fake::Lines("service"),
+                         {"I" + by + "cmd from mobile : " + c.command, c.level + by + c.line});
+    }
+}
+
+TEST_F(MobileListTest, CommandTakesEffectAtOnce) {
+    Register({kA, kB});
+    MobileList list;
+    list.UpdateList(Command(kA, "N"));
+    EXPECT_THAT(list.GetList(), ElementsAre(kB));
+    EXPECT_EQ(Fake::TextKey(kResultKey), Result({kB}));
+    list.UpdateList("nonsense");
+    EXPECT_THAT(list.GetList(), ElementsAre(kB));
+}
+
+}  // namespace

@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/unit/PlatformTest.h"
+#include "utility/SystemConfigUtil.h"
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using S = Util::SystemConfigUtil;
+
+namespace {
+
+const std::string kPrefix = "com.velmora/featureconf/";
+
+enum Info { kAlways, kOnSuccess };
+enum Store { kBool, kInt };
+
+struct Query {
+    const char* name;
+    int (*ask)();
+    const char* key;
+    const char* error;  // the key follows, unless it names one itself
+    const char* info;
+    Info when;
+    Store store = kBool;
+    int fallback = 0;
+};
+
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): the name is part of the log line
+#define Q(function) #function, [] { return static_cast<int>(S::function()); }
+
+const Query kQueries[] = {
+    {Q(isA2dpSinkSupport), "sound_mirroring_supported", "fail to get ", "support : [%d]", kAlways},
+    {Q(isA2dpSourceSupport), "bluetooth.audio_support", "fail to get ", "support : [%d]", kAlways},
+    {Q(isHfpSupport), "bluetooth.hfp_support", "fail to get ", "support : [%d]", kAlways},
+    {Q(isSupportGripSensor), "setting.menuitem.remote_grib_support", "fail to get ",
+     "support : [%d]", kAlways},
+    {Q(IsAuracastSupport), "bluetooth.le_audio_support", "fail to get ", "support : [%d]", kAlways},
+    {Q(IsSupportVelmoraAudioCompatibilityFMS), "bluetooth.velmora_audio_compatibility_support",
+     "Fail to get ", "isSupportVelmoraAudioCompatibility FMS = %d", kOnSuccess},
+    {Q(IsCorvi), "product.is_game_screen_monitor", "Fail to get ", "isCorvi = %d", kOnSuccess},
+    {Q(IsSupportRotator), "product.rotation_accessory_support", "Fail to get ",
+     "isSupportRotator = %d", kOnSuccess},
+    {Q(IsInternalSpeakerSupported), "internal_speaker_supported", "Fail to get ", "nfcSupport = %d",
+     kOnSuccess, kBool, 1},
+    {Q(IsNfcSupport), "nfcdaemon.is_nfc_support", "Fail to get ", "nfcSupport = %d", kOnSuccess},
+    {Q(IsMledSupport), "4hdmi_multiview.support", "fail to get ", "dualsound support : [%d]",
+     kAlways},
+    {Q(IsSmartMonitor), "product.smart_monitor_feature_support", "fail to get ",
+     "isSmartMonitor : [%d]", kAlways},
+    {Q(IsProjector), "projector_feature_support", "fail to get ", "isProjector : [%d]", kAlways},
+    {Q(IsOutdoorTv), "outdoor_tv_product_image_support",
+     "fail to get com.velmora/featureconf/multiview.dualsound", "dualsound support : [%d]",
+     kAlways},
+    {Q(IsChinaAiServiceSupport), "cn_ai_service_supported", "Fail to get ",
+     "ChinaAiServiceSupport = %d", kOnSuccess},
+    {Q(IsAmbientSupport), "ambient_screen_support", "fail to ", "ambient support : [%d]",
+     kOnSuccess},
+    {Q(IsMultiviewDualSoundSupport), "multiview.dualsound", "fail to get ",
+     "dualsound support : [%d]", kOnSuccess},
+    {Q(IsMultiviewSupport), "multiview.support", "fail to get ", "MultiView support : [%d]",
+     kOnSuccess},
+    {Q(IsSoundMirroringSupport), "sound_mirroring_supported", "Failed to get ",
+     "soundmirroring support : %d", kAlways},
+    {Q(IsPavraTV), "pavra_tv", "Failed to get ", "Is PavraTV :%d", kAlways},
+    {Q(IsZemiTV), "display_rotator_supported", "Failed to get ", "Is isZEMI :%d", kAlways},
+    {Q(IsMarloSupport), "iwb_support", "Failed to get ", "marloSupport :%d", kAlways},
+    {Q(GetNumOfSimultaneousHdmiRx), "soc.num_of_simultaneous_supported_hdmi_rx", "Fail to get ",
+     "numOfHdmiRx = %d", kOnSuccess, kInt, 1},
+    {Q(GetEasyPairingThreshold), "bluetooth.vimba_easy_pairing_threshold", "Fail to get ",
+     "threshold = %d", kOnSuccess, kInt, -88},
+    {Q(GetNumOfView), "multiview.num_of_views", "Fail to get ", "numOfView = %d", kOnSuccess, kInt,
+     0},
+    {Q(GetDeviceType), "devicename.device_type_index", "Fail to get ", "DeviceType : [%d]",
+     kOnSuccess, kInt, 1},
+    {Q(GetIconType), "devicename.icon_index", "Fail to get ", "IconType : [%d]", kOnSuccess, kInt,
+     6},
+    {Q(IsBLESupport), "ble_support", "Fail to get ", "BLE support : [%d]", kOnSuccess, kInt, 0},
+    {Q(IsTessa), "the_tessa_version", "fail to get ", "Is LumeoTV :%d", kAlways, kInt, 0}};
+
+class SystemConfigUtilTest : public PlatformTest {
+protected:
+    static void Ask(const Query& q, std::optional<int> stored) {
+        Fake::ClearRecord();
+        Fake::TheWorld().features.clear();
+        if (stored) {
+            Fake::TheWorld().features[kPrefix + q.key] =
+                q.store == kBool ? Fake::Value(*stored != 0) : Fake::Value(*stored);
+        }
+        const int answer = q.ask();
+        const bool isFlag = q.store == kBool || std::string(q.name).find("Is") == 0;
+        EXPECT_EQ(answer, !stored ? q.fallback : isFlag ? *stored != 0 : *stored);
+        const std::string prefix = std::string("I utility ") + q.name + ": ";
+        Texts expected;
+        if (!stored) {
+            const bool isWhole = std::string(q.error).back() != ' ';
+            expected.push_back(prefix + q.error + (isWhole ? "" : kPrefix + q.key));
+            expected.back()[0] = 'E';
+        }
+        if (stored || q.when == kAlways) {
+            std::string info = prefix + q.info;
+            info.replace(info.find("%d"), 2, std::to_string(stored.value_or(q.fallback)));
+            expected.push_back(info);
+        }
+        EXPECT_EQ(Fake::Lines(), expected);
+        EXPECT_EQ(Fake::Calls("system_info").size(), 1U);
+    }
+};
+
+TEST_F(SystemConfigUtilTest, AnswersFromTheStoreOrFallsBack) {
+    for (const Query& q : kQueries) {
+        SCOPED_TRACE(q.name);
+        for (const int stored :
+             q.store == kBool ? std::vector<int>{0, 1} : std::vector<int>{0, 7, -1}) {
+            Ask(q, stored);
+        }
+        Ask(q, std::nullopt);
+    }
+}
+
+TEST_F(SystemConfigUtilTest, ReadsNoSecondKeyInVain) {
+    auto& features = Fake::TheWorld().features;
+    const auto calls = [] {
+        const std::size_t count = Fake::Calls("system_info").size() + Fake::Calls("vconf").size();
+        Fake::ClearRecord();
+        return count;
+    };
+    EXPECT_FALSE(S::isA2dpSupport());
+    EXPECT_EQ(calls(), 2U);
+    features[kPrefix + "sound_mirroring_supported"] = true;
+    EXPECT_TRUE(S::isA2dpSupport());
+    features[kPrefix + "bluetooth.audio_support"] = true;
+    calls();
+    EXPECT_TRUE(S::isA2dpSupport());
+    EXPECT_EQ(calls(), 1U);
+
+    EXPECT_FALSE(S::IsLfdProduct());
+    EXPECT_EQ(Fake::Lines(),
+              Texts({"E utility IsLfdProduct: com.velmora/featureconf/product.product_type",
+                     "I utility IsLfdProduct: product type : 0"}));
+    EXPECT_EQ(calls(), 1U);
+    features[kPrefix + "product.product_type"] = 4;
+    EXPECT_TRUE(S::IsLfdProduct());
+    features[kPrefix + "iwb_support"] = true;
+    EXPECT_FALSE(S::IsLfdProduct());
+    calls();
+
+    EXPECT_FALSE(S::IsSupportVelmoraAudioCompatibility());
+    EXPECT_EQ(calls(), 1U);
+    features[kPrefix + "bluetooth.velmora_audio_compatibility_support"] = true;
+    EXPECT_FALSE(S::IsSupportVelmoraAudioCompatibility());
+    Fake::TheWorld().keys["db/nirvo/velmora_audio_compatibility"] = true;
+    EXPECT_TRUE(S::IsSupportVelmoraAudioCompatibility());
+    EXPECT_EQ(Fake::Lines("utility", 4).back(),
+              "I utility IsSupportVelmoraAudioCompatibilityVconf: "
+              "isSupportVelmoraAudioCompatibility vconf = 1");
+}
+
+TEST_F(SystemConfigUtilTest, DiscoverableUnlessOneSaysNo) {
+    auto& features = Fake::TheWorld().features;
+    const std::string general = kPrefix + "bluetooth.discoverable";
+    const std::string classic = kPrefix + "bluetooth.always_classic_discoverable";
+    const std::string name = " utility IsBluetoothDiscoverable: ";
+    EXPECT_TRUE(S::IsBluetoothDiscoverable());
+    EXPECT_EQ(
+        Fake::TakeStory(),
+        Texts({"E" + name + "fail to get " + general, "I" + name + "general discoverable : [1]",
+               "E" + name + "fail to get " + classic, "I" + name + "classic discoverable : [1]"}));
+    features[general] = true;
+    features[classic] = false;
+    EXPECT_FALSE(S::IsBluetoothDiscoverable());
+    Fake::ClearRecord();
+    features[general] = false;
+    features[classic] = true;
+    EXPECT_FALSE(S::IsBluetoothDiscoverable());
+    EXPECT_EQ(Fake::TakeStory(), Texts({"I" + name + "general discoverable : [0]"}));
+}
+
+TEST_F(SystemConfigUtilTest, OtherSources) {
+    unsigned char code = 9;
+    EXPECT_FALSE(S::GetIrKeyCode(code));
+    EXPECT_EQ(code, 9);
+    Fake::TheWorld().irKeyCode = 0x1F2;
+    EXPECT_TRUE(S::GetIrKeyCode(code));
+    EXPECT_EQ(code, 0xF2);
+    EXPECT_FALSE(S::IsHmsModeEnable());
+    EXPECT_FALSE(S::IsB2BOptionEnable());
+    EXPECT_THAT(Fake::Lines(), IsEmpty());
+    EXPECT_FALSE(S::isLastBtAudioAutoConnectionEnable());
+    Fake::TheWorld().keys["db/nirvo/last_audio_auto_connection"] = true;
+    EXPECT_TRUE(S::isLastBtAudioAutoConnectionEnable());
+    EXPECT_EQ(Fake::Lines("utility", 4).back(),
+              "I utility isLastBtAudioAutoConnectionEnable: "
+              "isSupportLastBtAudioAutoConnection vconf = 1");
+}
+
+TEST_F(SystemConfigUtilTest, KeepsWhatItReadOnce) {
+    const std::pair<bool (*)(), std::pair<const char*, std::string>> cached[] = {
+        {S::IsLumeoTV, {"lumeo_tv", "IsLumeoTV: Is LumeoTV :"}},
+        {S::IsArtModeOnly, {"artapp.artmode_only_support", "IsArtModeOnly: Is ArtModeOnly :"}},
+    };
+    for (const auto& [ask, texts] : cached) {
+        auto& feature = Fake::TheWorld().features[kPrefix + texts.first];
+        feature = std::string("not a flag");
+        Fake::ClearRecord();
+        EXPECT_FALSE(ask());
+        EXPECT_THAT(Fake::TakeStory(),
+                    ElementsAre(HasSubstr("fail to get "
+                                          "com.velmora/featureconf/multiview.dualsound")));
+        feature = true;
+        EXPECT_TRUE(ask()) << "a failed read is tried again";
+        feature = false;
+        EXPECT_TRUE(ask());
+        EXPECT_EQ(Fake::Calls("system_info").size(), 1U);
+        EXPECT_EQ(Fake::Story(), Texts(2, "I utility " + texts.second + "1"));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/unit/PlatformTest.h"
+#include "utility/TvStatusUtil.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Util::TvStatusUtil;
+
+namespace {
+
+class TvStatusUtilTest : public PlatformTest {
+protected:
+    // The story of `action` without the lines of what it asked the TV before it acted.
+    static Texts Acts(void (*action)()) {
+        Fake::ClearRecord();
+        action();
+        Texts story;
+        for (const std::string& text : Fake::Story()) {
+            if (text.find(" Get") == std::string::npos && text.find(" Is") == std::string::npos) {
+                story.push_back(text);
+            }
+        }
+        return story;
+    }
+    // The TV as the lock of low-power mode needs it.
+    static void EnterLowPower() {
+        Fake::TheWorld().powerState = 4;
+        Fake::TheWorld().ambientMode = 2;
+    }
+};
+
+TEST_F(TvStatusUtilTest, AnswersFromTheTv) {
+    auto& world = Fake::TheWorld();
+    EXPECT_FALSE(TvStatusUtil::isWifiSpeakerConnecting());
+    for (const int status : {1, 0, -1}) {
+        world.keys["memory/acm/networkspeaker_status"] = status;
+        EXPECT_EQ(TvStatusUtil::isWifiSpeakerConnecting(), status == -1);
+    }
+    for (int route = 0; route < 8; ++route) {
+        EXPECT_EQ(
+            TvStatusUtil::isBluetoothSpeakerSelection(static_cast<sound_tv_output_route_e>(route)),
+            route == 3 || route == 5 || route == 6);
+    }
+    EXPECT_EQ(TvStatusUtil::GetWifiChannel(), 0);
+    world.keys["memory/wifi/frequency"] = 5180;
+    EXPECT_EQ(TvStatusUtil::GetWifiChannel(), 5180);
+    world.wakeUpReason = 93;
+    EXPECT_EQ(TvStatusUtil::GetDeviceWakeUpReason(), 93);
+    Fake::ClearRecord();
+    for (const int state : {0, 1, 2, 4}) {
+        world.powerState = state;
+        EXPECT_EQ(TvStatusUtil::IsValidPowerState(), state < 2);
+    }
+    world.ambientType = 5;
+    EXPECT_EQ(TvStatusUtil::GetAmbientType(), 5);
+    EXPECT_EQ(TvStatusUtil::GetAmbientMode(), 0);
+    EXPECT_THAT(Fake::Story(), ElementsAre("I utility GetPowerState: Power state = 0",
+                                           "I utility GetPowerState: Power state = 1",
+                                           "I utility GetPowerState: Power state = 2",
+                                           "I utility GetPowerState: Power state = 4",
+                                           "I utility GetAmbientType: Current Ambient type : 5",
+                                           "I utility GetAmbientMode: Current Ambient Mode : 0"));
+}
+
+TEST_F(TvStatusUtilTest, SwitchesSoundAndPower) {
+    EXPECT_EQ(TvStatusUtil::SetMasterMute(true), 0);
+    EXPECT_FALSE(TvStatusUtil::GetTvSpeakerMute());
+    EXPECT_EQ(TvStatusUtil::SetTvSpeakerMute(true), 0);
+    EXPECT_TRUE(TvStatusUtil::GetTvSpeakerMute());
+    Fake::Fail("sound_manager_set_tv_master_mute", -3);
+    Fake::Fail("sound_manager_get_device_mute", -3);
+    EXPECT_EQ(TvStatusUtil::SetMasterMute(false), -3);
+    EXPECT_FALSE(TvStatusUtil::GetTvSpeakerMute());
+    EXPECT_THAT(Fake::TakeStory(), ElementsAre("sound_manager_set_tv_master_mute(1)",
+                                               "sound_manager_set_device_mute(0,1)",
+                                               "sound_manager_set_tv_master_mute(0)"));
+    Fake::Fail("device_power_set_state", -5);
+    TvStatusUtil::SetPowerState(POWER_STATE_LOW_POWER);
+    EXPECT_THAT(Fake::TakeStory(),
+                ElementsAre("device_power_set_state(4,1)",
+                            "I utility SetPowerState: device_power_set_state 4, result :-5"));
+    for (const int state : {0, 1, 2, 4}) {
+        Fake::TheWorld().powerState = state;
+        EXPECT_EQ(Acts([] { TvStatusUtil::PictureOn(); }),
+                  state == 1 ? Texts{"device_power_set_state(0,1)"} : Texts{});
+    }
+}
+
+TEST_F(TvStatusUtilTest, LocksStandby) {
+    TvStatusUtil::SetStandbyPowerLock(1500);
+    TvStatusUtil::UnSetStandbyPowerLock();
+    Fake::Fail("device_power_lock_state", -16);
+    Fake::Fail("device_power_unlock_state", 5);
+    TvStatusUtil::SetStandbyPowerLock(0);
+    TvStatusUtil::UnSetStandbyPowerLock();
+    EXPECT_THAT(
+        Fake::Story(),
+        ElementsAre("device_power_lock_state(2,1500)",
+                    "I utility SetStandbyPowerLock: standby lock(timout == 1500ms) : 0",
+                    "device_power_unlock_state(2)",
+                    "I utility UnSetStandbyPowerLock: standby unlock : 0",
+                    "device_power_lock_state(2,0)",
+                    "E utility SetStandbyPowerLock: power lock state failed -> ret [RESOURCE_BUSY]",
+                    "I utility SetStandbyPowerLock: standby lock(timout == 0ms) : -16",
+                    "device_power_unlock_state(2)",
+                    "E utility UnSetStandbyPowerLock: power lock state failed -> ret [None]",
+                    "I utility UnSetStandbyPowerLock: standby unlock : 5"));
+}
+
+TEST_F(TvStatusUtilTest, HoldsLowPowerModeByItsLock) {
+    const auto lock = [] { TvStatusUtil::LockLpmPowerState(30); };
+    const auto unlock = [] { TvStatusUtil::UnlockLpmPowerState(); };
+    const Texts refusedLock = {"E utility LockLpmPowerState: Not LPM mode"};
+    EXPECT_EQ(Acts(lock), refusedLock);
+    Fake::TheWorld().powerState = 4;
+    EXPECT_EQ(Acts(lock), refusedLock) << "low power without the ambient mode";
+    EXPECT_EQ(Acts(unlock), Texts({"E utility UnlockLpmPowerState: Not LPM mode"}));
+    EnterLowPower();
+    const Texts notHeld = {"E utility UnlockLpmPowerState: ambient lock is not called"};
+    EXPECT_EQ(Acts(unlock), notHeld);
+    const Texts locked = {"screen_manager_set_ambient_lock(1,30)",
+                          "E utility LockLpmPowerState: <Not Error> Lock LPM"};
+    Fake::Fail("screen_manager_set_ambient_lock", -1);
+    EXPECT_EQ(Acts(lock), locked);
+    EXPECT_EQ(Acts(unlock), notHeld) << "the lock had failed";
+    EXPECT_EQ(Acts(lock), locked);
+    const Texts unlocked = {"screen_manager_set_ambient_lock(0,0)",
+                            "E utility UnlockLpmPowerState: <Not Error> UnLock LPM"};
+    Fake::Fail("screen_manager_set_ambient_lock", -1);
+    EXPECT_EQ(Acts(unlock), unlocked);
+    EXPECT_EQ(Acts(unlock), unlocked) << "still held after a failed unlock";
+    EXPECT_EQ(Acts(unlock), notHeld);
+}
+
+TEST_F(TvStatusUtilTest, SendsTheTvToSleep) {
+    const auto sleep = [] { TvStatusUtil::SleepTv(); };
+    EXPECT_THAT(Acts(sleep), IsEmpty());
+    Fake::TheWorld().powerState = 2;
+    EXPECT_EQ(Acts(sleep), Texts({"I utility SleepTv: Go to suspend  from BackGround Standby",
+                                  "device_power_request_poweroff(4)"}));
+    Fake::TheWorld().powerState = 4;
+    EXPECT_EQ(Acts(sleep),
+              Texts({"E utility SleepTv: <Not Error> Go to suspend from Low Power Mode",
+                     "screen_manager_set_ambient_mode(3,2)"}));
+}
+
+TEST_F(TvStatusUtilTest, WakesTheTvAndKnowsItsArt) {
+    auto& world = Fake::TheWorld();
+    const auto wake = [] { TvStatusUtil::WakeUpTv(POWER_STATE_LOW_POWER); };
+    const Texts begin = {"device_power_set_wakeup_reason(1)",
+                         "E utility WakeUpTv: <Not Error> Go to Normal from Low Power Mode"};
+    Texts plain = begin;
+    plain.emplace_back("screen_manager_set_ambient_mode(0,0)");
+    Texts art = begin;
+    art.insert(art.end(), {"I utility WakeUpTv: turn on with artmode",
+                           "screen_manager_set_ambient_mode(1,4)"});
+    EnterLowPower();
+    world.keys["db/nirvo/ambient_mode_full_power_off_event"] = 1;
+    EXPECT_EQ(Acts(wake), plain);
+    EXPECT_FALSE(TvStatusUtil::IsArtAppShowing());
+    EXPECT_EQ(Fake::Story().back(), "I utility IsArtAppShowing: Not lumeo TV");
+
+    // From here on for good: the product line is read once.
+    world.features["com.velmora/featureconf/lumeo_tv"] = true;
+    EnterLowPower();
+    EXPECT_EQ(Acts(wake), art) << "whether it is art-mode-only could not be read";
+    world.features["com.velmora/featureconf/artapp.artmode_only_support"] = false;
+    EnterLowPower();
+    EXPECT_EQ(Acts(wake), art);
+    EnterLowPower();
+    world.keys["db/nirvo/ambient_mode_full_power_off_event"] = 2;
+    EXPECT_EQ(Acts(wake), plain);
+    world.keys["db/nirvo/ambient_mode_full_power_off_event"] = 1;
+    world.ambientMode = 1;
+    EXPECT_EQ(Acts(wake), plain);
+
+    for (const int mode : {0, 1, 2}) {
+        for (const int type : {1, 4, 5}) {
+            world.ambientMode = mode;
+            world.ambientType = type;
+            EXPECT_EQ(TvStatusUtil::IsArtAppShowing(), mode == 1 && type != 1);
+        }
+    }
+    EXPECT_EQ(Acts([] { TvStatusUtil::WakeUpTv(POWER_STATE_BACKGROUND_STANDBY); }),
+              Texts({"device_power_set_wakeup_reason(1)",
+                     "I utility WakeUpTv: Go to Normal from BackGround Standby",
+                     "device_power_set_state(0,1)"}));
+    EXPECT_EQ(Acts([] { TvStatusUtil::WakeUpTv(POWER_STATE_PICTURE_OFF); }),
+              Texts({"device_power_set_wakeup_reason(1)"}));
+}
+
+}  // namespace

@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+#include "tests/unit/PlatformTest.h"
+#include "utility/UiAppLaunch.h"
+
+using ::testing::ElementsAre;
+
+namespace {
+
+nirvo_event Event(int number, const std::string& msg1 = "", const std::string& msg4 = "") {
+    return {number, -2, msg1, "", "", msg4};
+}
+
+std::string Sent(const std::string& number) {
+    return "app_control_send_launch_request(org.orlix.nirvoui,msg_no=" + number + ",msg_type=-2";
+}
+
+const std::string kWait = "LwipcWaitEvent(/tmp/.nivoui_ready,10000)";
+
+class UiAppLaunchTest : public PlatformTest {
+protected:
+    // What the UI application and who waits for it see, in order.
+    static Texts Deliveries() {
+        Texts deliveries;
+        for (const std::string& call : Fake::Calls()) {
+            if (call != "app_control_create()") {
+                deliveries.push_back(call);
+            }
+        }
+        return deliveries;
+    }
+
+    std::unique_ptr<UiAppLaunch> launcher = std::make_unique<UiAppLaunch>();
+};
+
+TEST_F(UiAppLaunchTest, DeliversOneEventAfterTheOther) {
+    Fake::HoldEvents(true);
+    launcher->Launch(Event(1, "AA", "x"));
+    launcher->Launch(Event(2));
+    launcher->Launch(Event(3));
+    ASSERT_TRUE(Fake::WaitFor(kWait, 1));
+    EXPECT_THAT(Deliveries(), ElementsAre(Sent("1") + ",msg1=AA,msg4=x)", kWait))
+        << "the others wait until the application is ready";
+    Fake::RaiseEvent();
+    ASSERT_TRUE(Fake::WaitFor(kWait, 2));
+    Fake::RaiseEvent();
+    ASSERT_TRUE(Fake::WaitFor(kWait, 3));
+    Fake::RaiseEvent();
+    launcher.reset();
+    EXPECT_THAT(Deliveries(), ElementsAre(Sent("1") + ",msg1=AA,msg4=x)", kWait, Sent("2") + ")",
+                                          kWait, Sent("3") + ")", kWait));
+}
+
+TEST_F(UiAppLaunchTest, LogsEachDelivery) {
+    launcher->Launch(Event(7, "AA", "x"));
+    launcher.reset();
+    Texts worker;
+    for (const std::string& line : Fake::Lines()) {
+        if (line != "I utility Launch: request launch org.orlix.nirvoui") {  // the caller's
+            worker.push_back(line);
+        }
+    }
+    EXPECT_THAT(worker,
+                ElementsAre("I utility AddEventDataTo: msg_no:7, msg_type:-2, msg1:AA, msg4:x",
+                            "I utility SendNirvoUiMessage: org.orlix.nirvoui launched"));
+    for (const char* traced : {"ThreadFunction()", "Launch(const nirvo_event&)", "~UiAppLaunch()",
+                               "LaunchApp(const nirvo_event&)"}) {
+        EXPECT_TRUE(Fake::WaitFor(std::string("UiAppLaunch::") + traced, 2)) << traced;
+    }
+}
+
+TEST_F(UiAppLaunchTest, GivesAnEventUpAfterThreeFailures) {
+    Fake::Fail("app_control_send_launch_request", APP_CONTROL_ERROR_APP_NOT_FOUND, 3);
+    launcher->Launch(Event(1));
+    launcher->Launch(Event(2));
+    launcher.reset();
+    EXPECT_THAT(Deliveries(), ElementsAre(Sent("1") + ")", Sent("1") + ")", Sent("1") + ")",
+                                          Sent("2") + ")", kWait));
+    EXPECT_EQ(Fake::Lines("utility", 6),
+              Texts(3, "E utility SendNirvoUiMessage: Failed to launch org.orlix.nirvoui"));
+}
+
+TEST_F(UiAppLaunchTest, DeliversWhatIsQueuedBeforeItEnds) {
+    Fake::HoldEvents(true);
+    for (int i = 0; i < 20; ++i) {
+        launcher->Launch(Event(i));
+    }
+    UiAppLaunch* ending = launcher.get();
+    std::thread destroyer([this] { launcher.reset(); });
+    ASSERT_TRUE(Fake::WaitFor("IN >> [UiAppLaunch::~UiAppLaunch()"));
+    // Which is logged a moment before the launcher stops taking events.
+    std::string refusal;
+    int taken = 20;
+    while (refusal.empty() && taken < 100000) {
+        try {
+            ending->Launch(Event(taken));
+            ++taken;
+        } catch (const std::runtime_error& e) {
+            refusal = e.what();
+        }
+    }
+    EXPECT_EQ(refusal, "thread stopped");
+    Fake::HoldEvents(false);
+    destroyer.join();
+    const Texts sent = Fake::Calls("app_control_send");
+    ASSERT_EQ(sent.size(), static_cast<std::size_t>(taken));
+    EXPECT_EQ(sent.back(), Sent(std::to_string(taken - 1)) + ")");
+}
+
+TEST_F(UiAppLaunchTest, ManyThreadsMayLaunch) {
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 8; ++i) {
+        callers.emplace_back([this, i] {
+            for (int k = 0; k < 50; ++k) {
+                launcher->Launch(Event(i));
+            }
+        });
+    }
+    for (std::thread& caller : callers) {
+        caller.join();
+    }
+    launcher.reset();
+    EXPECT_EQ(Fake::Calls("app_control_send").size(), 400U);
+}
+
+}  // namespace

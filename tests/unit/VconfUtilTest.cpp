@@ -1,0 +1,151 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdint>
+
+#include "tests/unit/PlatformTest.h"
+#include "utility/VconfUtil.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Util::VconfUtil;
+
+namespace {
+
+class VconfUtilTest : public PlatformTest {};
+
+// The ids are an interface between programs, so no row may move or change.
+TEST_F(VconfUtilTest, KeyTableIsFixed) {
+    ASSERT_EQ(VconfUtil::keys.size(), 144U);
+    std::uint64_t hash = 0xcbf29ce484222325;  // FNV-1a over the keys, one on each line
+    for (const std::string& key : VconfUtil::keys) {
+        for (const char c : key + "\n") {
+            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+        }
+    }
+    EXPECT_EQ(hash, 0x90eeaf88fd9cb7ef);
+    const int ids[] = {
+#define VCONF_KEY(id, name, key) Util::VCONF_KEY_##name,
+#include "utility/VconfKeys.inc"
+#undef VCONF_KEY
+    };
+    for (int i = 0; i < 144; ++i) {
+        EXPECT_EQ(ids[i], i);
+    }
+    EXPECT_EQ(VconfUtil::keys[13], "db/nirvo/auto_connect_mobile_list");
+    EXPECT_EQ(VconfUtil::keys[79], "Not available any more");
+    EXPECT_EQ(VconfUtil::keys[103], VconfUtil::keys[48]);
+}
+
+struct Setter {
+    const char* name;
+    void (*set)(int id);
+    const char* function;  // the platform's
+    const char* value;
+    const char* refusal;
+    const char* notice;  // logged first
+};
+
+TEST_F(VconfUtilTest, SettersWriteTheirTypeAndLogIt) {
+    const Setter setters[] = {
+        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, std::string("x y")); }, "vconf_set_str",
+         "x y", "fail to vconfkey", ""},
+        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, "literal"); }, "vconf_set_str", "literal",
+         "fail to vconfkey", ""},
+        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, true); }, "vconf_set_bool", "1",
+         "fail to set vconfkey", ""},
+        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, -7); }, "vconf_set_int", "-7",
+         "fail to vconfkey", ""},
+        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, std::string("x y")); },
+         "vconf_set_str_async", "x y", "fail to vconfkey", " async"},
+        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, "literal"); },
+         "vconf_set_str_async", "literal", "fail to vconfkey", " async"},
+        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, false); },
+         "vconf_set_bool_async", "0", "fail to set vconfkey", " async"},
+        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, 7); }, "vconf_set_int_async",
+         "7", "fail to vconfkey", " async"},
+    };
+    for (const Setter& s : setters) {
+        for (const int id : {2, 79}) {
+            const std::string& key = VconfUtil::keys[static_cast<std::size_t>(id)];
+            const std::string name = s.name;
+            Fake::ClearRecord();
+            s.set(id);
+            Texts lines;
+            if (*s.notice != '\0') {
+                lines.push_back("E utility " + name + ": set " + key + " to " + s.value + s.notice);
+            }
+            lines.push_back(id == 79
+                                ? "E utility " + name + ": " + s.refusal + " " + key + "[79]"
+                                : "D utility " + name + ": key : " + key + ", value : " + s.value);
+            EXPECT_EQ(Fake::Lines(), lines);
+            EXPECT_THAT(Fake::Calls(),
+                        ElementsAre(std::string(s.function) + "(" + key + "," + s.value + ")"));
+        }
+    }
+}
+
+TEST_F(VconfUtilTest, FailedReadKeepsTheValue) {
+    std::string text = "before";
+    int number = 11;
+    bool flag = true;
+    Fake::TheWorld().keys = {{"db/nirvo/lpm_mbr", std::string("text")}, {"db/nirvo/oob_status", 1}};
+    VconfUtil::GetVconf(12, text);  // never written
+    VconfUtil::GetVconf(9, text);   // an int
+    VconfUtil::GetVconf(8, number);
+    VconfUtil::GetVconf(8, flag);
+    VconfUtil::GetVconf(144, text);
+    VconfUtil::GetVconf(-1, number);
+    EXPECT_EQ(text, "before");
+    EXPECT_EQ(number, 11);
+    EXPECT_TRUE(flag);
+    const Texts lines = Fake::Lines();
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_EQ(lines[0], "E utility GetVconf: fail to get vconfkey db/nirvo/musictv_paired3[12]");
+    EXPECT_EQ(lines[2], "E utility GetVconf: fail to get vconfkey db/nirvo/lpm_mbr[8]");
+    EXPECT_EQ(lines[3], "E utility GetVconf: fail to get vconfkey db/nirvo/lpm_mbr[8]");
+}
+
+TEST_F(VconfUtilTest, ReadsEachType) {
+    std::string text;
+    int number = 0;
+    bool flag = false;
+    VconfUtil::SetVconf(48, 5);
+    VconfUtil::GetVconf(103, number);
+    VconfUtil::GetVconf(103, flag);
+    EXPECT_EQ(number, 5);
+    EXPECT_TRUE(flag) << "any number but 0 is true";
+    VconfUtil::SetVconfAsync(2, "name");
+    VconfUtil::GetVconf(2, text);
+    EXPECT_EQ(text, "") << "written later";
+    Fake::RunPending();
+    Fake::ClearRecord();
+    VconfUtil::GetVconf(2, text);
+    EXPECT_EQ(text, "name");
+    VconfUtil::GetVconf(48, flag);
+    EXPECT_THAT(Fake::Lines(),
+                ElementsAre("D utility GetVconf: key : db/nirvo/last_btspk_name, value : name",
+                            "D utility GetVconf: key : memory/bluetooth_nirvoui/musictvfail, "
+                            "value : 1"));
+}
+
+TEST_F(VconfUtilTest, WatchesAKey) {
+    const auto count = [](keynode_t*, void* data) { ++*static_cast<int*>(data); };
+    int changes = 0;
+    EXPECT_EQ(VconfUtil::AddVconfChangedCb(92, count, &changes), 0);
+    Fake::WriteKey("memory/wifi/frequency", 5);
+    EXPECT_EQ(changes, 0);
+    Fake::RunPending();
+    EXPECT_EQ(changes, 1);
+    Fake::WriteKey("memory/wifi/frequency", 6);
+    EXPECT_EQ(VconfUtil::RemoveVconfChangedCb(92, count), 0);
+    EXPECT_NE(VconfUtil::RemoveVconfChangedCb(92, count), 0);
+    Fake::RunPending();
+    EXPECT_EQ(changes, 1);
+    const std::string removed =
+        "D utility RemoveVconfChangedCb: Remove vconf key callback memory/wifi/frequency[92]";
+    EXPECT_THAT(Fake::Lines(), ElementsAre("D utility AddVconfChangedCb: Add vconf key callback "
+                                           "memory/wifi/frequency[92]",
+                                           removed, removed));
+}
+
+}  // namespace
