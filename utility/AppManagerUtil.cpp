@@ -40,7 +40,9 @@ bool CollectExtra(app_control_h appControl, const char* key, void* data) noexcep
 }
 
 bool CollectMetadata(const char* key, const char* value, void* data) noexcept {
-    static_cast<AppManagerUtil::Extras*>(data)->emplace_back(key, value);
+    if (key != nullptr && value != nullptr) {
+        static_cast<AppManagerUtil::Extras*>(data)->emplace_back(key, value);
+    }
     return true;
 }
 

@@ -100,7 +100,7 @@ bool TvStatusUtil::IsValidPowerState() {
 }
 
 void TvStatusUtil::PictureOn() {
-    if (GetPowerState() == POWER_STATE_PICTURE_OFF) {
+    if (device_power_get_state() == POWER_STATE_PICTURE_OFF) {
         device_power_set_state(POWER_STATE_NORMAL, kSetStateOption);
     }
 }

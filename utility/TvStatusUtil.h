@@ -35,7 +35,8 @@ public:
     // Switches the picture on when it is off in a TV that is in use.
     static void PictureOn();
 
-    // Keeps the TV from leaving standby for `timeout_ms` milliseconds, and ends that.
+    // Keeps the TV from going below standby for `timeout_ms` milliseconds (0: until unlocked), and
+    // ends that.
     static void SetStandbyPowerLock(int timeout_ms);
     static void UnSetStandbyPowerLock();
 

@@ -194,16 +194,17 @@ int CBtAutoConnect::OnWakeUptimer(void* user_data) noexcept {
 
 void CBtAutoConnect::StartLEScan() {
     m_status = kScanning;
+    // A second wake-up finds the first one's timer running: two of them would walk the list twice,
+    // and one that outlives a failed start would walk it without a scan.
+    if (m_scanTimer != 0) {
+        Util::CommonUtil::RemoveTimer(&m_scanTimer);
+    }
     const int result = bt_adapter_le_start_scan(OnLeScanResult, this);
     if (result != BT_ERROR_NONE && result != BT_ERROR_NOW_IN_PROGRESS) {
         BTLOG_ERROR("failed bt_adapter_le_start_scan: %s ", Util::CommonUtil::ERR_STR(result));
         return;
     }
     BTLOG_INFO("Start LE scan : %s", Util::CommonUtil::ERR_STR(result));
-    // A second wake-up finds the first one's scan running: two timers would walk the list twice.
-    if (m_scanTimer != 0) {
-        Util::CommonUtil::RemoveTimer(&m_scanTimer);
-    }
     m_scanTimer = g_timeout_add(static_cast<unsigned int>(m_scanTimeoutSec * kMsPerSec),
                                 OnLEScanTimeout, this);
 }

@@ -69,7 +69,7 @@ public:
 private:
     MobileList m_mobileList;
     int m_scanTimeoutSec = 5;
-    std::string m_connectingAddress;  // of the last bt_audio_connect; empty when none is awaited
+    std::string m_connectingAddress;  // of the last bt_audio_connect; cleared by any success
     bool m_deviceFound = false;       // a registered phone was recognised in this attempt
     bool m_tryingList = false;        // the attempt walks the list
     int m_status = 0;

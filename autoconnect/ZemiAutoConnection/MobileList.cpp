@@ -217,8 +217,12 @@ std::vector<std::string> MobileList::GetSoundMirroringDevices() const {
     try {
         const Json::Value root =
             Util::JsonUtil::StringToJson(ReadKey(Util::VCONF_KEY_DB_NIRVO_MUSICTV_PAIRED1));
+        const Json::Value& list = root["devices"];
+        if (!list.isNull()) {
+            RequireArray(list, m_soundMirroringKey.c_str());
+        }
         BTLOG_DEBUG("soundmirroring device list");
-        for (const Json::Value& device : root["devices"]) {
+        for (const Json::Value& device : list) {
             devices.push_back(device["address"].asString());
             BTLOG_DEBUG("device : %s", devices.back().c_str());
         }

@@ -11,13 +11,15 @@
 // The phones that may be connected automatically, in the order in which they are tried. A phone is
 // on the list when its owner enabled it ("value" is "Y" in the phones' settings) and it may switch
 // the TV on and off (its masked address is among the packed ones); phones that mirror the TV's
-// sound come first. The list follows the keys of the configuration store it is built from, and its
-// masked addresses are written back for other components.
+// sound come first. It is built from three keys of the configuration store and rebuilt when the
+// masked addresses change or a phone sends its setting; the settings key itself is not watched. Its
+// own masked addresses are written back for other components.
 //
 // Failures are logged and leave what the failing step had reached. Main loop's thread only.
 class MobileList {
 public:
-    // Builds the list and subscribes to the keys that change it.
+    // Builds the list and subscribes to changes of the masked addresses and of the sound-mirroring
+    // phones.
     MobileList();
     ~MobileList();
     MobileList(const MobileList&) = delete;

@@ -30,8 +30,8 @@ AutoConnectApp::~AutoConnectApp() {
     BTLOG_TRACE();
 }
 
-// Asking for the bus name before there is a loop is safe: the answers are dispatched by the loop, so
-// none of the callbacks runs before it does.
+// Asking for the bus name before there is a loop is safe: the answers are dispatched by the loop,
+// so none of the callbacks runs before it does.
 void AutoConnectApp::StartMainLoop() {
     BTLOG_TRACE();
     // For as long as the loop runs: a connection that fails is what leads to the next phone.
@@ -129,12 +129,15 @@ void AutoConnectApp::DeInitDbus() {
     if (m_IntrospectionData == nullptr) {
         return;
     }
+    // Giving up the name may give up the last reference to the connection.
+    const GObjectPtr<GDBusConnection> connection(
+        m_Connection == nullptr ? nullptr : G_DBUS_CONNECTION(g_object_ref(m_Connection)));
     g_bus_unown_name(m_OwnerId);
     g_dbus_node_info_unref(m_IntrospectionData);
     m_IntrospectionData = nullptr;
     // The bus may never have been reached, and then no object was registered either.
-    if (m_Connection != nullptr && m_RegistrationId != kNoId) {
-        g_dbus_connection_unregister_object(m_Connection, m_RegistrationId);
+    if (connection && m_RegistrationId != kNoId) {
+        g_dbus_connection_unregister_object(connection.get(), m_RegistrationId);
     }
 }
 
@@ -177,7 +180,7 @@ bool AutoConnectApp::CheckZemiAutoConnectCondition() const {
     int blocked = 0;
     Util::VconfUtil::GetVconf(Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL, blocked);
     const int reason = Util::TvStatusUtil::GetDeviceWakeUpReason();
-    // Wake-ups in which nobody turned the TV on; the numbers are the platform's.
+    // What these reasons mean is the platform's affair.
     if (reason == 94 || reason == 95 || reason == 41 || blocked == 1) {
         BTLOG_WARN("Not support power reason");
         return false;

@@ -32,7 +32,8 @@ public:
     // Makes StartMainLoop return; nothing before it made its loop.
     void CloseMainLoop();
 
-    // Asks for the bus name. Without it the loop still runs, which is logged.
+    // Asks for the bus name. The service runs on without it: an introspection text that does not
+    // parse is logged as an error, a name that is not obtained only by the trace of OnNameLost.
     void InitDbus();
     // Gives the bus name up, then the object. Nothing for what InitDbus did not get.
     void DeInitDbus();

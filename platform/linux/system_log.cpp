@@ -207,7 +207,8 @@ bool SendToJournal(int priority, const char* tag, const std::string& message) {
     const std::string priorityField =
         "PRIORITY=" + std::to_string(StyleOf(priority).syslogPriority);
     const std::string tagField = std::string("SYSLOG_IDENTIFIER=") + tag;
-    const std::string messageField = "MESSAGE=" + message;
+    std::string messageField = "MESSAGE=";
+    AppendPrintable(messageField, message);
     const auto field = [](const std::string& text) {
         return iovec{const_cast<char*>(text.data()), text.size()};
     };
