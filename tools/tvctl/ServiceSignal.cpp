@@ -16,9 +16,13 @@ SignalResult SendToService(const char* command, GVariant* parameters) {
     if (bus == nullptr) {
         return {false, "no system bus: " + Platform::DescribeError(*error)};
     }
-    if (g_dbus_connection_emit_signal(bus.get(), nullptr, kObjectPath, kInterfaceName, command,
-                                      parameters, Out(error)) == FALSE ||
-        g_dbus_connection_flush_sync(bus.get(), nullptr, Out(error)) == FALSE) {
+    const bool isSent =
+        g_dbus_connection_emit_signal(bus.get(), nullptr, kObjectPath, kInterfaceName, command,
+                                      parameters, Out(error)) != FALSE;
+    if (isSent) {
+        g_dbus_connection_flush_sync(bus.get(), nullptr, Out(error));
+    }
+    if (error != nullptr) {
         return {false, "the signal was not sent: " + Platform::DescribeError(*error)};
     }
     // The bus answers in order, so with this answer it has passed the signal on, too.
