@@ -22,8 +22,8 @@ struct ManufacturerData {
 constexpr std::uint8_t kManufacturerDataType = 0xFF;
 // Type and company identifier, the part of a structure's length that is not content.
 constexpr std::size_t kManufacturerHeaderSize = 3;
-// The length is one byte.
-constexpr std::size_t kMaxManufacturerContent = 255 - kManufacturerHeaderSize;
+// A packet of extended advertising data has 255 bytes, its one structure's length among them.
+constexpr std::size_t kMaxManufacturerContent = 255 - 1 - kManufacturerHeaderSize;
 
 // The first manufacturer-specific structure that lies whole within the `size` bytes at `packet`
 // (NULL when size is 0). A length of 0 ends the data early, as the significant part is over.

@@ -37,12 +37,14 @@ using GMainLoopPtr = CPtr<GMainLoop, g_main_loop_unref>;
 using GDBusNodeInfoPtr = CPtr<GDBusNodeInfo, g_dbus_node_info_unref>;
 using SqlitePtr = CPtr<sqlite3, sqlite3_close_v2>;
 using StatementPtr = CPtr<sqlite3_stmt, sqlite3_finalize>;
+// What sqlite3_mprintf makes; empty when there was no memory for it.
+using SqliteTextPtr = CPtr<char, sqlite3_free>;
 // Memory that a platform function hands over to be released with the C library's free.
 template <typename T>
 using MallocPtr = CPtr<T, std::free>;
 
 // Out-parameter for an owner: `f(Out(owner))` releases what the owner held and stores what `f`
-// wrote. The owner must not be read in the same full expression.
+// wrote. The owner must not be read, nor be named by another Out, in the same full expression.
 template <typename Owner>
 class OutHandle {
 public:

@@ -26,6 +26,7 @@ public:
 
     // Path of the device that was connected last and still is; empty when none.
     [[nodiscard]] std::string LastConnected() const;
+    [[nodiscard]] std::size_t ConnectedCount() const { return m_connected.size(); }
 
 private:
     // One bt_audio_connect that was not reported yet.

@@ -4,6 +4,9 @@
 
 #include <utility>
 
+#include "platform/linux/DbusError.h"
+#include "platform/linux/PlatformLog.h"
+
 namespace Bluez {
 
 Call::Call(GDBusConnection* connection, const std::string& path, const char* interface,
@@ -24,6 +27,38 @@ Call::Call(GDBusConnection* connection, const std::string& path, const char* int
             }
         },
         new WeakPending(m_pending));
+}
+
+void Request(GDBusConnection* connection, const std::string& path, const char* interface,
+             const char* method, GVariant* arguments, const std::string& what,
+             std::function<void()> then) {
+    struct Pending {
+        std::string what;
+        std::function<void()> then;
+    };
+    g_dbus_connection_call(
+        connection, kBusName, path.c_str(), interface, method, arguments, nullptr,
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr,
+        [](GObject* source, GAsyncResult* result, gpointer data) noexcept {
+            const std::unique_ptr<Pending> pending(static_cast<Pending*>(data));
+            GErrorPtr error;
+            const GVariantPtr reply(g_dbus_connection_call_finish(
+                reinterpret_cast<GDBusConnection*>(source), result, Out(error)));
+            if (!reply) {
+                PLATFORM_WARN("%s failed: %s", pending->what.c_str(),
+                              Platform::DescribeError(*error).c_str());
+            } else if (pending->then) {
+                pending->then();
+            }
+        },
+        new Pending{what, std::move(then)});
+}
+
+void RequestProperty(GDBusConnection* connection, const std::string& path, const char* interface,
+                     const char* property, GVariant* value, std::function<void()> then) {
+    Request(connection, path, "org.freedesktop.DBus.Properties", "Set",
+            g_variant_new("(ssv)", interface, property, value),
+            std::string("setting ") + property + " of " + path, std::move(then));
 }
 
 }  // namespace Bluez

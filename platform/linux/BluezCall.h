@@ -38,4 +38,14 @@ private:
     std::shared_ptr<Pending> m_pending;
 };
 
+// A call whose answer nobody waits for: a failure is logged as "`what` failed: ...", and `then`
+// runs after a success. Arguments as those of Call.
+void Request(GDBusConnection* connection, const std::string& path, const char* interface,
+             const char* method, GVariant* arguments, const std::string& what,
+             std::function<void()> then = {});
+
+// Request to set a property; `value` is floating.
+void RequestProperty(GDBusConnection* connection, const std::string& path, const char* interface,
+                     const char* property, GVariant* value, std::function<void()> then = {});
+
 }  // namespace Bluez

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/BluezPath.h"
+#include "platform/linux/BluezProperties.h"
 #include "platform/linux/PlatformLog.h"
 
 namespace Bluez {
@@ -26,37 +27,6 @@ constexpr const char* kA2dpSinkUuid = "0000110b-0000-1000-8000-00805f9b34fb";
 // What bluetoothd reports as RSSI when the controller gave none.
 constexpr int kUnknownRssi = 127;
 
-// Runs `apply(name, value)` for each entry of an a{sv}.
-template <typename Apply>
-void ForEachProperty(GVariant* values, Apply apply) {
-    GVariantIter iter;
-    g_variant_iter_init(&iter, values);
-    const char* name = nullptr;
-    GVariant* value = nullptr;
-    while (g_variant_iter_loop(&iter, "{&sv}", &name, &value)) {
-        apply(name, value);
-    }
-}
-
-bool Is(const char* name, const char* wanted) {
-    return std::strcmp(name, wanted) == 0;
-}
-
-// These leave the target alone when the value has another type than the interface says.
-void Read(GVariant* value, std::string& target) {
-    if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) ||
-        g_variant_is_of_type(value, G_VARIANT_TYPE_OBJECT_PATH)) {
-        target = g_variant_get_string(value, nullptr);
-    }
-}
-
-template <typename Bool>
-void Read(GVariant* value, Bool& target) {
-    if (g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN)) {
-        target = g_variant_get_boolean(value) != FALSE;
-    }
-}
-
 bool HasRssi(GVariant* values) {
     return GVariantPtr(g_variant_lookup_value(values, "RSSI", G_VARIANT_TYPE_INT16)) != nullptr;
 }
@@ -72,6 +42,7 @@ Mirror::Mirror() : m_busRequest(g_cancellable_new()) {
             if (connection) {
                 static_cast<Mirror*>(data)->OnConnection(std::move(connection));
             } else if (!g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED)) {
+                static_cast<Mirror*>(data)->m_isAbsent = true;
                 PLATFORM_WARN("no Bluetooth, the system bus cannot be reached: %s", error->message);
             }
         },
@@ -121,6 +92,7 @@ void Mirror::Subscribe(const char* interface, const char* member) {
 }
 
 void Mirror::OnServiceAppeared() {
+    m_isAbsent = false;
     m_managedObjects = Call(
         m_connection.get(), "/", kObjectManagerInterface, "GetManagedObjects", nullptr, G_MAXINT,
         [this](GVariant* reply, const GError* error) { OnManagedObjects(reply, error); });
@@ -134,6 +106,7 @@ void Mirror::OnServiceVanished() {
         PLATFORM_WARN("bluetoothd is not on the bus");
     }
     m_isFilled = false;
+    m_isAbsent = true;
     Clear();
     ForEachListener([](Listener& listener) { listener.OnServiceGone(); });
 }
@@ -242,6 +215,8 @@ void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
     ForEachProperty(values, [&adapter](const char* name, GVariant* value) {
         if (Is(name, "Address")) {
             Read(value, adapter.address);
+        } else if (Is(name, "Alias")) {
+            Read(value, adapter.alias);
         } else if (Is(name, "Powered")) {
             Read(value, adapter.isPowered);
         }
@@ -272,6 +247,12 @@ void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
             Read(value, device.name);
         } else if (Is(name, "Address")) {
             Read(value, device.address);
+        } else if (Is(name, "Class")) {
+            Read(value, device.deviceClass);
+        } else if (Is(name, "Modalias")) {
+            Read(value, device.modalias);
+        } else if (Is(name, "UUIDs")) {
+            device.hasHid = NamesHid(value);
         }
     });
     if (wasConnected && !device.isConnected) {

@@ -16,6 +16,7 @@ namespace Bluez {
 
 struct Adapter {
     std::string address;
+    std::string alias;  // the name that others see
     bool isPowered = false;
 };
 
@@ -25,6 +26,9 @@ struct Device {
     bool isPaired = false;
     std::optional<bool> isBonded;  // bluetoothd tells since 5.65
     bool isConnected = false;
+    guint32 deviceClass = 0;  // Class of Device; 0 for LE devices
+    std::string modalias;     // who made it; empty when it does not tell
+    bool hasHid = false;      // it is an input device
 
     [[nodiscard]] bool HoldsBond() const { return isBonded.value_or(isPaired); }
 };
@@ -58,9 +62,16 @@ public:
     [[nodiscard]] GDBusConnection* Connection() const { return m_connection.get(); }
     // Whether the objects of a running bluetoothd are known.
     [[nodiscard]] bool IsFilled() const { return m_isFilled; }
+    // Whether it is known if there is one: it is filled, or there is no bluetoothd or no bus.
+    [[nodiscard]] bool IsSettled() const { return m_isFilled || m_isAbsent; }
 
     // Path of the adapter in use: the powered one with the lowest number. Empty when none.
     [[nodiscard]] std::string PoweredAdapter() const;
+    // Path of any adapter, the one in use if there is one; empty when none.
+    [[nodiscard]] std::string AnyAdapter() const;
+    [[nodiscard]] const Adapter* FindAdapter(const std::string& path) const;
+    // Paths of the bonded devices behind the adapter, by address.
+    [[nodiscard]] std::vector<std::string> BondedDevices(const std::string& adapter) const;
     [[nodiscard]] const Device* FindDevice(const std::string& path) const;
     // Path of the device with that address, in any case, behind that adapter; empty when unknown.
     [[nodiscard]] std::string DevicePath(const std::string& adapter,
@@ -121,6 +132,7 @@ private:
     std::map<std::string, Player> m_players;
     std::map<std::string, std::string> m_addressedPlayers;  // device to player
     bool m_isFilled = false;
+    bool m_isAbsent = false;
     Call m_managedObjects;
     GObjectPtr<GCancellable> m_busRequest;
     std::vector<guint> m_subscriptions;

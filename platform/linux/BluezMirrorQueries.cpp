@@ -28,6 +28,27 @@ std::string Mirror::PoweredAdapter() const {
     return powered;
 }
 
+std::string Mirror::AnyAdapter() const {
+    const std::string powered = PoweredAdapter();
+    return powered.empty() && !m_adapters.empty() ? m_adapters.begin()->first : powered;
+}
+
+const Adapter* Mirror::FindAdapter(const std::string& path) const {
+    const auto adapter = m_adapters.find(path);
+    return adapter == m_adapters.end() ? nullptr : &adapter->second;
+}
+
+std::vector<std::string> Mirror::BondedDevices(const std::string& adapter) const {
+    std::vector<std::string> paths;
+    for (const auto& [path, device] : m_devices) {
+        if (device.HoldsBond() && IsBehind(path, adapter)) {
+            paths.push_back(path);
+        }
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
 const Device* Mirror::FindDevice(const std::string& path) const {
     const auto device = m_devices.find(path);
     return device == m_devices.end() ? nullptr : &device->second;

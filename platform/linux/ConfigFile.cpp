@@ -7,10 +7,10 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <thread>
 #include <utility>
 
+#include "platform/linux/Folders.h"
 #include "platform/linux/Handles.h"
 
 namespace Platform {
@@ -19,24 +19,6 @@ namespace {
 
 // Longer than the step in which others ask for a file that is held.
 constexpr std::chrono::milliseconds kTurn(3);
-
-// Makes a folder and those above it and has each one's entry in its parent stored, so that a file
-// in it is still found after a power cut. False with errno.
-bool MakeFolders(const std::filesystem::path& folder) {
-    std::error_code ignored;
-    if (folder.empty() || std::filesystem::is_directory(folder, ignored)) {
-        return true;
-    }
-    if (!MakeFolders(folder.parent_path()) ||
-        (mkdir(folder.c_str(), 0755) != 0 && errno != EEXIST)) {
-        return false;
-    }
-    const FileDescriptor parent(open(folder.parent_path().c_str(), O_RDONLY | O_CLOEXEC));
-    if (parent.IsOpen()) {
-        fsync(parent.Get());
-    }
-    return true;
-}
 
 }  // namespace
 

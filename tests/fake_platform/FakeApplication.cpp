@@ -114,6 +114,7 @@ extern "C" {
 
 int app_control_create(app_control_h* handle) {
     FAKE_QUERY_ANYWHERE();
+    FAKE_REFUSE_IF(handle == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     Fake::Own("launch request", 1);
     *handle = new app_control_s;
     return 0;
@@ -149,6 +150,7 @@ int app_control_add_extra_data(app_control_h handle, const char* key, const char
 }
 
 int app_control_get_app_id(app_control_h handle, char** app_id) {
+    FAKE_REFUSE_IF(app_id == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     *app_id = nullptr;
     FAKE_QUERY_ANYWHERE();
     FAKE_REFUSE_IF(handle == nullptr || handle->appId.empty(), APP_CONTROL_ERROR_INVALID_PARAMETER);
@@ -157,8 +159,10 @@ int app_control_get_app_id(app_control_h handle, char** app_id) {
 }
 
 int app_control_get_extra_data(app_control_h handle, const char* key, char** value) {
+    FAKE_REFUSE_IF(value == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     *value = nullptr;
     FAKE_QUERY_ANYWHERE(key);
+    FAKE_REFUSE_IF(handle == nullptr || key == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     for (const auto& extra : handle->extras) {
         if (extra.first == key) {
             *value = strdup(extra.second.c_str());
@@ -170,6 +174,7 @@ int app_control_get_extra_data(app_control_h handle, const char* key, char** val
 
 int app_control_foreach_extra_data(app_control_h handle, app_control_extra_data_cb callback,
                                    void* user_data) {
+    FAKE_REFUSE_IF(handle == nullptr || callback == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     for (const auto& extra : handle->extras) {
         if (!callback(handle, extra.first.c_str(), user_data)) {
             break;
@@ -179,6 +184,7 @@ int app_control_foreach_extra_data(app_control_h handle, app_control_extra_data_
 }
 
 int app_control_send_launch_request(app_control_h handle, app_control_reply_cb, void*) {
+    FAKE_REFUSE_IF(handle == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     FAKE_CALL(kCommand, kAny, Fake::Describe(*handle));
     return 0;
 }
@@ -186,6 +192,7 @@ int app_control_send_launch_request(app_control_h handle, app_control_reply_cb, 
 int app_control_send_launch_request_async(app_control_h handle,
                                           app_control_result_cb result_callback,
                                           app_control_reply_cb, void* user_data) {
+    FAKE_REFUSE_IF(handle == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     FAKE_COMMAND(Fake::Describe(*handle));
     Fake::Launches().push_back({*handle, result_callback, user_data});
     return 0;
@@ -193,6 +200,7 @@ int app_control_send_launch_request_async(app_control_h handle,
 
 int app_manager_is_running(const char* app_id, bool* running) {
     FAKE_QUERY_ANYWHERE(app_id);
+    FAKE_REFUSE_IF(app_id == nullptr || running == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     const Fake::Application* application = Fake::Find(app_id);
     *running = application != nullptr && application->running;
     return 0;
@@ -201,6 +209,7 @@ int app_manager_is_running(const char* app_id, bool* running) {
 int app_manager_get_app_context(const char* app_id, app_context_h* context) {
     FAKE_QUERY_ANYWHERE();
     const Fake::Application* application = Fake::Find(app_id);
+    FAKE_REFUSE_IF(context == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(application == nullptr || !application->running,
                    APP_CONTROL_ERROR_APP_NOT_FOUND);
     Fake::Own("application context", 1);
@@ -210,12 +219,14 @@ int app_manager_get_app_context(const char* app_id, app_context_h* context) {
 
 int app_context_get_app_state(app_context_h context, app_state_e* state) {
     FAKE_QUERY_ANYWHERE();
+    FAKE_REFUSE_IF(context == nullptr || state == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     *state = Fake::TheWorld().applications[context->appId].state;
     return 0;
 }
 
 int app_context_get_app_id(app_context_h context, char** app_id) {
     FAKE_QUERY_ANYWHERE();
+    FAKE_REFUSE_IF(context == nullptr || app_id == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     *app_id = strdup(context->appId.c_str());
     return 0;
 }
@@ -225,9 +236,10 @@ int app_context_destroy(app_context_h context) {
 }
 
 int app_manager_foreach_visible_app_context(app_manager_app_context_cb callback, void* user_data) {
+    FAKE_REFUSE_IF(callback == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     for (const auto& [id, application] : Fake::TheWorld().applications) {
         app_context_s context{id};
-        if (application.visible && !callback(&context, user_data)) {
+        if (application.running && application.visible && !callback(&context, user_data)) {
             break;
         }
     }
@@ -235,6 +247,7 @@ int app_manager_foreach_visible_app_context(app_manager_app_context_cb callback,
 }
 
 int app_manager_get_app_info(const char* app_id, app_info_h* info) {
+    FAKE_REFUSE_IF(info == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(Fake::Find(app_id) == nullptr, APP_CONTROL_ERROR_APP_NOT_FOUND);
     Fake::Own("application info", 1);
     *info = new app_info_s{app_id};
@@ -242,6 +255,7 @@ int app_manager_get_app_info(const char* app_id, app_info_h* info) {
 }
 
 int app_info_foreach_metadata(app_info_h info, app_info_metadata_cb callback, void* user_data) {
+    FAKE_REFUSE_IF(info == nullptr || callback == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     for (const auto& [key, value] : Fake::TheWorld().applications[info->appId].metadata) {
         if (!callback(key.c_str(), value.c_str(), user_data)) {
             break;
@@ -255,6 +269,7 @@ int app_info_destroy(app_info_h info) {
 }
 
 int package_info_create(const char* package_id, package_info_h* info) {
+    FAKE_REFUSE_IF(info == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(Fake::Find(package_id) == nullptr, APP_CONTROL_ERROR_APP_NOT_FOUND);
     Fake::Own("package info", 1);
     *info = new package_info_s;
@@ -267,6 +282,7 @@ int package_info_destroy(package_info_h info) {
 
 int aul_extension_app_pkg_is_updating(const char* app_id, bool* updating) {
     const Fake::Application* application = Fake::Find(app_id);
+    FAKE_REFUSE_IF(updating == nullptr, APP_CONTROL_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(application == nullptr, APP_CONTROL_ERROR_APP_NOT_FOUND);
     *updating = application->updating;
     return 0;

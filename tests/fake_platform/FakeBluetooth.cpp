@@ -26,22 +26,6 @@ Bluetooth& Radio() {
     return radio;
 }
 
-// The address in upper case; empty when it is none.
-std::string Normal(const char* address) {
-    std::string text = address == nullptr ? "" : address;
-    if (text.size() != 17) {
-        return "";
-    }
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto c = static_cast<unsigned char>(text[i]);
-        if (i % 3 == 2 ? c != ':' : std::isxdigit(c) == 0) {
-            return "";
-        }
-        text[i] = static_cast<char>(std::toupper(c));
-    }
-    return text;
-}
-
 int CopyManufacturerData(const char* packet, int size, int* id, char** data, int* length) {
     const auto found = FindManufacturerData(reinterpret_cast<const std::uint8_t*>(packet),
                                             static_cast<std::size_t>(size));
@@ -56,6 +40,21 @@ int CopyManufacturerData(const char* packet, int size, int* id, char** data, int
 }
 
 }  // namespace
+
+std::string NormalAddress(const char* address) {
+    std::string text = address == nullptr ? "" : address;
+    if (text.size() != 17) {
+        return "";
+    }
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (i % 3 == 2 ? c != ':' : std::isxdigit(c) == 0) {
+            return "";
+        }
+        text[i] = static_cast<char>(std::toupper(c));
+    }
+    return text;
+}
 
 void ResetBluetooth() {
     Radio() = Bluetooth();
@@ -101,7 +100,10 @@ bool FinishConnect(const std::string& address, int result) {
     if (Radio().connecting.erase(address) == 0) {
         return false;
     }
-    TheWorld().devices[address].connected = result == BT_ERROR_NONE;
+    const auto device = TheWorld().devices.find(address);
+    if (device != TheWorld().devices.end() && result == BT_ERROR_NONE) {
+        device->second.connected = true;
+    }
     ConnectionEvent(result, true, address.c_str());
     return true;
 }
@@ -121,41 +123,9 @@ using Fake::TheWorld;
 
 extern "C" {
 
-int bt_adapter_get_state(bt_adapter_state_e* state) {
-    FAKE_QUERY();
-    FAKE_REFUSE_IF(state == nullptr, BT_ERROR_INVALID_PARAMETER);
-    *state = TheWorld().adapterOn ? BT_ADAPTER_ENABLED : BT_ADAPTER_DISABLED;
-    return BT_ERROR_NONE;
-}
-
-int bt_adapter_get_bonded_device_info(const char* remote_address, bt_device_info_s** info) {
-    FAKE_QUERY(remote_address);
-    const std::string address = Fake::Normal(remote_address);
-    FAKE_REFUSE_IF(address.empty() || info == nullptr, BT_ERROR_INVALID_PARAMETER);
-    FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
-    const auto device = TheWorld().devices.find(address);
-    FAKE_REFUSE_IF(device == TheWorld().devices.end(), BT_ERROR_REMOTE_DEVICE_NOT_BONDED);
-    Fake::Own("device record", 1);
-    const Fake::Device& known = device->second;
-    *info = new bt_device_info_s{strdup(address.c_str()),
-                                 known.name ? strdup(known.name->c_str()) : nullptr, known.bonded,
-                                 known.connected};
-    return BT_ERROR_NONE;
-}
-
-int bt_adapter_free_device_info(bt_device_info_s* info) {
-    FAKE_QUERY();
-    if (info != nullptr) {
-        Fake::Own("device record", -1);
-        std::free(info->remote_address);
-        std::free(info->remote_name);
-        delete info;
-    }
-    return BT_ERROR_NONE;
-}
-
 int bt_adapter_le_start_scan(bt_adapter_le_scan_result_cb callback, void* user_data) {
     FAKE_COMMAND();
+    FAKE_REFUSE_IF(callback == nullptr, BT_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
     FAKE_REFUSE_IF(Fake::Scanning(), BT_ERROR_NOW_IN_PROGRESS);
     Radio().scan = callback;
@@ -206,7 +176,7 @@ int bt_audio_unset_connection_state_changed_cb(void) {
 
 int bt_audio_connect(const char* remote_address, bt_audio_profile_type_e type) {
     FAKE_COMMAND(remote_address, type);
-    const std::string address = Fake::Normal(remote_address);
+    const std::string address = Fake::NormalAddress(remote_address);
     FAKE_REFUSE_IF(address.empty() || type != BT_AUDIO_PROFILE_TYPE_A2DP_SINK,
                    BT_ERROR_INVALID_PARAMETER);
     return Radio().connecting.insert(address).second ? BT_ERROR_NONE : BT_ERROR_NOW_IN_PROGRESS;

@@ -34,9 +34,8 @@ bool SameWatch(const Watch& a, const Watch& b) {
     return a.key == b.key && a.callback == b.callback && a.data == b.data;
 }
 
-// Calls who watches the key now and still does when its turn comes.
-void Notify(const std::string& key) {
-    const std::vector<Watch> watches = Watches();
+// Calls those of `watches`, who watched the key when it was written, that still do.
+void Notify(const std::string& key, const std::vector<Watch>& watches) {
     for (const Watch& watch : watches) {
         const bool still = std::any_of(Watches().begin(), Watches().end(),
                                        [&](const Watch& w) { return SameWatch(w, watch); });
@@ -89,7 +88,7 @@ void WriteKey(const std::string& key, const std::optional<Value>& value) {
     } else {
         TheWorld().keys.erase(key);
     }
-    Post([key] { Notify(key); });
+    Post([key, watches = Watches()] { Notify(key, watches); });
 }
 
 std::string TextKey(const std::string& key) {
@@ -115,10 +114,8 @@ char* vconf_get_str(const char* key) {
 int vconf_get_bool(const char* key, int* value) {
     FAKE_QUERY(key);
     const Value* stored = Fake::Find(key);
-    FAKE_REFUSE_IF(stored == nullptr || std::holds_alternative<std::string>(*stored),
-                   Fake::kFailed);
-    const bool* flag = std::get_if<bool>(stored);
-    *value = flag != nullptr ? static_cast<int>(*flag) : std::get<int>(*stored);
+    FAKE_REFUSE_IF(stored == nullptr || !std::holds_alternative<bool>(*stored), Fake::kFailed);
+    *value = static_cast<int>(std::get<bool>(*stored));
     return 0;
 }
 
@@ -132,6 +129,7 @@ int vconf_get_int(const char* key, int* value) {
 
 int vconf_set_str(const char* key, const char* value) {
     FAKE_COMMAND(key, value);
+    FAKE_REFUSE_IF(value == nullptr, Fake::kFailed);
     return Fake::Write(key, std::string(value));
 }
 

@@ -25,6 +25,11 @@ struct Device {
     bool bonded = true;
     bool connected = false;
     std::optional<std::string> name = {};
+    bt_class_s deviceClass = {};
+    int vendor = 0;
+    int product = 0;
+    bool isInput = false;
+    bool authorized = false;
 };
 
 struct Application {
@@ -37,6 +42,9 @@ struct Application {
 
 struct World {
     bool adapterOn = true;
+    std::optional<std::string> adapterName;
+    bool adapterVisible = false;
+    std::vector<std::string> headless;              // addresses of the registered accessories
     std::map<std::string, Device> devices;          // the adapter's bonds, by upper-case address
     std::optional<bt_avrcp_player_state_e> player;  // none: no phone is connected
     std::map<std::string, Value> keys;              // the configuration store

@@ -23,6 +23,9 @@ void Own(const std::string& kind, int change);
 // Runs `event` in the next RunPending.
 void Post(std::function<void()> event);
 
+// The address in upper case; empty when it is none.
+std::string NormalAddress(const char* address);
+
 // What each family still holds for a listener, and how it forgets everything.
 void ConfigLeftovers(std::vector<std::string>* found);
 void BluetoothLeftovers(std::vector<std::string>* found);

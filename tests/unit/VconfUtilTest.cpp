@@ -111,8 +111,9 @@ TEST_F(VconfUtilTest, ReadsEachType) {
     bool flag = false;
     VconfUtil::SetVconf(48, 5);
     VconfUtil::GetVconf(103, number);
-    VconfUtil::GetVconf(103, flag);
     EXPECT_EQ(number, 5);
+    vconf_set_bool("memory/bluetooth_nirvoui/musictvfail", 5);
+    VconfUtil::GetVconf(103, flag);
     EXPECT_TRUE(flag) << "any number but 0 is true";
     VconfUtil::SetVconfAsync(2, "name");
     VconfUtil::GetVconf(2, text);

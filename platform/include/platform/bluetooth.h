@@ -26,6 +26,7 @@ typedef enum {
     BT_ERROR_RESOURCE_BUSY = -16,
     BT_ERROR_TIMED_OUT = -1073741823,
     BT_ERROR_NOW_IN_PROGRESS = -115,
+    BT_ERROR_NOT_SUPPORTED = -95, /* this platform has nothing of the kind */
     BT_ERROR_NOT_INITIALIZED = -29359871,
     BT_ERROR_NOT_ENABLED = -29359870,
     BT_ERROR_ALREADY_DONE = -29359869,
@@ -47,9 +48,18 @@ typedef enum { BT_ADAPTER_DISABLED = 0, BT_ADAPTER_ENABLED = 1 } bt_adapter_stat
  * answer is BT_ERROR_NONE and disabled. INVALID_PARAMETER when state is NULL. */
 int bt_adapter_get_state(bt_adapter_state_e* state);
 
+/* The fields of a Class of Device (Bluetooth Assigned Numbers, 2.8): the major class, 0 to 31, and
+ * the minor class with its six bits where they stand in the number, so 0x00 to 0xFC in steps of 4.
+ */
+typedef struct {
+    int major_device_class;
+    int minor_device_class;
+} bt_class_s;
+
 typedef struct {
     char* remote_address; /* never NULL */
     char* remote_name;    /* NULL when the device never told one */
+    bt_class_s bt_class;  /* 0, 0 when unknown, as for LE devices */
     bool is_bonded;       /* keys are stored, the bond survives a restart */
     bool is_connected;    /* a link of any kind is up */
 } bt_device_info_s;
@@ -62,6 +72,65 @@ int bt_adapter_get_bonded_device_info(const char* remote_address, bt_device_info
 
 /* Releases a record and its strings; NULL is accepted. */
 int bt_adapter_free_device_info(bt_device_info_s* info);
+
+/* Calls `callback` for each bonded device of the enabled adapter, in the order of their addresses,
+ * until it returns false; the record is the platform's and valid during the call. NOT_ENABLED: no
+ * powered adapter. */
+typedef bool (*bt_adapter_bonded_device_cb)(bt_device_info_s* info, void* user_data);
+int bt_adapter_foreach_bonded_device(bt_adapter_bonded_device_cb callback, void* user_data);
+
+/* The vendor and product id that a bonded device declares, whoever assigned the vendor's; 0 and 0
+ * when it declares none. Results as for its record; the outputs are written on success alone. */
+int bt_device_get_remote_vid_pid(const char* remote_address, int* vendor_id, int* product_id);
+
+typedef enum {
+    BT_PROFILE_HID = 0x08 /* input devices: keyboards, mice, game pads */
+} bt_profile_e;
+
+/* Whether a bonded device is connected with that profile. NOT_SUPPORTED: another profile. Other
+ * results as for its record; *connected is written on success alone. */
+int bt_device_is_profile_connected(const char* remote_address, bt_profile_e profile,
+                                   bool* connected);
+
+/* Whether the device may connect without being asked about. Results as for its record; the change
+ * may take effect after the function returned. */
+typedef enum { BT_DEVICE_AUTHORIZED = 0, BT_DEVICE_UNAUTHORIZED = 1 } bt_device_authorization_e;
+int bt_device_set_authorization(const char* remote_address,
+                                bt_device_authorization_e authorization);
+
+/* ---- adapter switches ----
+ * BT_ERROR_NONE: the request is on its way. A failure that comes back later is logged by the
+ * platform. NOT_ENABLED: there is no adapter, or, but for bt_adapter_enable, none that is
+ * powered. */
+
+/* The adapter's name, to be released by the caller with free; untouched on failure. */
+int bt_adapter_get_name(char** name);
+/* ALREADY_DONE: it is in that state. */
+int bt_adapter_enable(void);
+int bt_adapter_disable(void);
+/* Off and on again; bonds stay. */
+int bt_adapter_reset(void);
+/* Whether bonded devices may connect. NOT_SUPPORTED: the adapter always lets them. */
+int bt_adapter_set_connectable(bool connectable);
+typedef enum {
+    BT_ADAPTER_VISIBILITY_MODE_NON_DISCOVERABLE = 0,
+    BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE = 1
+} bt_adapter_visibility_mode_e;
+/* Visible to others for `duration` seconds, 0 for ever. */
+int bt_adapter_set_visibility(bt_adapter_visibility_mode_e mode, int duration);
+
+/* ---- accessories that connect while the TV is in standby; an extension of some TVs ---- */
+
+typedef struct {
+    char* remote_address; /* may be NULL */
+} bt_adapter_headless_dev_info_s;
+/* Calls `callback` for each registered one until it returns false. NOT_SUPPORTED: no such
+ * extension. */
+typedef bool (*bt_adapter_headless_device_info_cb)(bt_adapter_headless_dev_info_s* info,
+                                                   void* user_data);
+int bt_adapter_foreach_headless_device_info(bt_adapter_headless_device_info_cb callback,
+                                            void* user_data);
+int bt_adapter_unregister_headless_device(const char* remote_address);
 
 /* ---- LE scan ---- */
 
@@ -94,7 +163,8 @@ typedef void (*bt_adapter_le_scan_result_cb)(int result,
                                              void* user_data);
 
 /* Starts a scan without an end of its own. NOW_IN_PROGRESS: a scan of this process runs already and
- * goes on, with the callback it was started with. NOT_ENABLED: no powered adapter. */
+ * goes on, with the callback it was started with. NOT_ENABLED: no powered adapter.
+ * INVALID_PARAMETER: callback is NULL. */
 int bt_adapter_le_start_scan(bt_adapter_le_scan_result_cb callback, void* user_data);
 
 /* Stops the scan; no result is delivered after it returned. NOT_IN_PROGRESS: none runs. */
@@ -147,6 +217,21 @@ typedef enum {
  * is connected. OPERATION_FAILED: it has no player, or the player has not told its state yet.
  * INVALID_PARAMETER: state is NULL. *state is written on success alone. */
 int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state);
+
+/* Sends a command to the phone's remote-control target. NOT_SUPPORTED: not by this platform. */
+int bt_avrcp_target_send_cmd(int command);
+
+/* The connected audio devices of a kind: how many, and the one that connected last. */
+typedef struct {
+    int connected_count;
+    char* remote_address; /* NULL when there is none */
+    char* remote_name;    /* NULL when there is none or it never told one */
+} bt_audio_connected_info_s;
+/* The record is the caller's, to be released with bt_audio_free_connected_info; *info is written on
+ * success alone. `type` is a bt_audio_profile_type_e. NOT_SUPPORTED: another type.
+ * INVALID_PARAMETER: info is NULL. */
+int bt_audio_get_connected_info(int type, bt_audio_connected_info_s** info);
+int bt_audio_free_connected_info(bt_audio_connected_info_s* info);
 
 #ifdef __cplusplus
 }

@@ -32,8 +32,7 @@ typedef void (*vconf_set_async_cb)(int result, void* user_data);
 char* vconf_get_str(const char* key);
 
 /* The value of a bool or int key. On failure (never written, another type) *value is untouched.
- * A bool key may be read as whatever int was written to it by an older writer: any non-zero value
- * means true. */
+ * A bool comes back as the int that was written as one: any non-zero value means true. */
 int vconf_get_bool(const char* key, int* value);
 int vconf_get_int(const char* key, int* value);
 
@@ -50,8 +49,9 @@ int vconf_set_str_async(const char* key, const char* value, vconf_set_async_cb c
 int vconf_set_bool_async(const char* key, int value, vconf_set_async_cb callback, void* user_data);
 int vconf_set_int_async(const char* key, int value, vconf_set_async_cb callback, void* user_data);
 
-/* Watches a key, which need not exist. The same callback may watch a key several times with
- * different user data; `user_data` must stay valid until the registration is removed. */
+/* Watches a key, which need not exist, from now on: writes made before are not told. The same
+ * callback may watch a key several times with different user data; `user_data` must stay valid
+ * until the registration is removed. */
 int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* user_data);
 
 /* Removes every registration of `callback` on `key`; none is called afterwards, not even for a

@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/bluetooth.h"
+#include "platform/linux/BluezRecord.h"
+#include "platform/linux/BluezService.h"
+
+// The switches of the adapter: each asks bluetoothd and does not wait for it.
+
+using Bluez::Service;
+
+namespace {
+
+constexpr const char* kAdapterInterface = "org.bluez.Adapter1";
+
+void RequestAdapterProperty(const std::string& adapter, const char* property, GVariant* value,
+                            std::function<void()> then = {}) {
+    Bluez::RequestProperty(Service::Get().mirror.Connection(), adapter, kAdapterInterface, property,
+                           value, std::move(then));
+}
+
+}  // namespace
+
+int bt_adapter_get_state(bt_adapter_state_e* state) {
+    if (state == nullptr) {
+        return BT_ERROR_INVALID_PARAMETER;
+    }
+    *state =
+        Service::Get().mirror.PoweredAdapter().empty() ? BT_ADAPTER_DISABLED : BT_ADAPTER_ENABLED;
+    return BT_ERROR_NONE;
+}
+
+int bt_adapter_get_name(char** name) {
+    if (name == nullptr) {
+        return BT_ERROR_INVALID_PARAMETER;
+    }
+    const Bluez::Mirror& mirror = Service::Get().mirror;
+    const Bluez::Adapter* adapter = mirror.FindAdapter(mirror.PoweredAdapter());
+    if (adapter == nullptr) {
+        return BT_ERROR_NOT_ENABLED;
+    }
+    char* copy = Bluez::CopyOrNull(adapter->alias);
+    if (copy == nullptr) {
+        return BT_ERROR_OPERATION_FAILED;
+    }
+    *name = copy;
+    return BT_ERROR_NONE;
+}
+
+int bt_adapter_enable(void) {
+    const Bluez::Mirror& mirror = Service::Get().mirror;
+    if (!mirror.PoweredAdapter().empty()) {
+        return BT_ERROR_ALREADY_DONE;
+    }
+    const std::string adapter = mirror.AnyAdapter();
+    if (adapter.empty()) {
+        return BT_ERROR_NOT_ENABLED;
+    }
+    RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(TRUE));
+    return BT_ERROR_NONE;
+}
+
+int bt_adapter_disable(void) {
+    const Bluez::Mirror& mirror = Service::Get().mirror;
+    const std::string adapter = mirror.PoweredAdapter();
+    if (adapter.empty()) {
+        return mirror.AnyAdapter().empty() ? BT_ERROR_NOT_ENABLED : BT_ERROR_ALREADY_DONE;
+    }
+    RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(FALSE));
+    return BT_ERROR_NONE;
+}
+
+int bt_adapter_reset(void) {
+    const std::string adapter = Service::Get().mirror.PoweredAdapter();
+    if (adapter.empty()) {
+        return BT_ERROR_NOT_ENABLED;
+    }
+    RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(FALSE), [adapter] {
+        RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(TRUE));
+    });
+    return BT_ERROR_NONE;
+}
+
+int bt_adapter_set_connectable(bool /*connectable*/) {
+    return BT_ERROR_NOT_SUPPORTED;
+}
+
+int bt_adapter_set_visibility(bt_adapter_visibility_mode_e mode, int duration) {
+    const bool isVisible = mode == BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE;
+    if ((!isVisible && mode != BT_ADAPTER_VISIBILITY_MODE_NON_DISCOVERABLE) || duration < 0) {
+        return BT_ERROR_INVALID_PARAMETER;
+    }
+    const std::string adapter = Service::Get().mirror.PoweredAdapter();
+    if (adapter.empty()) {
+        return BT_ERROR_NOT_ENABLED;
+    }
+    // First for how long: bluetoothd takes the time when it becomes visible.
+    RequestAdapterProperty(
+        adapter, "DiscoverableTimeout", g_variant_new_uint32(static_cast<guint32>(duration)),
+        [adapter, isVisible] {
+            RequestAdapterProperty(adapter, "Discoverable", g_variant_new_boolean(isVisible));
+        });
+    return BT_ERROR_NONE;
+}

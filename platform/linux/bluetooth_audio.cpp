@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdlib>
+#include <string>
+
+#include "platform/bluetooth.h"
+#include "platform/linux/BluezRecord.h"
+#include "platform/linux/BluezService.h"
+
+// Audio connections and the phone's player.
+
+using Bluez::Service;
+
+int bt_audio_set_connection_state_changed_cb(bt_audio_connection_state_changed_cb callback,
+                                             void* user_data) {
+    if (callback == nullptr) {
+        return BT_ERROR_INVALID_PARAMETER;
+    }
+    Service::Get().audio.SetCallback(callback, user_data);
+    return BT_ERROR_NONE;
+}
+
+int bt_audio_unset_connection_state_changed_cb(void) {
+    Service::Get().audio.SetCallback(nullptr, nullptr);
+    return BT_ERROR_NONE;
+}
+
+int bt_audio_connect(const char* remote_address, bt_audio_profile_type_e type) {
+    const std::string address = Bluez::CanonicalAddress(remote_address);
+    if (address.empty() || type != BT_AUDIO_PROFILE_TYPE_A2DP_SINK) {
+        return BT_ERROR_INVALID_PARAMETER;
+    }
+    return Service::Get().audio.Connect(address);
+}
+
+int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state) {
+    if (state == nullptr) {
+        return BT_ERROR_INVALID_PARAMETER;
+    }
+    const Service& service = Service::Get();
+    const std::string device = service.audio.LastConnected();
+    if (device.empty()) {
+        return BT_ERROR_REMOTE_DEVICE_NOT_CONNECTED;
+    }
+    return service.PlayStatus(device, *state);
+}
+
+int bt_avrcp_target_send_cmd(int /*command*/) {
+    return BT_ERROR_NOT_SUPPORTED;
+}
+
+int bt_audio_get_connected_info(int type, bt_audio_connected_info_s** info) {
+    if (info == nullptr) {
+        return BT_ERROR_INVALID_PARAMETER;
+    }
+    if (type != BT_AUDIO_PROFILE_TYPE_A2DP_SINK) {
+        return BT_ERROR_NOT_SUPPORTED;
+    }
+    auto* record =
+        static_cast<bt_audio_connected_info_s*>(std::calloc(1, sizeof(bt_audio_connected_info_s)));
+    if (record == nullptr) {
+        return BT_ERROR_OUT_OF_MEMORY;
+    }
+    const Service& service = Service::Get();
+    const std::string path = service.audio.LastConnected();
+    if (const Bluez::Device* device = service.mirror.FindDevice(path)) {
+        record->remote_address = Bluez::CopyOrNull(device->address);
+        record->remote_name = Bluez::CopyOrNull(device->name);
+        record->connected_count = static_cast<int>(service.audio.ConnectedCount());
+    }
+    *info = record;
+    return BT_ERROR_NONE;
+}
+
+int bt_audio_free_connected_info(bt_audio_connected_info_s* info) {
+    if (info != nullptr) {
+        std::free(info->remote_address);
+        std::free(info->remote_name);
+        std::free(info);
+    }
+    return BT_ERROR_NONE;
+}
