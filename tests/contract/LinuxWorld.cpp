@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <filesystem>
+#include <fstream>
+
+#include "platform/linux/LaunchReceiver.h"
+#include "tests/contract/World.h"
+#include "tools/scenario-runner/ChildProcess.h"
+#include "tools/scenario-runner/Workspace.h"
+#include "tools/tv-sim/Simulator.h"
+
+namespace {
+
+// For the slowest machine under the slowest sanitizer; nothing on the way comes near it.
+constexpr int kDeadlineMs = 60000;
+
+bool AwaitThat(const Condition& condition) {
+    bool isLate = false;
+    const Timer deadline = Timer::Once(kDeadlineMs, [&isLate] { isLate = true; });
+    while (!condition() && !isLate) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    return !isLate;
+}
+
+// The root folder and the system bus of this process, which the platform looks up once.
+struct Host {
+    static Host& Get() {
+        static Host host;
+        return host;
+    }
+    Host() {
+        setenv("TV_ROOT", folder.Root().c_str(), 1);
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", folder.BusAddress().c_str(), 1);
+        const std::string configuration = "--config-file=" + folder.BusConfiguration();
+        bus = ScenarioRunner::ChildProcess::Start(
+            {{"dbus-daemon", configuration, "--nofork", "--print-address"}, {}}, {}, error);
+        EXPECT_TRUE(AwaitThat([this] {
+            connection.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+            return connection != nullptr;
+        })) << error;
+        std::filesystem::create_directories(folder.Root() + "/etc/tv-platform");
+        std::ofstream(folder.Root() + "/etc/tv-platform/features.conf")
+            << "[tv]\nflag=true\nnumber=7\ntext=seven\n";
+    }
+
+    std::string error;
+    ScenarioRunner::Workspace folder = ScenarioRunner::Workspace::Make("/bin/true", error).value();
+    std::unique_ptr<ScenarioRunner::ChildProcess> bus;
+    GObjectPtr<GDBusConnection> connection;
+};
+
+TvSim::PhonePlan PlanOf(const Phone& phone) {
+    TvSim::PhonePlan plan = TvSim::MakePhone(phone.address, phone.address);
+    plan.bonded = phone.name != nullptr;
+    plan.name = plan.bonded ? phone.name : "";
+    plan.advertises = false;
+    if (!phone.accepts) {
+        plan.connect = {TvSim::ConnectAnswer::Kind::kRefuse, "org.bluez.Error.Failed", "refused"};
+    }
+    return plan;
+}
+
+class LinuxWorld : public World {
+public:
+    ~LinuxWorld() override {
+        m_simulator.reset();
+        Settle();
+    }
+
+    bool Await(const Condition& condition) override { return AwaitThat(condition); }
+    // What was sent before a question is there before its answer; thrice, for one thing leads to
+    // another.
+    void Settle() final {
+        GDBusConnection* bus = m_host.connection.get();
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_TRUE(GVariantPtr(g_dbus_connection_call_sync(
+                bus, g_dbus_connection_get_unique_name(bus), "/", "org.freedesktop.DBus.Peer",
+                "Ping", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, kDeadlineMs, nullptr, nullptr)));
+            while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+            }
+        }
+    }
+    void SetRaised(const std::string& event, bool raised) override {
+        const std::string file = m_host.folder.Root() + event;
+        EXPECT_TRUE(raised ? std::ofstream(file).is_open() : std::filesystem::remove(file));
+    }
+    void StartPlayer() override {
+        m_player.emplace(
+            kPlayer, [](const Platform::LaunchExtras&) {}, nullptr);
+        EXPECT_TRUE(AwaitThat([] { return Platform::IsRunning(kPlayer) == true; }));
+    }
+    void TurnOn() override {
+        if (m_simulator == nullptr) {
+            TvSim::Scenario scenario;
+            for (const Phone& phone : kPhones) {
+                scenario.phones.push_back(PlanOf(phone));
+            }
+            m_simulator = std::make_unique<TvSim::Simulator>(scenario, m_host.connection.get());
+        }
+        m_simulator->SetAdapterPowered(true);
+        bt_adapter_state_e state = BT_ADAPTER_DISABLED;
+        EXPECT_TRUE(AwaitThat(
+            [&] { return bt_adapter_get_state(&state) == 0 && state == BT_ADAPTER_ENABLED; }));
+        Settle();
+    }
+    void TurnOff() override { m_simulator->SetAdapterPowered(false); }
+    bool Advertise(const ManufacturerEntries& entries) override {
+        return m_simulator->Advertise({"5E:00:00:00:00:01", true, true, -60, "", entries});
+    }
+    void SetConnected(const Phone& phone, bool connected) override {
+        TvSim::Phone* simulated = m_simulator->FindPhone(phone.address);
+        connected ? static_cast<void>(simulated->ConnectByItself()) : simulated->Disconnect();
+    }
+
+private:
+    Host& m_host = Host::Get();
+    std::optional<Platform::LaunchReceiver> m_player;
+    std::unique_ptr<TvSim::Simulator> m_simulator;
+};
+
+}  // namespace
+
+std::unique_ptr<World> MakeWorld() {
+    return std::make_unique<LinuxWorld>();
+}
