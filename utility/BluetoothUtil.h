@@ -3,21 +3,87 @@
 #pragma once
 
 #include <string>
+#include <vector>
+
+#include "platform/bluetooth.h"
 
 namespace Util {
 
-// Questions about the local adapter and bonded devices. Stateless. Addresses are
+// Questions about the local adapter and bonded devices, what kind a device is, whether the TV is to
+// use it, and the adapter's switches. Stateless; failures are logged, nothing throws. Addresses are
 // 'XX:XX:XX:XX:XX:XX', either case. Main loop's thread only.
 class BluetoothUtil {
 public:
     // bt_adapter_state_e: 1 enabled; 0 disabled, also when the Bluetooth service cannot tell.
     static int GetAdapterState();
 
-    // Whether the adapter holds a bond with the device; false for an unknown address.
-    static bool IsPairedDevice(const std::string& address);
+    // ---- one bonded device; an unknown address gives false, 0 or "UNKNOWN_DEV_TYPE" ----
 
-    // Whether a bonded device is connected; false for an unknown address.
+    static bool IsPairedDevice(const std::string& address);
     static bool IsConnectedDevice(const std::string& address);
+    // Whether it is a phone or a computer.
+    static bool IsMobile(const std::string& address);
+    // Its kind, a bt_devices_type (utility/BtDeviceTypes.h), and that as a text.
+    static int GetDeviceType(const std::string& address);
+    static std::string GetStringDeviceType(std::string address);
+    // Its name, from the device database when the Bluetooth service does not know it.
+    static bool GetDeviceName(const std::string& address, std::string& name);
+
+    // ---- names and numbers ----
+
+    // Whether the name is one of the maker's audio devices.
+    static bool IsVelmoraAudio(const std::string& name);
+    // Whether a minor class (bt_class_s) of the audio/video class is one that plays sound.
+    static bool IsAudioMinorCOD(int minor);
+
+    // ---- connected devices; the maker's accessories never count ----
+
+    // Appends their addresses; the platform's result.
+    static int GetConnectedDevices(std::vector<std::string>& out);
+    // For each bonded device; `userData` is the vector. Always true: go on.
+    static bool OnForeachConnectedDevice(bt_device_info_s* info, void* userData) noexcept;
+    static int GetNumberOfBtdevice();
+    static int GetConnectedDeviceNumberWithProfile(bt_profile_e profile);
+    static int GetConnectedHidDeviceNumber();
+    // The connected audio device of a kind (bt_audio_get_connected_info); outputs untouched when
+    // there is none.
+    static bool GetConnectedA2dpDevice(std::string& address, std::string& name, int type);
+    // The maker's audio device that was used last, from a configuration key.
+    static void GetLastVelmoraAudioDevice(std::string& address, std::string& name);
+
+    // ---- the device database ----
+
+    // Whether the TV is to use the device; a device that the database does not know is used.
+    static bool IsUseDevice(const std::string& address);
+    // Flags one of the maker's audio devices. False for any other name, and without a database.
+    static bool SetUseDontuse(const std::string& name, const std::string& address, bool use);
+    // Forgets everything that the database holds of the device.
+    static void DeleteDeviceFromDB(const std::string& address);
+
+    // ---- changes ----
+
+    // Whether the device may connect without being asked about.
+    static void SetAutoAcceptDevice(const std::string& address, bool accept);
+    // Tells the connected phone to switch off; `address` is not used. The platform's result.
+    static int sendPowerOffCmd(const std::string& address);
+    // Unregisters the accessories that connect in standby.
+    static void RemoveAllHeadlessDevice();
+    // For each of them; false ends the iteration, and does so after a success.
+    static bool RemoveAllHeadlessDeviceCb(bt_adapter_headless_dev_info_s* info,
+                                          void* userData) noexcept;
+
+    // ---- the adapter; the switches give the platform's result ----
+
+    // "" when it cannot be read.
+    static std::string GetAdapterName();
+    static bool IsAdapterNameStartsWithTVprefix();
+    // Enabling and disabling also notes in a configuration key that Bluetooth is to stay off.
+    static int SetAdapterEnable();
+    static int SetAdapterDisable();
+    static int SetAdapterReset();
+    static int SetAdapterConnectable(bool on);
+    // Never visible on a product that is not to be discoverable.
+    static int SetAdapterVisibility(bt_adapter_visibility_mode_e mode);
 };
 
 }  // namespace Util
