@@ -4,6 +4,7 @@
 
 #include "tools/tvctl/CommandLine.h"
 #include "tools/tvctl/ConfCommand.h"
+#include "tools/tvctl/DeviceCommand.h"
 #include "tools/tvctl/FeatureCommand.h"
 #include "tools/tvctl/PhoneCommand.h"
 #include "tools/tvctl/PowerCommand.h"
@@ -14,7 +15,7 @@ namespace Tvctl {
 ExitCode Run(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
     const CommandLine commandLine({WakeCommand::Group(), PhoneCommand::Group(),
                                    ConfCommand::Group(), FeatureCommand::Group(),
-                                   PowerCommand::Group()});
+                                   PowerCommand::Group(), DeviceCommand::Group()});
     return commandLine.Run(words, out, err);
 }
 
