@@ -94,12 +94,26 @@ void Bench::StartService() {
     AwaitLog(m_simulator ? "bluetoothd is there" : "bluetoothd is not on the bus");
 }
 
-void Bench::Tvctl(const std::vector<std::string>& arguments) {
-    std::optional<std::string> end;
+void Bench::RunTvctl(const std::vector<std::string>& arguments, TvctlRun& run) {
     const ChildPtr tvctl = Start(std::string(BIN_DIR) + "/tvctl", arguments,
-                                 {nullptr, nullptr, [&end](const std::string& how) { end = how; }});
-    Check(AwaitThat([&end] { return end.has_value(); }) && end->empty(),
-          "tvctl " + arguments.front() + " failed");
+                                 {[&run](const std::string& line) { run.output.push_back(line); },
+                                  [&run](const std::string& line) { run.complaint = line; },
+                                  [&run](const std::string& how) { run.end = how; }});
+    Check(AwaitThat([&run] { return run.end.has_value(); }), "tvctl hangs");
+}
+
+std::vector<std::string> Bench::Tvctl(const std::vector<std::string>& arguments) {
+    TvctlRun run;
+    RunTvctl(arguments, run);
+    Check(run.end->empty(), "tvctl " + arguments.front() + ": " + run.complaint);
+    return run.output;
+}
+
+std::string Bench::TvctlFailure(const std::vector<std::string>& arguments) {
+    TvctlRun run;
+    RunTvctl(arguments, run);
+    Check(run.end == "status 1", "tvctl " + arguments.front() + " ended with " + *run.end);
+    return run.complaint;
 }
 
 void Bench::SetUpTv(const std::vector<std::string>& phones) {
@@ -115,6 +129,16 @@ void Bench::Emit(const char* name, GVariant* parameters, const char* path, const
     ASSERT_TRUE(g_dbus_connection_emit_signal(m_connection.get(), nullptr, path, interface, name,
                                               parameters, nullptr));
     ASSERT_TRUE(g_dbus_connection_flush_sync(m_connection.get(), nullptr, nullptr));
+}
+
+std::string Bench::Call(const char* method) {
+    GErrorPtr error;
+    const GVariantPtr reply(g_dbus_connection_call_sync(
+        m_connection.get(), "com.velmora.tv.bt.autoconnect", "/com/velmora/tv/bt/autoconnect",
+        "com.velmora.tv.bt.autoconnect", method, nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE,
+        kDeadlineMs, nullptr, Out(error)));
+    const GStringPtr name(error ? g_dbus_error_get_remote_error(error.get()) : nullptr);
+    return name ? name.get() : "";
 }
 
 template <typename Condition>

@@ -27,8 +27,10 @@ protected:
     // Starts it and waits until it owns its name; with the simulator there, until it knows the
     // objects.
     void StartService();
-    // Runs tvctl, which must succeed.
-    void Tvctl(const std::vector<std::string>& arguments);
+    // Runs tvctl, which must succeed; its output, line by line.
+    std::vector<std::string> Tvctl(const std::vector<std::string>& arguments);
+    // Runs tvctl, which must fail; the last line of its complaint.
+    std::string TvctlFailure(const std::vector<std::string>& arguments);
     // A TV on which a wake-up leads to a connection; the phone is registered.
     void SetUpTv(const std::vector<std::string>& phones = {kAlice});
     void Wake() { Emit("PrePareAndDoAutoConnect"); }
@@ -36,6 +38,9 @@ protected:
     void Emit(const char* name, GVariant* parameters = nullptr,
               const char* path = "/com/velmora/tv/bt/autoconnect",
               const char* interface = "com.velmora.tv.bt.autoconnect");
+
+    // Calls a method of the service's object; the name of the error that came back.
+    std::string Call(const char* method);
 
     // Waits for the next line of the service's log, or of the simulator's events, that holds
     // `text`; lines before it are passed over and do not count again.
@@ -58,6 +63,12 @@ private:
         std::size_t read = 0;
     };
 
+    struct TvctlRun {
+        std::vector<std::string> output;
+        std::string complaint;
+        std::optional<std::string> end;
+    };
+    void RunTvctl(const std::vector<std::string>& arguments, TvctlRun& run);
     ChildPtr Start(const std::string& program, std::vector<std::string> arguments,
                    ScenarioRunner::ChildProcess::Handlers handlers);
     void Await(Lines& lines, const std::string& text);

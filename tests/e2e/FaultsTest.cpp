@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -56,6 +58,18 @@ TEST_F(Signals, AStormOfWrongOnesIsAnsweredLineByLineAndTheNextGoodOneWorks) {
 
 TEST_F(Signals, AnUnknownNameEndsTheServiceInOrder) {
     StartService();
+    for (const char* line :
+         {"D BT_AUTO_CONNECT: AutoConnectDbg.h: ApiTracker(90) > IN >> [void "
+          "AutoConnectApp::InitDbus()(59)]",
+          "D BT_AUTO_CONNECT: AutoConnectDbg.h: ~ApiTracker(94) > OUT << [void "
+          "AutoConnectApp::InitDbus()(59)]",
+          "OnBusAcquired(77) > pThis->m_IntrospectionData:0x",
+          "> pThis->m_IntrospectionData->interfaces[0]:com.velmora.tv.bt.autoconnect"}) {
+        EXPECT_EQ(CountLog(line), 1U) << line;
+    }
+    // Commands are signals: a call is answered by the bus library and reaches nobody.
+    EXPECT_THAT(Call("PrePareAndDoAutoConnect"), testing::HasSubstr("UnknownMethod"));
+    EXPECT_EQ(CountLog("methodName"), 0U);
     Emit("UpdateList");
     Emit("AnotherUnknownOne");
     EXPECT_EQ(AwaitEnd(), "");

@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstdlib>
-#include <deque>
-#include <functional>
 
 #include "autoconnect/src/AutoConnectApp.h"
 #include "autoconnect/src/DbusInterface.h"
@@ -11,13 +9,9 @@
 #include "tests/unit/Phones.h"
 #include "tests/unit/PlatformTest.h"
 
-using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsSupersetOf;
-using ::testing::Not;
 using ::testing::StartsWith;
 
 namespace {
@@ -169,134 +163,6 @@ TEST(AutoConnectAppDeathTest, TracesItsEnd) {
         ::testing::ExitedWithCode(0),
         "^2\n(.*\n)*D service ApiTracker: IN >> .AutoConnectApp::~AutoConnectApp...30..\n"
         "(.*\n)*D service ~ApiTracker: OUT << .AutoConnectApp::~AutoConnectApp...30..\n");
-}
-
-// The service on a bus of its own, and a client. One run only: the service's loop and its
-// subscriptions last as long as the process.
-class OnTheBus : public AutoConnectAppTest {
-protected:
-    OnTheBus() {
-        // Not GTestDBus: it forks this process, and the fork lacks its threads.
-        m_bus.reset(
-            g_subprocess_new(static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
-                                                           G_SUBPROCESS_FLAGS_STDERR_SILENCE),
-                             nullptr, "dbus-daemon", "--session", "--nofork", "--nopidfile",
-                             "--print-address=1", nullptr));
-        const GObjectPtr<GDataInputStream> output(
-            g_data_input_stream_new(g_subprocess_get_stdout_pipe(m_bus.get())));
-        const GStringPtr line(
-            g_data_input_stream_read_line(output.get(), nullptr, nullptr, nullptr));
-        const char* address = line.get();
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", address, 1);
-        m_client.reset(g_dbus_connection_new_for_address_sync(
-            address,
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, nullptr, nullptr));
-        m_watchdog = g_timeout_add_seconds(
-            20,
-            [](gpointer) -> gboolean {
-                ADD_FAILURE() << "the service does not stop";
-                AutoConnectApp::GetInstance().CloseMainLoop();
-                return G_SOURCE_CONTINUE;
-            },
-            nullptr);
-    }
-    ~OnTheBus() override {
-        g_source_remove(m_watchdog);
-        // The library would end the process with the bus.
-        const GObjectPtr<GDBusConnection> shared(
-            g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
-        g_dbus_connection_set_exit_on_close(shared.get(), FALSE);
-        m_client.reset();
-        g_subprocess_force_exit(m_bus.get());
-        g_subprocess_wait(m_bus.get(), nullptr, nullptr);
-        unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-    }
-
-    void Emit(const char* path, const char* name, GVariant* parameters = nullptr) {
-        g_dbus_connection_emit_signal(m_client.get(), nullptr, path, kInterfaceName, name,
-                                      parameters, nullptr);
-    }
-    // The answer of the bus itself or of the service, whose object and interface have its name.
-    [[nodiscard]] GVariantPtr Ask(const char* name, const char* method, GVariant* parameters) {
-        const char* path =
-            name == std::string(kServiceName) ? kObjectPath : "/org/freedesktop/DBus";
-        return GVariantPtr(g_dbus_connection_call_sync(m_client.get(), name, path, name, method,
-                                                       parameters, nullptr, G_DBUS_CALL_FLAGS_NONE,
-                                                       1000, nullptr, nullptr));
-    }
-    static bool Logged(const std::string& text) {
-        const std::vector<Fake::LogLine> log = Fake::Log();
-        return std::any_of(log.begin(), log.end(), [&](const Fake::LogLine& line) {
-            return line.message.find(text) != std::string::npos;
-        });
-    }
-    // Runs the service; each step is taken once its cue is in the log.
-    using Steps = std::deque<std::pair<std::string, std::function<void()>>>;
-    void Run(Steps steps) {
-        const guint source = g_idle_add(
-            [](gpointer data) -> gboolean {
-                auto* left = static_cast<Steps*>(data);
-                if (!left->empty() && Logged(left->front().first)) {
-                    left->front().second();
-                    left->pop_front();
-                }
-                return G_SOURCE_CONTINUE;
-            },
-            &steps);
-        app.StartMainLoop();
-        g_source_remove(source);
-        EXPECT_TRUE(steps.empty());
-    }
-
-    GObjectPtr<GSubprocess> m_bus;
-    GObjectPtr<GDBusConnection> m_client;
-    guint m_watchdog = 0;
-};
-
-TEST_F(OnTheBus, ServesSignalsUntilAnUnknownOne) {
-    // At first another has the name, for which the service waits; signals reach it nevertheless.
-    ASSERT_TRUE(
-        Ask("org.freedesktop.DBus", "RequestName", g_variant_new("(su)", kServiceName, 0U)));
-    const std::string waiting = "OUT << [static void AutoConnectApp::OnNameLost";
-    Run({{waiting,
-          [this] {
-              Emit("/com/velmora/tv/bt/other", "UpdateList");
-              Emit(kObjectPath, kMobileUpdateCommand, g_variant_new("(s)", Command("N").c_str()));
-          }},
-         {"AutoConMobileUpdate recieved",
-          [this] {
-              EXPECT_TRUE(
-                  Ask("org.freedesktop.DBus", "ReleaseName", g_variant_new("(s)", kServiceName)));
-          }},
-         {"Name acquired", [this] {
-              EXPECT_FALSE(Ask(kServiceName, kPrepareCommand, nullptr));
-              Emit(kObjectPath, kMobileUpdateCommand, g_variant_new("(i)", 5));
-              Fake::ConnectionEvent(BT_ERROR_NONE, true, kB.c_str());
-              Emit(kObjectPath, "UpdateList");
-          }}});
-    EXPECT_EQ(Fake::TextKey(kSettingsKey), Settings({{kA, "N"}}));
-    EXPECT_TRUE(Logged("IN >> [void AutoConnectApp::InitDbus()(59)]"));
-    const Texts story = Fake::Story("service");
-    ASSERT_GE(story.size(), 4U);
-    EXPECT_THAT(story[0], StartsWith("I service OnBusAcquired: pThis->m_IntrospectionData:0x"));
-    EXPECT_THAT(story[1], StartsWith("I service OnBusAcquired: pThis->m_IntrospectionData->path:"));
-    EXPECT_EQ(story[2], std::string("I service OnBusAcquired: pThis->m_IntrospectionData->"
-                                    "interfaces[0]:") +
-                            kInterfaceName);
-    EXPECT_EQ(story[3], "I service OnSiganl: AutoConMobileUpdate recieved");
-    EXPECT_EQ(story.back(), "I service OnSiganl: UpdateList recieved");
-    EXPECT_THAT(
-        story,
-        AllOf(Contains(std::string("I service OnNameAcquired: Name acquired ") + kServiceName),
-              Contains("I service OnAudioSinkConnected: result : 0, address : " + kB),
-              Not(Contains(kPlus)), Not(Contains(HasSubstr("methodName")))));
-    const GVariantPtr owned =
-        Ask("org.freedesktop.DBus", "NameHasOwner", g_variant_new("(s)", kServiceName));
-    gboolean hasOwner = TRUE;
-    g_variant_get(owned.get(), "(b)", &hasOwner);
-    EXPECT_FALSE(hasOwner);
 }
 
 }  // namespace

@@ -1,0 +1,123 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/e2e/Bench.h"
+
+// What an engineer asks about devices, and changes: with the real file and the simulated adapter.
+
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+constexpr const char* kDevices = R"(
+[phone Keyboard]
+address=A0:00:00:00:00:01
+name=Velmora Wireless Keyboard
+class=0x002580
+[phone Mouse]
+address=A0:00:00:00:00:02
+name=Mouse
+class=0x002580
+connects-by-itself-after-ms=1
+[phone Pad]
+address=A0:00:00:00:00:03
+name=Pad
+class=0x002508
+[phone Remote]
+address=A0:00:00:00:00:04
+name=Remote
+class=0x00250C
+modalias=usb:v04E8p2075d0100
+[phone Headphones]
+address=A0:00:00:00:00:05
+name=Cans
+class=0x240418
+[phone Old]
+address=A0:00:00:00:00:06
+name=[Velmora] Bar
+class=0x240414
+[phone New]
+address=A0:00:00:00:00:07
+name=[AV] Bar
+class=0x240414
+modalias=bluetooth:v04E8p9000d0100
+[phone Phone]
+address=A0:00:00:00:00:08
+name=Phone
+class=0x5A020C
+[phone Printer]
+address=A0:00:00:00:00:09
+name=Printer
+class=0x040680
+[phone Stranger]
+address=A0:00:00:00:00:0A
+bonded=false
+)";
+constexpr const char* kBar = "A0:00:00:00:00:07";
+
+class Devices : public Bench {
+protected:
+    [[nodiscard]] std::string Database() const {
+        return Root() + "/opt/usr/home/owner/apps_rw/org.orlix.nirvo/data/BT_Connection_record.db";
+    }
+};
+
+TEST_F(Devices, AreListedEachWithItsKind) {
+    EXPECT_THAT(TvctlFailure({"device", "list"}), HasSubstr("bluetoothd is not on the bus"));
+    StartSimulator(kDevices);
+    AwaitEvent("phone Mouse: connected");
+    EXPECT_THAT(Tvctl({"device", "list"}),
+                ElementsAre("A0:00:00:00:00:01\t1 KeyBoard\taway\tuse\tVelmora Wireless Keyboard",
+                            "A0:00:00:00:00:02\t2 Mouse\tconnected\tuse\tMouse",
+                            "A0:00:00:00:00:03\t3 GamePad\taway\tuse\tPad",
+                            "A0:00:00:00:00:04\t4 Remocon\taway\tuse\tRemote",
+                            "A0:00:00:00:00:05\t5 HeadPhone\taway\tuse\tCans",
+                            "A0:00:00:00:00:06\t6 Soundbar\taway\tuse\t[Velmora] Bar",
+                            "A0:00:00:00:00:07\t7 Soundbar\taway\tuse\t[AV] Bar",
+                            "A0:00:00:00:00:08\t0 Mobile\taway\tuse\tPhone",
+                            "A0:00:00:00:00:09\t0 UNKNOWN_DEV_TYPE\taway\tuse\tPrinter"));
+}
+
+TEST_F(Devices, KeepTheirFlagAndHistoryUntilTheyAreForgotten) {
+    StartSimulator(kDevices);
+    Tvctl({"device", "dont-use", "a0:00:00:00:00:07"});
+    Tvctl({"device", "history", "--record", kBar});
+    KillSimulator();
+    EXPECT_THAT(Tvctl({"device", "history", kBar}), ElementsAre("yes"));
+    StartSimulator(kDevices);
+    EXPECT_THAT(Tvctl({"device", "show", kBar}),
+                testing::AllOf(testing::Contains("use\tfalse"), testing::Contains("type\t7"),
+                               testing::Contains("absoluteVolume\ttrue")));
+    Tvctl({"device", "use", kBar});
+    EXPECT_THAT(Tvctl({"device", "list", "--json"}).front(),
+                HasSubstr("\"name\":\"[AV] Bar\",\"type\":7,\"use\":true"));
+    Tvctl({"device", "dont-use", kBar});
+    Tvctl({"device", "forget", kBar});
+    EXPECT_THAT(Tvctl({"device", "history", kBar}), ElementsAre("no"));
+    EXPECT_THAT(Tvctl({"device", "list"})[6], EndsWith("\tuse\t[AV] Bar"));
+    EXPECT_THAT(TvctlFailure({"device", "use", "A0:00:00:00:00:05"}), HasSubstr("'Cans' is no"));
+    EXPECT_THAT(TvctlFailure({"device", "type", "A0:00:00:00:00:0A"}), HasSubstr("not bonded"));
+}
+
+TEST_F(Devices, AreNotTakenFromAFileThatIsNoDatabase) {
+    StartSimulator(kDevices);
+    Tvctl({"device", "list"});
+    std::ofstream(Database(), std::ios::trunc) << std::string(4096, 'x');
+    for (const char* command : {"list", "show", "use", "forget", "history"}) {
+        std::vector<std::string> arguments = {"device", command};
+        if (command != std::string("list")) {
+            arguments.emplace_back(kBar);
+        }
+        EXPECT_THAT(TvctlFailure(arguments), HasSubstr("the device database cannot be used"));
+    }
+    std::filesystem::remove(Database());
+    EXPECT_EQ(Tvctl({"device", "list"}).size(), 9U);
+}
+
+}  // namespace
