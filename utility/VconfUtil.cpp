@@ -9,7 +9,7 @@ namespace Util {
 
 const std::array<std::string, VCONF_KEY_COUNT> VconfUtil::keys = {
 #define VCONF_KEY(id, name, key) key,
-#include "utility/VconfKeys.inc"
+#include "utility/VconfKeyTable.h"
 #undef VCONF_KEY
 };
 

@@ -12,7 +12,7 @@ namespace Util {
 // The id of each configuration key; 0 to 143, stable.
 enum VconfKeyId : int {
 #define VCONF_KEY(id, name, key) VCONF_KEY_##name = (id),
-#include "utility/VconfKeys.inc"
+#include "utility/VconfKeyTable.h"
 #undef VCONF_KEY
     VCONF_KEY_COUNT
 };

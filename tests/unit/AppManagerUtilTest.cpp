@@ -71,16 +71,6 @@ TEST_F(AppManagerUtilTest, RetryEndsWithTheFirstSuccess) {
     Fake::FinishLaunch(APP_CONTROL_ERROR_NONE);
 }
 
-TEST_F(AppManagerUtilTest, OpensTheSettings) {
-    EXPECT_TRUE(AppManagerUtil::launchBluetoothDeviceist(true));
-    EXPECT_TRUE(AppManagerUtil::launchBluetoothAudioList(false));
-    EXPECT_TRUE(Fake::FinishLaunch(APP_CONTROL_ERROR_NONE));
-    EXPECT_THAT(
-        Fake::Calls("app_control_send"),
-        ElementsAre("app_control_send_launch_request(org.orlix.menu,type=add-bluetooth-keyboard)",
-                    "app_control_send_launch_request_async(org.orlix.menu,type=soundoutput_1000)"));
-}
-
 TEST_F(AppManagerUtilTest, SendsMessagesToTheUi) {
     Fake::TheWorld().powerState = 1;
     EXPECT_TRUE(AppManagerUtil::SendNirvoUiMessage({1, 2, "", "", "", ""}, false));
@@ -102,16 +92,6 @@ TEST_F(AppManagerUtilTest, AnswersQuestions) {
         {kId, {true, true, true, APP_STATE_FOREGROUND, {{"a", "1"}, {"b", "2"}, {"c", "3"}}}},
         {"org.hidden", {true, false, false, APP_STATE_BACKGROUND}},
         {"org.stopped", {}}};
-    EXPECT_TRUE(AppManagerUtil::IsAppRunning(kId));
-    EXPECT_FALSE(AppManagerUtil::IsAppRunning("org.stopped"));
-    Fake::Fail("app_manager_is_running", -1);
-    EXPECT_FALSE(AppManagerUtil::IsAppRunning(kId));
-    const std::string running = "I utility IsAppRunning: result = ";
-    EXPECT_THAT(Fake::TakeStory(),
-                ElementsAre(running + "0, appName : com.example.app, isRunning : 1",
-                            running + "0, appName : org.stopped, isRunning : 0",
-                            running + "-1, appName : com.example.app, isRunning : 0"));
-
     EXPECT_TRUE(AppManagerUtil::IsAppForeGround(kId));
     EXPECT_FALSE(AppManagerUtil::IsAppForeGround("org.hidden"));
     EXPECT_FALSE(AppManagerUtil::IsAppForeGround("org.stopped"));

@@ -127,17 +127,6 @@ TEST_F(AutoConnectAppTest, MobileUpdateReachesTheList) {
     EXPECT_THAT(Fake::TakeStory("service"), ElementsAre("I service OnAutoConMobileUpdate: +"));
 }
 
-TEST_F(AutoConnectAppTest, MobileUpdateOfAnotherTypeIsOneError) {
-    GVariant* others[] = {g_variant_new("()"), g_variant_new("(i)", 5),
-                          g_variant_new("(ss)", "a", "b"), g_variant_new("(as)", nullptr),
-                          g_variant_new_string("a")};
-    for (GVariant* parameters : others) {
-        Send(kMobileUpdateCommand, parameters);
-        EXPECT_THAT(Fake::TakeStory(),
-                    ElementsAre(StartsWith("E service OnAutoConMobileUpdate: ")));
-    }
-}
-
 TEST_F(AutoConnectAppTest, StopBeforeTheStartDoesNothing) {
     app.CloseMainLoop();
     Send("Unknown");

@@ -51,14 +51,4 @@ TEST_F(AutoConnectDbgTest, TracesEveryWayOut) {
                                        out));
 }
 
-TEST_F(AutoConnectDbgTest, HasFourPriorities) {
-    BTLOG_DEBUG("%d", 1);
-    BTLOG_INFO("");
-    BTLOG_WARN("two words");
-    BTLOG_ERROR("%s: %s(%d) > ", "a", "b", 3);
-    EXPECT_THAT(Fake::Lines(), ElementsAre("D service TestBody: 1",
-                                           "I service TestBody: ", "W service TestBody: two words",
-                                           "E service TestBody: a: b(3) > "));
-}
-
 }  // namespace

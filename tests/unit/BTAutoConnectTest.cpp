@@ -145,36 +145,6 @@ TEST_F(BTAutoConnectTest, ReadsManufacturerDataOfFifteenBytesAndMore) {
     }
 }
 
-TEST_F(BTAutoConnectTest, SurvivesHostileAdvertisements) {
-    const Bytes good = Beacon(kA, 24);
-    std::vector<Bytes> packets;
-    for (std::size_t size = 0; size < good.size(); ++size) {
-        packets.emplace_back(good.begin(), good.begin() + static_cast<int>(size));  // cut off
-    }
-    for (const std::size_t size : {std::size_t{1}, std::size_t{31}, std::size_t{250}}) {
-        for (const int fill : {0x00, 0x01, 0x02, 0x1E, 0xFF}) {
-            packets.emplace_back(size, static_cast<unsigned char>(fill));
-        }
-    }
-    Scan();
-    for (const Bytes& packet : packets) {
-        EXPECT_TRUE(Fake::Hear(packet));
-        EXPECT_THAT(TakeStory(),
-                    ElementsAre("E service ProcessLEScanResult: fail to get manufacturer data"));
-    }
-    // The phone's own structure behind 220 bytes of others.
-    Bytes extended;
-    for (int i = 0; i < 10; ++i) {
-        extended.push_back(21);
-        extended.insert(extended.end(), 21, 0x16);
-    }
-    extended.insert(extended.end(), good.begin(), good.end());
-    EXPECT_TRUE(Fake::Hear(extended));
-    EXPECT_THAT(Fake::Calls(), Contains("bt_audio_connect(" + kA + ",4)"));
-    EXPECT_THAT(Fake::Calls("bt_adapter_le_get"),
-                ::testing::Each("bt_adapter_le_get_scan_result_manufacturer_data(0)"));
-}
-
 TEST_F(BTAutoConnectTest, ScanThatDoesNotStartLeavesNoTimer) {
     Fake::TheWorld().adapterOn = false;
     engine->StartAutoConnect();

@@ -7,7 +7,6 @@
 #include <csignal>
 #include <fstream>
 #include <random>
-#include <regex>
 
 #include "tests/unit/DataRoot.h"
 #include "tests/unit/PlatformTest.h"
@@ -164,36 +163,6 @@ TEST_F(BTDatabaseTest, LivesThroughEveryOrderOfCalls) {
     fs::remove_all(m_folder);
     EXPECT_FALSE(m_db->PrepareDatabase());
     ExpectLast("OpenDatabase: Can't open database: unable to open database file");
-}
-
-TEST_F(BTDatabaseTest, SendsItsStatementsAsTheyAreKnown) {
-    ASSERT_TRUE(Open());
-    Run(kAll, kA);
-    m_db->setAbsVolConnectedHistory(kA);
-    EXPECT_TRUE(m_db->getAbsVolConnectedHistory(kA) && m_db->OpenDatabase());
-    EXPECT_FALSE(m_db->isManufacturerRecordExist(kA));
-    const char* known = R"(
-create table IF NOT EXISTS bt_device_info (Remote_address TEXT PRIMARY KEY, Remote_name TEXT, Use_type INTEGER, bt_status INTEGER, Profile_type INTEGER, Device_type INTEGER, Sevice_name TEXT, Provider_name TEXT, vid INTEGER, pid INTEGER);
-create table IF NOT EXISTS bt_manufacturer_data (Remote_address TEXT PRIMARY KEY, Manufacturer_data TEXT, link_type INTEGER);
-create table IF NOT EXISTS volume_info (address TEXT PRIMARY KEY, absvol_connect_history INTEGER);
-INSERT INTO bt_device_info VALUES( '@', 'x', 1, 0, 0, 2, '', '', 0, 0 )
-select * from bt_device_info where Remote_address = '@';
-UPDATE bt_device_info set 'Remote_name' = '@' where Remote_address = '@'
-UPDATE bt_device_info set pid = '1' where Remote_address = '@';
-DELETE from bt_device_info where Remote_address = '@';
-INSERT INTO bt_manufacturer_data VALUES( '@', 'x', 1 )
-DELETE from bt_manufacturer_data where Remote_address = '@';
-DELETE from volume_info  where address = '@';
-pragma table_info(bt_device_info);
-select 1
-select * from bt_device_info;
-DROP TABLE 'bt_device_info'
-pragma table_info(volume_info);
-INSERT INTO volume_info VALUES( '@', 1 )
-select * from volume_info where address = '@';
-select * from bt_manufacturer_data where Remote_address = '@';
-)";
-    EXPECT_EQ("\n" + std::regex_replace(statements, std::regex(kA), "@"), known);
 }
 
 TEST_F(BTDatabaseTest, NothingHostileReachesAStatement) {

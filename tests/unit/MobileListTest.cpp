@@ -169,20 +169,6 @@ TEST_F(MobileListTest, ReadsPackedAddressesOfAnyLength) {
     }
 }
 
-TEST_F(MobileListTest, HoldsAMebibyteOfPhones) {
-    Texts phones;
-    for (int i = 0; i < 20000; ++i) {
-        char address[18];
-        std::snprintf(address, sizeof address, "00:00:00:00:%02X:%02X", i / 256, i % 256);
-        phones.emplace_back(address);
-    }
-    Register(phones);
-    Fake::WriteKey(kMirroringKey, Mirroring({phones.back()}));
-    const MobileList list;
-    std::swap(phones.front(), phones.back());
-    EXPECT_EQ(list.GetList(), phones);
-}
-
 TEST_F(MobileListTest, FollowsItsTwoKeys) {
     Register({kA, kB});
     {

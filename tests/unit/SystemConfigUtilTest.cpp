@@ -29,50 +29,22 @@ struct Query {
 // NOLINTNEXTLINE(cppcoreguidelines-macro-usage): the name is part of the log line
 #define Q(function) #function, [] { return static_cast<int>(S::function()); }
 
+// The irregular ones, and one of each regular kind.
 const Query kQueries[] = {
     {Q(isA2dpSinkSupport), "sound_mirroring_supported", "fail to get ", "support : [%d]", kAlways},
-    {Q(isA2dpSourceSupport), "bluetooth.audio_support", "fail to get ", "support : [%d]", kAlways},
-    {Q(isHfpSupport), "bluetooth.hfp_support", "fail to get ", "support : [%d]", kAlways},
-    {Q(isSupportGripSensor), "setting.menuitem.remote_grib_support", "fail to get ",
-     "support : [%d]", kAlways},
-    {Q(IsAuracastSupport), "bluetooth.le_audio_support", "fail to get ", "support : [%d]", kAlways},
-    {Q(IsSupportVelmoraAudioCompatibilityFMS), "bluetooth.velmora_audio_compatibility_support",
-     "Fail to get ", "isSupportVelmoraAudioCompatibility FMS = %d", kOnSuccess},
     {Q(IsCorvi), "product.is_game_screen_monitor", "Fail to get ", "isCorvi = %d", kOnSuccess},
-    {Q(IsSupportRotator), "product.rotation_accessory_support", "Fail to get ",
-     "isSupportRotator = %d", kOnSuccess},
     {Q(IsInternalSpeakerSupported), "internal_speaker_supported", "Fail to get ", "nfcSupport = %d",
      kOnSuccess, kBool, 1},
-    {Q(IsNfcSupport), "nfcdaemon.is_nfc_support", "Fail to get ", "nfcSupport = %d", kOnSuccess},
-    {Q(IsMledSupport), "4hdmi_multiview.support", "fail to get ", "dualsound support : [%d]",
-     kAlways},
-    {Q(IsSmartMonitor), "product.smart_monitor_feature_support", "fail to get ",
-     "isSmartMonitor : [%d]", kAlways},
-    {Q(IsProjector), "projector_feature_support", "fail to get ", "isProjector : [%d]", kAlways},
     {Q(IsOutdoorTv), "outdoor_tv_product_image_support",
      "fail to get com.velmora/featureconf/multiview.dualsound", "dualsound support : [%d]",
      kAlways},
-    {Q(IsChinaAiServiceSupport), "cn_ai_service_supported", "Fail to get ",
-     "ChinaAiServiceSupport = %d", kOnSuccess},
     {Q(IsAmbientSupport), "ambient_screen_support", "fail to ", "ambient support : [%d]",
      kOnSuccess},
-    {Q(IsMultiviewDualSoundSupport), "multiview.dualsound", "fail to get ",
-     "dualsound support : [%d]", kOnSuccess},
-    {Q(IsMultiviewSupport), "multiview.support", "fail to get ", "MultiView support : [%d]",
-     kOnSuccess},
-    {Q(IsSoundMirroringSupport), "sound_mirroring_supported", "Failed to get ",
-     "soundmirroring support : %d", kAlways},
-    {Q(IsPavraTV), "pavra_tv", "Failed to get ", "Is PavraTV :%d", kAlways},
     {Q(IsZemiTV), "display_rotator_supported", "Failed to get ", "Is isZEMI :%d", kAlways},
-    {Q(IsMarloSupport), "iwb_support", "Failed to get ", "marloSupport :%d", kAlways},
     {Q(GetNumOfSimultaneousHdmiRx), "soc.num_of_simultaneous_supported_hdmi_rx", "Fail to get ",
      "numOfHdmiRx = %d", kOnSuccess, kInt, 1},
     {Q(GetEasyPairingThreshold), "bluetooth.vimba_easy_pairing_threshold", "Fail to get ",
      "threshold = %d", kOnSuccess, kInt, -88},
-    {Q(GetNumOfView), "multiview.num_of_views", "Fail to get ", "numOfView = %d", kOnSuccess, kInt,
-     0},
-    {Q(GetDeviceType), "devicename.device_type_index", "Fail to get ", "DeviceType : [%d]",
-     kOnSuccess, kInt, 1},
     {Q(GetIconType), "devicename.icon_index", "Fail to get ", "IconType : [%d]", kOnSuccess, kInt,
      6},
     {Q(IsBLESupport), "ble_support", "Fail to get ", "BLE support : [%d]", kOnSuccess, kInt, 0},
@@ -176,22 +148,13 @@ TEST_F(SystemConfigUtilTest, DiscoverableUnlessOneSaysNo) {
     EXPECT_EQ(Fake::TakeStory(), Texts({"I" + name + "general discoverable : [0]"}));
 }
 
-TEST_F(SystemConfigUtilTest, OtherSources) {
+TEST_F(SystemConfigUtilTest, ReadsTheLowByteOfTheIrKeyCode) {
     unsigned char code = 9;
     EXPECT_FALSE(S::GetIrKeyCode(code));
     EXPECT_EQ(code, 9);
     Fake::TheWorld().irKeyCode = 0x1F2;
     EXPECT_TRUE(S::GetIrKeyCode(code));
     EXPECT_EQ(code, 0xF2);
-    EXPECT_FALSE(S::IsHmsModeEnable());
-    EXPECT_FALSE(S::IsB2BOptionEnable());
-    EXPECT_THAT(Fake::Lines(), IsEmpty());
-    EXPECT_FALSE(S::isLastBtAudioAutoConnectionEnable());
-    Fake::TheWorld().keys["db/nirvo/last_audio_auto_connection"] = true;
-    EXPECT_TRUE(S::isLastBtAudioAutoConnectionEnable());
-    EXPECT_EQ(Fake::Lines("utility", 4).back(),
-              "I utility isLastBtAudioAutoConnectionEnable: "
-              "isSupportLastBtAudioAutoConnection vconf = 1");
 }
 
 TEST_F(SystemConfigUtilTest, KeepsWhatItReadOnce) {

@@ -37,16 +37,6 @@ TEST_F(TvStatusUtilTest, AnswersFromTheTv) {
         world.keys["memory/acm/networkspeaker_status"] = status;
         EXPECT_EQ(TvStatusUtil::isWifiSpeakerConnecting(), status == -1);
     }
-    for (int route = 0; route < 8; ++route) {
-        EXPECT_EQ(
-            TvStatusUtil::isBluetoothSpeakerSelection(static_cast<sound_tv_output_route_e>(route)),
-            route == 3 || route == 5 || route == 6);
-    }
-    EXPECT_EQ(TvStatusUtil::GetWifiChannel(), 0);
-    world.keys["memory/wifi/frequency"] = 5180;
-    EXPECT_EQ(TvStatusUtil::GetWifiChannel(), 5180);
-    world.wakeUpReason = 93;
-    EXPECT_EQ(TvStatusUtil::GetDeviceWakeUpReason(), 93);
     Fake::ClearRecord();
     for (const int state : {0, 1, 2, 4}) {
         world.powerState = state;
@@ -63,18 +53,7 @@ TEST_F(TvStatusUtilTest, AnswersFromTheTv) {
                                            "I utility GetAmbientMode: Current Ambient Mode : 0"));
 }
 
-TEST_F(TvStatusUtilTest, SwitchesSoundAndPower) {
-    EXPECT_EQ(TvStatusUtil::SetMasterMute(true), 0);
-    EXPECT_FALSE(TvStatusUtil::GetTvSpeakerMute());
-    EXPECT_EQ(TvStatusUtil::SetTvSpeakerMute(true), 0);
-    EXPECT_TRUE(TvStatusUtil::GetTvSpeakerMute());
-    Fake::Fail("sound_manager_set_tv_master_mute", -3);
-    Fake::Fail("sound_manager_get_device_mute", -3);
-    EXPECT_EQ(TvStatusUtil::SetMasterMute(false), -3);
-    EXPECT_FALSE(TvStatusUtil::GetTvSpeakerMute());
-    EXPECT_THAT(Fake::TakeStory(), ElementsAre("sound_manager_set_tv_master_mute(1)",
-                                               "sound_manager_set_device_mute(0,1)",
-                                               "sound_manager_set_tv_master_mute(0)"));
+TEST_F(TvStatusUtilTest, SwitchesPower) {
     Fake::Fail("device_power_set_state", -5);
     TvStatusUtil::SetPowerState(POWER_STATE_LOW_POWER);
     EXPECT_THAT(Fake::TakeStory(),
@@ -175,13 +154,10 @@ TEST_F(TvStatusUtilTest, WakesTheTvAndKnowsItsArt) {
     world.ambientMode = 1;
     EXPECT_EQ(Acts(wake), plain);
 
-    for (const int mode : {0, 1, 2}) {
-        for (const int type : {1, 4, 5}) {
-            world.ambientMode = mode;
-            world.ambientType = type;
-            EXPECT_EQ(TvStatusUtil::IsArtAppShowing(), mode == 1 && type != 1);
-        }
-    }
+    world.ambientType = 4;
+    EXPECT_TRUE(TvStatusUtil::IsArtAppShowing());
+    world.ambientType = 3;
+    EXPECT_FALSE(TvStatusUtil::IsArtAppShowing());
     EXPECT_EQ(Acts([] { TvStatusUtil::WakeUpTv(POWER_STATE_BACKGROUND_STANDBY); }),
               Texts({"device_power_set_wakeup_reason(1)",
                      "I utility WakeUpTv: Go to Normal from BackGround Standby",
