@@ -52,4 +52,3 @@ private:
 
     std::unique_ptr<GSource, Destroy> m_source;
 };
-
