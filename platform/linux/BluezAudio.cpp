@@ -6,6 +6,7 @@
 
 #include "platform/linux/BluezError.h"
 #include "platform/linux/BluezPath.h"
+#include "platform/linux/BluezProperties.h"
 #include "platform/linux/DbusError.h"
 #include "platform/linux/PlatformLog.h"
 
@@ -14,8 +15,6 @@ namespace Bluez {
 namespace {
 
 constexpr const char* kDeviceInterface = "org.bluez.Device1";
-// The remote end's role: the phone is the source.
-constexpr const char* kA2dpSourceUuid = "0000110a-0000-1000-8000-00805f9b34fb";
 // bluetoothd itself may go on for 40 s, on BR/EDR first and then on LE.
 constexpr int kAttemptMs = 10000;
 constexpr int kCancellationMs = 2000;

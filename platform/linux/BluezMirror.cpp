@@ -22,8 +22,6 @@ constexpr const char* kControlInterface = "org.bluez.MediaControl1";
 constexpr const char* kObjectManagerInterface = "org.freedesktop.DBus.ObjectManager";
 constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
 
-// A transport's UUID is the local end's: with this one, this machine renders.
-constexpr const char* kA2dpSinkUuid = "0000110b-0000-1000-8000-00805f9b34fb";
 // What bluetoothd reports as RSSI when the controller gave none.
 constexpr int kUnknownRssi = 127;
 
@@ -217,6 +215,8 @@ void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
             Read(value, adapter.address);
         } else if (Is(name, "Alias")) {
             Read(value, adapter.alias);
+        } else if (Is(name, "UUIDs")) {
+            adapter.hasA2dpSink = Names(value, kA2dpSinkUuid);
         } else if (Is(name, "Powered")) {
             Read(value, adapter.isPowered);
         }
@@ -252,7 +252,8 @@ void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
         } else if (Is(name, "Modalias")) {
             Read(value, device.modalias);
         } else if (Is(name, "UUIDs")) {
-            device.hasHid = NamesHid(value);
+            device.hasHid = Names(value, kHidUuid) || Names(value, kHidOverLeUuid);
+            device.hasA2dpSource = Names(value, kA2dpSourceUuid);
         }
     });
     if (wasConnected && !device.isConnected) {
@@ -270,7 +271,8 @@ void Mirror::ApplyTransport(const std::string& path, GVariant* values) {
             Read(value, uuid);
         }
     });
-    // A change of an existing stream names neither; a stream of another role is not ours.
+    // A change of an existing stream names neither. The UUID is the local end's role: with another
+    // than the sink's this machine does not render.
     if (device.empty() || g_ascii_strcasecmp(uuid.c_str(), kA2dpSinkUuid) != 0) {
         return;
     }

@@ -18,6 +18,7 @@ struct Adapter {
     std::string address;
     std::string alias;  // the name that others see
     bool isPowered = false;
+    bool hasA2dpSink = false;  // something on this machine renders music
 };
 
 struct Device {
@@ -26,9 +27,10 @@ struct Device {
     bool isPaired = false;
     std::optional<bool> isBonded;  // bluetoothd tells since 5.65
     bool isConnected = false;
-    guint32 deviceClass = 0;  // Class of Device; 0 for LE devices
-    std::string modalias;     // who made it; empty when it does not tell
-    bool hasHid = false;      // it is an input device
+    guint32 deviceClass = 0;     // Class of Device; 0 for LE devices
+    std::string modalias;        // who made it; empty when it does not tell
+    bool hasHid = false;         // it is an input device
+    bool hasA2dpSource = false;  // it can send music
 
     [[nodiscard]] bool HoldsBond() const { return isBonded.value_or(isPaired); }
 };

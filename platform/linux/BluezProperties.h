@@ -27,9 +27,11 @@ inline bool Is(const char* name, const char* wanted) {
     return std::strcmp(name, wanted) == 0;
 }
 
-// Input devices over BR/EDR and over LE.
-inline constexpr const char* kHidUuids[] = {"00001124-0000-1000-8000-00805f9b34fb",
-                                            "00001812-0000-1000-8000-00805f9b34fb"};
+// Services (Bluetooth Assigned Numbers, 3.3), as bluetoothd spells them.
+inline constexpr const char* kA2dpSourceUuid = "0000110a-0000-1000-8000-00805f9b34fb";
+inline constexpr const char* kA2dpSinkUuid = "0000110b-0000-1000-8000-00805f9b34fb";
+inline constexpr const char* kHidUuid = "00001124-0000-1000-8000-00805f9b34fb";
+inline constexpr const char* kHidOverLeUuid = "00001812-0000-1000-8000-00805f9b34fb";
 
 // These leave the target alone when the value has another type than the interface says.
 inline void Read(GVariant* value, std::string& target) {
@@ -45,8 +47,8 @@ inline void Read(GVariant* value, guint32& target) {
     }
 }
 
-// Whether a list of service UUIDs names an input device.
-inline bool NamesHid(GVariant* uuids) {
+// Whether a list of service UUIDs names the service.
+inline bool Names(GVariant* uuids, const char* service) {
     if (!g_variant_is_of_type(uuids, G_VARIANT_TYPE_STRING_ARRAY)) {
         return false;
     }
@@ -54,10 +56,8 @@ inline bool NamesHid(GVariant* uuids) {
     g_variant_iter_init(&iter, uuids);
     const char* uuid = nullptr;
     while (g_variant_iter_next(&iter, "&s", &uuid)) {
-        for (const char* hid : kHidUuids) {
-            if (g_ascii_strcasecmp(uuid, hid) == 0) {
-                return true;
-            }
+        if (g_ascii_strcasecmp(uuid, service) == 0) {
+            return true;
         }
     }
     return false;

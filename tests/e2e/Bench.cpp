@@ -113,7 +113,11 @@ std::string Bench::TvctlFailure(const std::vector<std::string>& arguments) {
     TvctlRun run;
     RunTvctl(arguments, run);
     Check(run.end == "status 1", "tvctl " + arguments.front() + " ended with " + *run.end);
-    return run.complaint;
+    std::string text;
+    for (const std::string& line : run.output) {
+        text += line + "\n";
+    }
+    return text + run.complaint;
 }
 
 void Bench::SetUpTv(const std::vector<std::string>& phones) {

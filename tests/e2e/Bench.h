@@ -29,7 +29,7 @@ protected:
     void StartService();
     // Runs tvctl, which must succeed; its output, line by line.
     std::vector<std::string> Tvctl(const std::vector<std::string>& arguments);
-    // Runs tvctl, which must fail; the last line of its complaint.
+    // Runs tvctl, which must fail; what it printed and complained of, as one text.
     std::string TvctlFailure(const std::vector<std::string>& arguments);
     // A TV on which a wake-up leads to a connection; the phone is registered.
     void SetUpTv(const std::vector<std::string>& phones = {kAlice});

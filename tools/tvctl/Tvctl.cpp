@@ -5,6 +5,7 @@
 #include "tools/tvctl/CommandLine.h"
 #include "tools/tvctl/ConfCommand.h"
 #include "tools/tvctl/DeviceCommand.h"
+#include "tools/tvctl/DoctorCommand.h"
 #include "tools/tvctl/FeatureCommand.h"
 #include "tools/tvctl/PhoneCommand.h"
 #include "tools/tvctl/PowerCommand.h"
@@ -13,9 +14,9 @@
 namespace Tvctl {
 
 ExitCode Run(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
-    const CommandLine commandLine({WakeCommand::Group(), PhoneCommand::Group(),
-                                   ConfCommand::Group(), FeatureCommand::Group(),
-                                   PowerCommand::Group(), DeviceCommand::Group()});
+    const CommandLine commandLine(
+        {WakeCommand::Group(), DoctorCommand::Group(), PhoneCommand::Group(), ConfCommand::Group(),
+         FeatureCommand::Group(), PowerCommand::Group(), DeviceCommand::Group()});
     return commandLine.Run(words, out, err);
 }
 

@@ -7,7 +7,7 @@
 
 #include "tests/e2e/Bench.h"
 
-// What an engineer asks about devices, and changes: with the real file and the simulated adapter.
+// What an engineer asks and changes with tvctl, with the real files and the simulated adapter.
 
 namespace {
 
@@ -118,6 +118,27 @@ TEST_F(Devices, AreNotTakenFromAFileThatIsNoDatabase) {
     }
     std::filesystem::remove(Database());
     EXPECT_EQ(Tvctl({"device", "list"}).size(), 9U);
+}
+
+class Doctor : public Bench {};
+
+TEST_F(Doctor, NamesWhatIsMissingUntilNothingIs) {
+    EXPECT_THAT(TvctlFailure({"doctor"}),
+                testing::AllOf(HasSubstr("FAIL  the service runs"),
+                               HasSubstr("FAIL  the product is a rotating TV"),
+                               HasSubstr("FAIL  Bluetooth is on: bluetoothd is not on the bus"),
+                               HasSubstr("0 of 0 registered phones qualify"),
+                               HasSubstr("FAIL  the ambient picture shows"),
+                               HasSubstr("5 of 8 conditions do not hold")));
+    SetUpTv({kAlice, kBen});
+    StartSimulator(kAlicePhone);
+    StartService();
+    const std::string unbonded = std::string("FAIL  phone ") + kBen + " can be connected";
+    EXPECT_THAT(TvctlFailure({"doctor"}), HasSubstr(unbonded + ": it is not bonded"));
+    Tvctl({"phone", "remove", kBen});
+    EXPECT_THAT(Tvctl({"doctor"}), testing::Each(testing::StartsWith("ok    ")));
+    Tvctl({"power", "set", "wakeup-reason", "94"});
+    EXPECT_THAT(TvctlFailure({"doctor"}), HasSubstr("FAIL  the wake-up reason lets phones"));
 }
 
 }  // namespace
