@@ -263,7 +263,7 @@ int BTDatabaseManager::GetRecordCount() {
         return 0;
     }
     int count = 0;
-    if (ForEachRow(kSelectAll, [&](sqlite3_stmt*) { ++count; }) != nullptr) {
+    if (ForEachRow(kSelectAll, [&](sqlite3_stmt*) { ++count; }) == kPrepareFailed) {
         BTLOG_ERROR("Count Error! [%s]", ErrorText());
         return 0;
     }

@@ -71,6 +71,7 @@ bool BTDatabaseManager::PrepareDatabase() {
 
 bool BTDatabaseManager::OpenDatabase() {
     const std::string path = AppDataUtil::GetAppDataFilePath(m_fileName);
+    m_db.reset();
     m_lastResult = db_util_open(path.c_str(), Out(m_db), DB_UTIL_REGISTER_HOOK_METHOD);
     if (m_lastResult != SQLITE_OK) {
         BTLOG_ERROR("Can't open database: %s", sqlite3_errstr(m_lastResult));

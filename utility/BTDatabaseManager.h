@@ -61,8 +61,9 @@ public:
     // Whether the query has a row.
     bool executeRecordExistQuery(const std::string& query);
 
-    // One column of a record; false, and `value` untouched, when there is no record or no value.
-    // Read as text: address, name, service, provider, vid and pid. As integers: the four others.
+    // One column of a record; false, and `value` untouched, when there is no record. Read as text:
+    // address, name, service, provider, vid and pid, and false also when the column is NULL. As
+    // integers: the four others, 0 when the column is NULL.
     bool GetDataFromDB(std::string address, bt_db_fields_e field, std::string& value);
     bool GetDataFromDB(std::string address, bt_db_fields_e field, int& value);
     // Written as text: address, name, service and provider. As integers: the six others. True also
@@ -77,6 +78,7 @@ public:
     // Deletes nothing and is always false: its statement names two tables, which SQLite refuses. It
     // is kept as it is on purpose.
     bool DeleteAllRecord();
+    // As many records as could be read.
     int GetRecordCount();
     // Appends every record, a text without a value as "". `records` is not NULL.
     bool GetAllRecordFromDB(std::vector<bt_db_dev_info_s>* records);

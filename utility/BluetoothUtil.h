@@ -11,13 +11,14 @@ namespace Util {
 
 // Questions about the local adapter and bonded devices, what kind a device is, whether the TV is to
 // use it, and the adapter's switches. Stateless; failures are logged, nothing throws. Addresses are
-// 'XX:XX:XX:XX:XX:XX', either case. Main loop's thread only.
+// 'XX:XX:XX:XX:XX:XX', either case, but where the device database is asked: there they must be
+// spelled as they were stored. Main loop's thread only.
 class BluetoothUtil {
 public:
     // bt_adapter_state_e: 1 enabled; 0 disabled, also when the Bluetooth service cannot tell.
     static int GetAdapterState();
 
-    // ---- one bonded device; an unknown address gives false, 0 or "UNKNOWN_DEV_TYPE" ----
+    // ---- one device; an unknown address gives false, 0 or "UNKNOWN_DEV_TYPE" ----
 
     static bool IsPairedDevice(const std::string& address);
     static bool IsConnectedDevice(const std::string& address);
@@ -26,7 +27,7 @@ public:
     // Its kind, a bt_devices_type (utility/BtDeviceTypes.h), and that as a text.
     static int GetDeviceType(const std::string& address);
     static std::string GetStringDeviceType(std::string address);
-    // Its name, from the device database when the Bluetooth service does not know it.
+    // Its name; of a device that is not bonded, the one in the device database.
     static bool GetDeviceName(const std::string& address, std::string& name);
 
     // ---- names and numbers ----
@@ -66,7 +67,7 @@ public:
     static void SetAutoAcceptDevice(const std::string& address, bool accept);
     // Tells the connected phone to switch off; `address` is not used. The platform's result.
     static int sendPowerOffCmd(const std::string& address);
-    // Unregisters the accessories that connect in standby.
+    // Unregisters the first accessory that connects in standby and can be unregistered.
     static void RemoveAllHeadlessDevice();
     // For each of them; false ends the iteration, and does so after a success.
     static bool RemoveAllHeadlessDeviceCb(bt_adapter_headless_dev_info_s* info,

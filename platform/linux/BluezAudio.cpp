@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/BluezAudio.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/linux/BluezError.h"
@@ -57,12 +58,14 @@ void Audio::Begin(const std::string& address) {
     Request& request = *m_requests[address];
     const std::string adapter = m_mirror.PoweredAdapter();
     request.device = m_mirror.DevicePath(adapter, address);
-    if (!adapter.empty() && !request.device.empty()) {
+    const Device* device = m_mirror.FindDevice(request.device);
+    // bluetoothd would pair with a device that it merely knows.
+    if (!adapter.empty() && device != nullptr && device->HoldsBond()) {
         Attempt(address);
         return;
     }
     PLATFORM_WARN("%s is not connected: %s", address.c_str(),
-                  adapter.empty() ? "no powered adapter" : "the adapter does not know it");
+                  adapter.empty() ? "no powered adapter" : "it is not bonded");
     const int result = adapter.empty() ? BT_ERROR_NOT_ENABLED : BT_ERROR_REMOTE_DEVICE_NOT_BONDED;
     // Not before Connect returned.
     request.pause = Timer::Once(0, [this, address, result] { Report(address, result); });
@@ -98,9 +101,13 @@ void Audio::OnAnswered(const std::string& address, const GError* error) {
 }
 
 void Audio::OnDeadline(const std::string& address) {
+    const Request& request = *m_requests[address];
+    if (m_mirror.HasTransport(request.device)) {
+        Report(address, BT_ERROR_NONE);
+        return;
+    }
     PLATFORM_WARN("%s is not connected: no success within %d s", address.c_str(),
                   kAttemptMs / 1000);
-    const Request& request = *m_requests[address];
     if (request.attempt) {
         Cancel(address);
     } else {
@@ -129,23 +136,30 @@ void Audio::Report(const std::string& address, int result) {
     Tell(result, true, address);
 }
 
+std::vector<Audio::Connection>::iterator Audio::FindConnected(const std::string& device) {
+    return std::find_if(m_connected.begin(), m_connected.end(),
+                        [&](const Connection& connection) { return connection.device == device; });
+}
+
 void Audio::AddConnected(const std::string& device, const std::string& address) {
-    m_connected[device] = address;
-    m_lastConnected = device;
+    const auto known = FindConnected(device);
+    if (known != m_connected.end()) {
+        m_connected.erase(known);
+    }
+    m_connected.push_back({device, address});
 }
 
 void Audio::RemoveConnected(const std::string& device) {
-    const auto connected = m_connected.extract(device);
-    if (!connected.empty()) {
-        Tell(BT_ERROR_NONE, false, connected.mapped());
+    const auto known = FindConnected(device);
+    if (known != m_connected.end()) {
+        const std::string address = known->address;
+        m_connected.erase(known);
+        Tell(BT_ERROR_NONE, false, address);
     }
 }
 
 std::string Audio::LastConnected() const {
-    if (m_connected.count(m_lastConnected) != 0) {
-        return m_lastConnected;
-    }
-    return m_connected.empty() ? "" : m_connected.begin()->first;
+    return m_connected.empty() ? "" : m_connected.back().device;
 }
 
 void Audio::Tell(int result, bool connected, const std::string& address) const {
@@ -172,9 +186,9 @@ void Audio::FailAll(const std::string& adapter) {
         }
     }
     std::vector<std::string> devices;
-    for (const auto& [device, address] : m_connected) {
-        if (adapter.empty() || IsBehind(device, adapter)) {
-            devices.push_back(device);
+    for (const Connection& connection : m_connected) {
+        if (adapter.empty() || IsBehind(connection.device, adapter)) {
+            devices.push_back(connection.device);
         }
     }
     for (const std::string& device : devices) {
@@ -191,9 +205,10 @@ void Audio::OnDeviceDisconnected(const std::string& path) {
 }
 
 void Audio::OnTransportAdded(const std::string& device) {
-    const std::string address = AddressOfPath(device);
-    // A request that runs reports its own end.
-    if (m_connected.count(device) == 0 && m_requests.count(address) == 0) {
+    const std::string address = m_mirror.AddressOf(device);
+    // A request that runs reports its own end, and what another adapter does is not ours.
+    if (FindConnected(device) == m_connected.end() && m_requests.count(address) == 0 &&
+        IsBehind(device, m_mirror.PoweredAdapter())) {
         AddConnected(device, address);
         Tell(BT_ERROR_NONE, true, address);
     }

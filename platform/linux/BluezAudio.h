@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "common/Timer.h"
 #include "platform/bluetooth.h"
@@ -46,6 +47,11 @@ private:
     // Ends the request with its one event.
     void Report(const std::string& address, int result);
 
+    struct Connection {
+        std::string device;  // object path
+        std::string address;
+    };
+    std::vector<Connection>::iterator FindConnected(const std::string& device);
     void AddConnected(const std::string& device, const std::string& address);
     void RemoveConnected(const std::string& device);
     void FailAll(const std::string& adapter);
@@ -62,8 +68,7 @@ private:
     bt_audio_connection_state_changed_cb m_callback = nullptr;
     void* m_userData = nullptr;                                  // not owned
     std::map<std::string, std::shared_ptr<Request>> m_requests;  // by address
-    std::map<std::string, std::string> m_connected;              // device path to address
-    std::string m_lastConnected;
+    std::vector<Connection> m_connected;                         // the last one last
 };
 
 }  // namespace Bluez

@@ -116,13 +116,9 @@ void Mirror::OnManagedObjects(GVariant* reply, const GError* error) {
         return;
     }
     const GVariantPtr objects(g_variant_get_child_value(reply, 0));
-    GVariantIter iter;
-    g_variant_iter_init(&iter, objects.get());
-    const char* path = nullptr;
-    GVariant* interfaces = nullptr;
-    while (g_variant_iter_loop(&iter, "{&o@a{sa{sv}}}", &path, &interfaces)) {
-        AddInterfaces(path, interfaces, false);
-    }
+    // What streams and players say is about devices and adapters, which must be known by then.
+    AddObjects(objects.get(), {kAdapterInterface, kDeviceInterface});
+    AddObjects(objects.get(), {kTransportInterface, kPlayerInterface, kControlInterface});
     m_isFilled = true;
     const std::string adapter = PoweredAdapter();
     PLATFORM_INFO("bluetoothd is there, %s",
@@ -138,7 +134,7 @@ void Mirror::OnSignal(const char* path, const char* member, GVariant* parameters
         if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(oa{sa{sv}})"))) {
             const GVariantPtr object(g_variant_get_child_value(parameters, 0));
             const GVariantPtr interfaces(g_variant_get_child_value(parameters, 1));
-            AddInterfaces(g_variant_get_string(object.get(), nullptr), interfaces.get(), true);
+            AddInterfaces(g_variant_get_string(object.get(), nullptr), interfaces.get());
         }
     } else if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(oas)"))) {
         const GVariantPtr object(g_variant_get_child_value(parameters, 0));
@@ -147,8 +143,24 @@ void Mirror::OnSignal(const char* path, const char* member, GVariant* parameters
     }
 }
 
-// `isNews`: the object was made just now, so what it says of an advertisement was just received.
-void Mirror::AddInterfaces(const std::string& path, GVariant* interfaces, bool isNews) {
+void Mirror::AddObjects(GVariant* objects, const std::vector<std::string>& wanted) {
+    GVariantIter iter;
+    g_variant_iter_init(&iter, objects);
+    const char* path = nullptr;
+    GVariant* interfaces = nullptr;
+    while (g_variant_iter_loop(&iter, "{&o@a{sa{sv}}}", &path, &interfaces)) {
+        for (const std::string& interface : wanted) {
+            const GVariantPtr values(
+                g_variant_lookup_value(interfaces, interface.c_str(), G_VARIANT_TYPE_VARDICT));
+            if (values) {
+                ApplyProperties(path, interface, values.get());
+            }
+        }
+    }
+}
+
+// The object was made just now, so what it says of an advertisement was just received.
+void Mirror::AddInterfaces(const std::string& path, GVariant* interfaces) {
     GVariantIter iter;
     g_variant_iter_init(&iter, interfaces);
     const char* interface = nullptr;
@@ -156,7 +168,7 @@ void Mirror::AddInterfaces(const std::string& path, GVariant* interfaces, bool i
     while (g_variant_iter_loop(&iter, "{&s@a{sv}}", &interface, &values)) {
         ApplyProperties(path, interface, values);
         // Without a signal strength the device was made for another reason than being heard.
-        const bool isHeard = isNews && Is(interface, kDeviceInterface) && HasRssi(values);
+        const bool isHeard = Is(interface, kDeviceInterface) && HasRssi(values);
         if (isHeard) {
             TellAdvertisement(path, values);
         }
@@ -286,7 +298,9 @@ void Mirror::ApplyPlayer(const std::string& path, GVariant* values) {
         if (Is(name, "Device")) {
             Read(value, player.device);
         } else if (Is(name, "Status")) {
-            Read(value, player.status.emplace());
+            std::string status;
+            Read(value, status);
+            player.status = status;
         }
     });
     ForEachListener([&path](Listener& listener) { listener.OnPlayerChanged(path); });

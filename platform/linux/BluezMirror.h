@@ -69,7 +69,7 @@ public:
 
     // Path of the adapter in use: the powered one with the lowest number. Empty when none.
     [[nodiscard]] std::string PoweredAdapter() const;
-    // Path of any adapter, the one in use if there is one; empty when none.
+    // Path of the adapter in use, else of the one with the lowest number; empty when none.
     [[nodiscard]] std::string AnyAdapter() const;
     [[nodiscard]] const Adapter* FindAdapter(const std::string& path) const;
     // Paths of the bonded devices behind the adapter, by address.
@@ -78,6 +78,8 @@ public:
     // Path of the device with that address, in any case, behind that adapter; empty when unknown.
     [[nodiscard]] std::string DevicePath(const std::string& adapter,
                                          const std::string& address) const;
+    // The address of the device at that path, known or not.
+    [[nodiscard]] std::string AddressOf(const std::string& device) const;
     [[nodiscard]] bool HasTransport(const std::string& device) const;
     // Path of the device's player: the one that it is addressed by, else the first; empty when it
     // has none.
@@ -102,7 +104,8 @@ private:
     };
     static const Kind* FindKind(const std::string& interface);
 
-    void AddInterfaces(const std::string& path, GVariant* interfaces, bool isNews);
+    void AddObjects(GVariant* objects, const std::vector<std::string>& wanted);
+    void AddInterfaces(const std::string& path, GVariant* interfaces);
     void RemoveInterfaces(const std::string& path, GVariant* names);
     void ChangeProperties(const std::string& path, GVariant* parameters);
     void ApplyProperties(const std::string& path, const std::string& interface, GVariant* values);

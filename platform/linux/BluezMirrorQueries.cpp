@@ -30,7 +30,16 @@ std::string Mirror::PoweredAdapter() const {
 
 std::string Mirror::AnyAdapter() const {
     const std::string powered = PoweredAdapter();
-    return powered.empty() && !m_adapters.empty() ? m_adapters.begin()->first : powered;
+    if (!powered.empty()) {
+        return powered;
+    }
+    std::string first;
+    for (const auto& [path, adapter] : m_adapters) {
+        if (first.empty() || ComesBefore(path, first)) {
+            first = path;
+        }
+    }
+    return first;
 }
 
 const Adapter* Mirror::FindAdapter(const std::string& path) const {
@@ -54,9 +63,26 @@ const Device* Mirror::FindDevice(const std::string& path) const {
     return device == m_devices.end() ? nullptr : &device->second;
 }
 
+// A phone that was paired under a random address keeps the path of that address until bluetoothd
+// starts anew, and has its own as a property: only the property tells.
 std::string Mirror::DevicePath(const std::string& adapter, const std::string& address) const {
     const std::string path = MakeDevicePath(adapter, address);
-    return m_devices.count(path) == 0 ? "" : path;
+    const Device* device = FindDevice(path);
+    if (device != nullptr && g_ascii_strcasecmp(device->address.c_str(), address.c_str()) == 0) {
+        return path;
+    }
+    for (const auto& [otherPath, other] : m_devices) {
+        if (IsBehind(otherPath, adapter) &&
+            g_ascii_strcasecmp(other.address.c_str(), address.c_str()) == 0) {
+            return otherPath;
+        }
+    }
+    return "";
+}
+
+std::string Mirror::AddressOf(const std::string& device) const {
+    const Device* known = FindDevice(device);
+    return known == nullptr ? AddressOfPath(device) : known->address;
 }
 
 bool Mirror::HasTransport(const std::string& device) const {

@@ -127,10 +127,18 @@ void Scan::OnStartAnswered(const GError* error, bool mayRetry) {
         m_state = State::kScanning;
     } else if (mayRetry && IsInProgress(*error)) {
         m_state = State::kPreparing;
-        m_timer = Timer::Once(kStartRetryMs, [this] { StartDiscovery(false); });
+        m_isHearing = false;
+        m_timer = Timer::Once(kStartRetryMs, [this] { StartAnew(); });
     } else {
         OnStartFailed(*error);
     }
+}
+
+// In progress is our own session alone: one that started after its answer was given up.
+void Scan::StartAnew() {
+    m_call = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "StopDiscovery", nullptr,
+                  kStopTimeoutMs,
+                  [this](GVariant* /*reply*/, const GError* /*error*/) { StartDiscovery(false); });
 }
 
 void Scan::OnStartFailed(const GError& error) {

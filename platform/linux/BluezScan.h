@@ -40,6 +40,7 @@ private:
     void SetFilter();
     void StartDiscovery(bool mayRetry);
     void OnStartAnswered(const GError* error, bool mayRetry);
+    void StartAnew();
     void OnStartFailed(const GError& error);
     void StopDiscovery();
     // Nothing runs any more: does what waited for that.

@@ -93,11 +93,15 @@ int bt_adapter_set_visibility(bt_adapter_visibility_mode_e mode, int duration) {
     if (adapter.empty()) {
         return BT_ERROR_NOT_ENABLED;
     }
+    if (!isVisible) {
+        RequestAdapterProperty(adapter, "Discoverable", g_variant_new_boolean(FALSE));
+        return BT_ERROR_NONE;
+    }
     // First for how long: bluetoothd takes the time when it becomes visible.
-    RequestAdapterProperty(
-        adapter, "DiscoverableTimeout", g_variant_new_uint32(static_cast<guint32>(duration)),
-        [adapter, isVisible] {
-            RequestAdapterProperty(adapter, "Discoverable", g_variant_new_boolean(isVisible));
-        });
+    RequestAdapterProperty(adapter, "DiscoverableTimeout",
+                           g_variant_new_uint32(static_cast<guint32>(duration)), [adapter] {
+                               RequestAdapterProperty(adapter, "Discoverable",
+                                                      g_variant_new_boolean(TRUE));
+                           });
     return BT_ERROR_NONE;
 }

@@ -120,7 +120,7 @@ int bt_device_set_authorization(const char* remote_address,
     const int result = Bluez::FindBonded(mirror, remote_address, &device);
     if (result == BT_ERROR_NONE) {
         Bluez::RequestProperty(
-            mirror.Connection(), Bluez::MakeDevicePath(mirror.PoweredAdapter(), device->address),
+            mirror.Connection(), mirror.DevicePath(mirror.PoweredAdapter(), device->address),
             kDeviceInterface, "Trusted",
             g_variant_new_boolean(authorization == BT_DEVICE_AUTHORIZED ? TRUE : FALSE));
     }

@@ -30,6 +30,9 @@ int db_util_open(const char* path, sqlite3** db, int option) {
         return code;
     }
     sqlite3_busy_timeout(connection.get(), kBusyTimeoutMs);
+    // By default the folder is not stored after the journal was removed, so that a power cut may
+    // bring the journal back and roll back what was committed.
+    sqlite3_exec(connection.get(), "PRAGMA synchronous = EXTRA", nullptr, nullptr, nullptr);
     *db = connection.release();
     return SQLITE_OK;
 }

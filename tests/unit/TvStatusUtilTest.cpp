@@ -154,6 +154,7 @@ TEST_F(TvStatusUtilTest, WakesTheTvAndKnowsItsArt) {
     world.ambientMode = 1;
     EXPECT_EQ(Acts(wake), plain);
 
+    world.ambientMode = 1;
     world.ambientType = 4;
     EXPECT_TRUE(TvStatusUtil::IsArtAppShowing());
     world.ambientType = 3;

@@ -75,7 +75,7 @@ int bt_adapter_free_device_info(bt_device_info_s* info);
 
 /* Calls `callback` for each bonded device of the enabled adapter, in the order of their addresses,
  * until it returns false; the record is the platform's and valid during the call. NOT_ENABLED: no
- * powered adapter. */
+ * powered adapter. INVALID_PARAMETER: callback is NULL. */
 typedef bool (*bt_adapter_bonded_device_cb)(bt_device_info_s* info, void* user_data);
 int bt_adapter_foreach_bonded_device(bt_adapter_bonded_device_cb callback, void* user_data);
 
@@ -87,8 +87,9 @@ typedef enum {
     BT_PROFILE_HID = 0x08 /* input devices: keyboards, mice, game pads */
 } bt_profile_e;
 
-/* Whether a bonded device is connected with that profile. NOT_SUPPORTED: another profile. Other
- * results as for its record; *connected is written on success alone. */
+/* Whether a bonded device is connected with that profile, or, where the platform cannot tell
+ * profile by profile, connected and able to use it. NOT_SUPPORTED: another profile. Other results
+ * as for its record; *connected is written on success alone. */
 int bt_device_is_profile_connected(const char* remote_address, bt_profile_e profile,
                                    bool* connected);
 
@@ -103,9 +104,11 @@ int bt_device_set_authorization(const char* remote_address,
  * platform. NOT_ENABLED: there is no adapter, or, but for bt_adapter_enable, none that is
  * powered. */
 
-/* The adapter's name, to be released by the caller with free; untouched on failure. */
+/* The adapter's name, to be released by the caller with free; untouched on failure.
+ * OPERATION_FAILED: it has none. INVALID_PARAMETER: name is NULL. */
 int bt_adapter_get_name(char** name);
-/* ALREADY_DONE: it is in that state. */
+/* ALREADY_DONE: it is in that state. Where several adapters are powered, the one in use is meant,
+ * and another takes its place. */
 int bt_adapter_enable(void);
 int bt_adapter_disable(void);
 /* Off and on again; bonds stay. */
@@ -116,7 +119,8 @@ typedef enum {
     BT_ADAPTER_VISIBILITY_MODE_NON_DISCOVERABLE = 0,
     BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE = 1
 } bt_adapter_visibility_mode_e;
-/* Visible to others for `duration` seconds, 0 for ever. */
+/* Visible to others for `duration` seconds, 0 for ever. INVALID_PARAMETER: another mode, or a
+ * negative duration. */
 int bt_adapter_set_visibility(bt_adapter_visibility_mode_e mode, int duration);
 
 /* ---- accessories that connect while the TV is in standby; an extension of some TVs ---- */
