@@ -147,6 +147,7 @@ void Audio::AddConnected(const std::string& device, const std::string& address) 
         m_connected.erase(known);
     }
     m_connected.push_back({device, address});
+    m_last = device;
 }
 
 void Audio::RemoveConnected(const std::string& device) {
@@ -154,11 +155,14 @@ void Audio::RemoveConnected(const std::string& device) {
     if (known != m_connected.end()) {
         const std::string address = known->address;
         m_connected.erase(known);
+        if (m_last == device) {
+            m_last.clear();
+        }
         Tell(BT_ERROR_NONE, false, address);
     }
 }
 
-std::string Audio::LastConnected() const {
+std::string Audio::LastOfConnected() const {
     return m_connected.empty() ? "" : m_connected.back().device;
 }
 

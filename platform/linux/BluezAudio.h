@@ -25,8 +25,11 @@ public:
     // `address` is well-formed.
     int Connect(const std::string& address);
 
-    // Path of the device that was connected last and still is; empty when none.
-    [[nodiscard]] std::string LastConnected() const;
+    // Path of the device that was connected last; empty when that one has left, whoever else is
+    // still there: what is meant for it is not meant for another.
+    [[nodiscard]] std::string LastConnected() const { return m_last; }
+    // Path of the one of those still connected that came last; empty when none.
+    [[nodiscard]] std::string LastOfConnected() const;
     [[nodiscard]] std::size_t ConnectedCount() const { return m_connected.size(); }
 
 private:
@@ -69,6 +72,7 @@ private:
     void* m_userData = nullptr;                                  // not owned
     std::map<std::string, std::shared_ptr<Request>> m_requests;  // by address
     std::vector<Connection> m_connected;                         // the last one last
+    std::string m_last;
 };
 
 }  // namespace Bluez

@@ -49,6 +49,9 @@ Mirror::Mirror() : m_busRequest(g_cancellable_new()) {
 
 Mirror::~Mirror() {
     g_cancellable_cancel(m_busRequest.get());
+    if (m_closed != 0) {
+        g_signal_handler_disconnect(m_connection.get(), m_closed);
+    }
     if (m_nameWatch != 0) {
         g_bus_unwatch_name(m_nameWatch);
     }
@@ -64,6 +67,9 @@ void Mirror::RemoveListener(Listener* listener) {
 
 void Mirror::OnConnection(GObjectPtr<GDBusConnection> connection) {
     m_connection = std::move(connection);
+    // The bus library ends the process next; without this line that would look like an ordinary
+    // stop.
+    m_closed = g_signal_connect(m_connection.get(), "closed", G_CALLBACK(OnBusClosed), nullptr);
     Subscribe(kObjectManagerInterface, "InterfacesAdded");
     Subscribe(kObjectManagerInterface, "InterfacesRemoved");
     Subscribe(kPropertiesInterface, "PropertiesChanged");
@@ -75,6 +81,12 @@ void Mirror::OnConnection(GObjectPtr<GDBusConnection> connection) {
             static_cast<Mirror*>(data)->OnServiceVanished();
         },
         this, nullptr);
+}
+
+void Mirror::OnBusClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerVanished*/,
+                         GError* error, gpointer /*data*/) noexcept {
+    PLATFORM_ERROR("the system bus is gone, and with it this process: %s",
+                   error == nullptr ? "closed" : error->message);
 }
 
 // With the daemon's name as sender the bus library passes on what its owner sent and nothing else.
@@ -285,10 +297,10 @@ void Mirror::ApplyTransport(const std::string& path, GVariant* values) {
     });
     // A change of an existing stream names neither. The UUID is the local end's role: with another
     // than the sink's this machine does not render.
-    if (device.empty() || g_ascii_strcasecmp(uuid.c_str(), kA2dpSinkUuid) != 0) {
+    if (AddressOfPath(device).empty() || g_ascii_strcasecmp(uuid.c_str(), kA2dpSinkUuid) != 0) {
         return;
     }
-    m_transports[path] = Transport{device};
+    m_transports[path] = Transport{device, ++m_transportsSeen};
     ForEachListener([&device](Listener& listener) { listener.OnTransportAdded(device); });
 }
 
@@ -298,9 +310,9 @@ void Mirror::ApplyPlayer(const std::string& path, GVariant* values) {
         if (Is(name, "Device")) {
             Read(value, player.device);
         } else if (Is(name, "Status")) {
-            std::string status;
-            Read(value, status);
-            player.status = status;
+            if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING)) {
+                player.status = g_variant_get_string(value, nullptr);
+            }
         }
     });
     ForEachListener([&path](Listener& listener) { listener.OnPlayerChanged(path); });
@@ -326,7 +338,9 @@ void Mirror::TellAdvertisement(const std::string& path, GVariant* values) {
 }
 
 void Mirror::DropAdapter(const std::string& path) {
-    m_adapters.erase(path);
+    if (m_adapters.erase(path) == 0) {
+        return;
+    }
     PLATFORM_INFO("adapter %s is gone", path.c_str());
     ForEachListener([&path](Listener& listener) { listener.OnAdapterLost(path); });
 }

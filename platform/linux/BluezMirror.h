@@ -38,6 +38,7 @@ struct Device {
 // An A2DP stream of a device; this machine is the sink.
 struct Transport {
     std::string device;  // object path
+    unsigned int order;  // rises with each one that came
 };
 
 struct Player {
@@ -85,10 +86,12 @@ public:
     // has none.
     [[nodiscard]] std::string PlayerPath(const std::string& device) const;
     [[nodiscard]] const Player* FindPlayer(const std::string& path) const;
-    // Connected devices with an A2DP stream.
+    // Connected devices with an A2DP stream, the one that came last first.
     [[nodiscard]] std::vector<std::string> DevicesWithTransport() const;
 
 private:
+    static void OnBusClosed(GDBusConnection* connection, gboolean remotePeerVanished, GError* error,
+                            gpointer data) noexcept;
     void OnConnection(GObjectPtr<GDBusConnection> connection);
     void OnServiceAppeared();
     void OnServiceVanished();
@@ -134,6 +137,7 @@ private:
     std::map<std::string, Adapter> m_adapters;
     std::unordered_map<std::string, Device> m_devices;
     std::map<std::string, Transport> m_transports;
+    unsigned int m_transportsSeen = 0;
     std::map<std::string, Player> m_players;
     std::map<std::string, std::string> m_addressedPlayers;  // device to player
     bool m_isFilled = false;
@@ -142,6 +146,7 @@ private:
     GObjectPtr<GCancellable> m_busRequest;
     std::vector<guint> m_subscriptions;
     guint m_nameWatch = 0;
+    gulong m_closed = 0;
 };
 
 }  // namespace Bluez

@@ -109,8 +109,14 @@ const Player* Mirror::FindPlayer(const std::string& path) const {
 }
 
 std::vector<std::string> Mirror::DevicesWithTransport() const {
-    std::vector<std::string> devices;
+    std::vector<Transport> transports;
     for (const auto& [path, transport] : m_transports) {
+        transports.push_back(transport);
+    }
+    std::sort(transports.begin(), transports.end(),
+              [](const Transport& a, const Transport& b) { return a.order > b.order; });
+    std::vector<std::string> devices;
+    for (const Transport& transport : transports) {
         devices.push_back(transport.device);
     }
     return devices;

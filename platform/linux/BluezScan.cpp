@@ -110,10 +110,18 @@ void Scan::StartDiscovery(bool mayRetry) {
     m_state = State::kStarting;
     // The first advertisement may overtake the answer.
     m_isHearing = true;
-    m_call = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "StartDiscovery", nullptr,
-                  kStartTimeoutMs, [this, mayRetry](GVariant* /*reply*/, const GError* error) {
-                      OnStartAnswered(error, mayRetry);
-                  });
+    m_start = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "StartDiscovery", nullptr,
+                   G_MAXINT, [this, mayRetry](GVariant* /*reply*/, const GError* error) {
+                       m_start.Drop();
+                       OnStartAnswered(error, mayRetry);
+                   });
+    m_timer = Timer::Once(kStartTimeoutMs, [this] { OnStartOverdue(); });
+}
+
+void Scan::OnStartOverdue() {
+    PLATFORM_WARN("LE scan on %s does not start: no answer within %d s", m_adapter.c_str(),
+                  kStartTimeoutMs / 1000);
+    Fail(BT_ERROR_TIMED_OUT);
 }
 
 void Scan::OnStartAnswered(const GError* error, bool mayRetry) {
@@ -123,7 +131,14 @@ void Scan::OnStartAnswered(const GError* error, bool mayRetry) {
         } else {
             Finish();
         }
+    } else if (m_state != State::kStarting) {
+        // Given up meanwhile; nobody else would end this session.
+        if (error == nullptr && m_state == State::kIdle) {
+            Request(m_mirror.Connection(), m_adapter, kAdapterInterface, "StopDiscovery", nullptr,
+                    "ending an overdue LE scan");
+        }
     } else if (error == nullptr) {
+        m_timer.Cancel();
         m_state = State::kScanning;
     } else if (mayRetry && IsInProgress(*error)) {
         m_state = State::kPreparing;

@@ -40,6 +40,7 @@ private:
     void SetFilter();
     void StartDiscovery(bool mayRetry);
     void OnStartAnswered(const GError* error, bool mayRetry);
+    void OnStartOverdue();
     void StartAnew();
     void OnStartFailed(const GError& error);
     void StopDiscovery();
@@ -62,6 +63,7 @@ private:
     void* m_userData = nullptr;  // not owned
     std::vector<std::function<void()>> m_whenStopped;
     Call m_call;
+    Call m_start;  // waited for even when the scan was given up, for then it must be stopped
     Timer m_timer;
 };
 

@@ -19,6 +19,7 @@ namespace Platform {
 namespace {
 
 constexpr guint kRetryMs = 1000;
+constexpr int64_t kNeverSeen = -1;
 
 }  // namespace
 
@@ -27,7 +28,12 @@ bool ConfigWatcher::Add(const std::string& key, vconf_callback_fn callback, void
         return false;
     }
     // Read after the watch stands: a write from now on is a change.
-    const int64_t revision = m_file.Lookup(key).revision;
+    const ConfigLookup present = m_file.Lookup(key);
+    const bool isMissed = m_hasMissedRead || present.status == ConfigStatus::kBusy;
+    const int64_t revision = isMissed ? kNeverSeen : present.revision;
+    if (isMissed) {
+        RetrySoon();
+    }
     m_registrations.push_back(
         std::make_shared<Registration>(Registration{key, callback, userData, revision, true}));
     return true;
@@ -49,6 +55,22 @@ bool ConfigWatcher::Remove(const std::string& key, vconf_callback_fn callback) {
         Stop();
     }
     return found;
+}
+
+void ConfigWatcher::MissedRead() {
+    m_hasMissedRead = true;
+    for (const auto& registration : m_registrations) {
+        registration->lastSeen = kNeverSeen;
+    }
+    if (!m_registrations.empty()) {
+        RetrySoon();
+    }
+}
+
+void ConfigWatcher::RetrySoon() {
+    if (!m_retry.IsActive()) {
+        m_retry = MainLoopSource(g_timeout_add(kRetryMs, OnRetry, this));
+    }
 }
 
 bool ConfigWatcher::Start() {
@@ -89,6 +111,7 @@ gboolean ConfigWatcher::OnRetry(gpointer userData) noexcept {
 }
 
 void ConfigWatcher::TellChanges() {
+    m_hasMissedRead = false;
     std::map<std::string, ConfigLookup> lookups;
     const auto registrations = m_registrations;
     for (const auto& registration : registrations) {
@@ -100,8 +123,8 @@ void ConfigWatcher::TellChanges() {
             known = lookups.emplace(registration->key, m_file.Lookup(registration->key)).first;
         }
         const ConfigLookup& lookup = known->second;
-        if (lookup.status == ConfigStatus::kBusy && !m_retry.IsActive()) {
-            m_retry = MainLoopSource(g_timeout_add(kRetryMs, OnRetry, this));
+        if (lookup.status == ConfigStatus::kBusy) {
+            RetrySoon();
         }
         // A file that is gone or broken is a fault and not a write.
         const bool isKnown =

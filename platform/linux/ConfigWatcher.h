@@ -31,6 +31,9 @@ public:
     [[nodiscard]] bool Add(const std::string& key, vconf_callback_fn callback, void* userData);
     // False when there is no such registration.
     [[nodiscard]] bool Remove(const std::string& key, vconf_callback_fn callback);
+    // A reader could not wait for another process that held the file and took a value for missing:
+    // once the file can be read, every watched key counts as changed.
+    void MissedRead();
 
 private:
     struct Registration {
@@ -44,6 +47,7 @@ private:
     bool Start();
     void Stop();
     void TellChanges();
+    void RetrySoon();
     static gboolean OnReadable(gint fd, GIOCondition condition, gpointer userData) noexcept;
     static gboolean OnRetry(gpointer userData) noexcept;
 
@@ -53,6 +57,7 @@ private:
     std::unique_ptr<PathWatch> m_watch;
     MainLoopSource m_source;
     MainLoopSource m_retry;
+    bool m_hasMissedRead = false;
 };
 
 }  // namespace Platform

@@ -62,7 +62,7 @@ int bt_audio_get_connected_info(int type, bt_audio_connected_info_s** info) {
         return BT_ERROR_OUT_OF_MEMORY;
     }
     const Service& service = Service::Get();
-    const std::string path = service.audio.LastConnected();
+    const std::string path = service.audio.LastOfConnected();
     if (const Bluez::Device* device = service.mirror.FindDevice(path)) {
         record->remote_address = Bluez::CopyOrNull(device->address);
         record->remote_name = Bluez::CopyOrNull(device->name);

@@ -22,11 +22,34 @@ using Platform::ConfigWatcher;
 
 constexpr int kFailed = -1;
 
+// One watcher for each file, for the life of the process: the service's objects give their
+// registrations up while static objects are torn down.
+ConfigWatcher* WatcherOf(const char* key) {
+    static auto& watchers = *new std::map<Platform::ConfigFile*, std::unique_ptr<ConfigWatcher>>();
+    Platform::ConfigFile* file = ConfigStore::Instance().FileOf(key);
+    if (file == nullptr) {
+        return nullptr;
+    }
+    std::unique_ptr<ConfigWatcher>& watcher = watchers[file];
+    if (watcher == nullptr) {
+        watcher = std::make_unique<ConfigWatcher>(*file);
+    }
+    return watcher.get();
+}
+
+ConfigLookup Read(const char* key) {
+    ConfigLookup lookup = ConfigStore::Instance().Lookup(key);
+    if (lookup.status == ConfigStatus::kBusy) {
+        WatcherOf(key)->MissedRead();
+    }
+    return lookup;
+}
+
 int GetNumber(const char* key, ConfigType type, int* value) {
     if (key == nullptr || value == nullptr) {
         return kFailed;
     }
-    const ConfigLookup lookup = ConfigStore::Instance().Lookup(key);
+    const ConfigLookup lookup = Read(key);
     if (lookup.status != ConfigStatus::kOk || lookup.value.type != type) {
         return kFailed;
     }
@@ -64,29 +87,16 @@ int SetValueAsync(const char* key, const ConfigValue& value, vconf_set_async_cb 
     return result;
 }
 
-// One watcher for each file, for the life of the process: the service's objects give their
-// registrations up while static objects are torn down.
-ConfigWatcher* WatcherOf(const char* key) {
-    static auto& watchers = *new std::map<Platform::ConfigFile*, std::unique_ptr<ConfigWatcher>>();
-    Platform::ConfigFile* file = ConfigStore::Instance().FileOf(key);
-    if (file == nullptr) {
-        return nullptr;
-    }
-    std::unique_ptr<ConfigWatcher>& watcher = watchers[file];
-    if (watcher == nullptr) {
-        watcher = std::make_unique<ConfigWatcher>(*file);
-    }
-    return watcher.get();
-}
-
 }  // namespace
 
 char* vconf_get_str(const char* key) {
     if (key == nullptr) {
         return nullptr;
     }
-    const auto text = ConfigStore::Instance().GetString(key);
-    return text ? strdup(text->c_str()) : nullptr;
+    const ConfigLookup lookup = Read(key);
+    const bool isText =
+        lookup.status == ConfigStatus::kOk && lookup.value.type == ConfigType::kString;
+    return isText ? strdup(lookup.value.text.c_str()) : nullptr;
 }
 
 int vconf_get_bool(const char* key, int* value) {

@@ -130,6 +130,21 @@ TEST_F(Files, AConfigurationThatIsNoDatabaseIsReportedOnceAndItsReplacementIsRea
     AwaitEvent("phone Alice: plays");
 }
 
+TEST_F(Files, AConfigurationThatAnotherProcessHoldsIsReadOnceItIsFree) {
+    StartSimulator(kAlicePhone);
+    SetUpTv();
+    StartService();
+    SqlitePtr holder;
+    ASSERT_EQ(sqlite3_open((Root() + "/var/lib/tv-platform/config.db").c_str(), Out(holder)), 0);
+    ASSERT_EQ(sqlite3_exec(holder.get(), "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), 0);
+    Emit("AutoConMobileUpdate", Text("{}"));
+    AwaitLog("No device which enable bt auto connection");
+    ASSERT_EQ(sqlite3_exec(holder.get(), "COMMIT", nullptr, nullptr, nullptr), 0);
+    AwaitLog("enable auto on/off and bt auto connection");
+    Wake();
+    AwaitEvent("phone Alice: plays");
+}
+
 TEST_F(Files, FeaturesThatCannotBeReadMakeItAnotherTvUntilTheyAreMended) {
     StartSimulator(kAlicePhone);
     SetUpTv();

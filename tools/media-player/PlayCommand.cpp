@@ -3,6 +3,7 @@
 #include "tools/media-player/PlayCommand.h"
 
 #include <utility>
+#include <vector>
 
 #include "platform/linux/BluezPath.h"
 #include "platform/linux/DbusError.h"
@@ -29,30 +30,28 @@ PlayCommand::~PlayCommand() {
     m_mirror.RemoveListener(this);
 }
 
-// Looks for a player that can be told to play, and for the one that was told to do so.
+// Looks whether the player of the phone that connected last can be told to play, and whether it
+// then does. Other phones are none of its business: their owners did not just come home.
 void PlayCommand::Look() {
-    m_isLacking = "no phone is connected";
-    for (const std::string& device : m_mirror.DevicesWithTransport()) {
+    const std::vector<std::string> devices = m_mirror.DevicesWithTransport();
+    if (devices.empty()) {
+        m_isLacking = "no phone is connected";
+        return;
+    }
+    const std::string path = m_mirror.PlayerPath(devices.front());
+    const Bluez::Player* player = m_mirror.FindPlayer(path);
+    if (player == nullptr) {
         m_isLacking = "the phone shows no player";
-        const std::string path = m_mirror.PlayerPath(device);
-        const Bluez::Player* player = m_mirror.FindPlayer(path);
-        if (player == nullptr) {
-            continue;
-        }
-        if (!player->status) {
-            m_isLacking = "the phone's player has not told its state";
-            continue;
-        }
-        if (*player->status == kPlaying) {
-            PLAYER_INFO("%s plays", Bluez::AddressOfPath(device).c_str());
-            Finish(true);
-            return;
-        }
+    } else if (!player->status) {
+        m_isLacking = "the phone's player has not told its state";
+    } else if (*player->status == kPlaying) {
+        PLAYER_INFO("%s plays", Bluez::AddressOfPath(devices.front()).c_str());
+        Finish(true);
+    } else {
         m_isLacking = "the phone was told to play and does not, its player says " + *player->status;
         if (m_player.empty()) {
             Play(path);
         }
-        return;
     }
 }
 

@@ -42,6 +42,9 @@ std::string AwaitBluetooth() {
     if (!mirror.IsSettled()) {
         return "bluetoothd does not answer";
     }
+    if (mirror.Connection() == nullptr) {
+        return "the system bus cannot be reached";
+    }
     if (!mirror.IsFilled()) {
         return "bluetoothd is not on the bus";
     }
