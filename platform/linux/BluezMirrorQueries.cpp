@@ -29,11 +29,10 @@ std::string Mirror::PoweredAdapter() const {
 }
 
 std::string Mirror::AnyAdapter() const {
-    const std::string powered = PoweredAdapter();
-    if (!powered.empty()) {
-        return powered;
+    std::string first = PoweredAdapter();
+    if (!first.empty()) {
+        return first;
     }
-    std::string first;
     for (const auto& [path, adapter] : m_adapters) {
         if (first.empty() || ComesBefore(path, first)) {
             first = path;
@@ -66,7 +65,7 @@ const Device* Mirror::FindDevice(const std::string& path) const {
 // A phone that was paired under a random address keeps the path of that address until bluetoothd
 // starts anew, and has its own as a property: only the property tells.
 std::string Mirror::DevicePath(const std::string& adapter, const std::string& address) const {
-    const std::string path = MakeDevicePath(adapter, address);
+    std::string path = MakeDevicePath(adapter, address);
     const Device* device = FindDevice(path);
     if (device != nullptr && g_ascii_strcasecmp(device->address.c_str(), address.c_str()) == 0) {
         return path;
@@ -115,10 +114,9 @@ std::vector<std::string> Mirror::DevicesWithTransport() const {
     }
     std::sort(transports.begin(), transports.end(),
               [](const Transport& a, const Transport& b) { return a.order > b.order; });
-    std::vector<std::string> devices;
-    for (const Transport& transport : transports) {
-        devices.push_back(transport.device);
-    }
+    std::vector<std::string> devices(transports.size());
+    std::transform(transports.begin(), transports.end(), devices.begin(),
+                   [](const Transport& transport) { return transport.device; });
     return devices;
 }
 
