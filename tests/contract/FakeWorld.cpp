@@ -44,8 +44,11 @@ public:
         for (const Phone& phone : kPhones) {
             if (phone.name != nullptr) {
                 const std::string name = phone.name;
-                m_tv.devices[phone.address].name =
-                    name.empty() ? std::nullopt : std::optional(name);
+                Fake::Device& device = m_tv.devices[phone.address];
+                device.name = name.empty() ? std::nullopt : std::optional(name);
+                device.deviceClass = {4, 24};
+                device.vendor = kVendor;
+                device.product = kProduct;
             }
         }
     }

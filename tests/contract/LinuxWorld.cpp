@@ -54,6 +54,8 @@ TvSim::PhonePlan PlanOf(const Phone& phone) {
     TvSim::PhonePlan plan = TvSim::MakePhone(phone.address, phone.address);
     plan.bonded = phone.name != nullptr;
     plan.name = plan.bonded ? phone.name : "";
+    plan.deviceClass = 0x240418;
+    plan.modalias = "usb:v04E8p9000d0100";
     plan.advertises = false;
     if (!phone.accepts) {
         plan.connect = {TvSim::ConnectAnswer::Kind::kRefuse, "org.bluez.Error.Failed", "refused"};

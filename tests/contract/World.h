@@ -25,6 +25,9 @@ struct Phone {
     const char* name;  // empty: it never told one; NULL: there is no bond with it
     bool accepts;      // the TV's connection requests
 };
+// What each of them says of itself; its class is 4/24, headphones.
+constexpr int kVendor = 0x04E8;
+constexpr int kProduct = 0x9000;
 inline const Phone kPhones[] = {{"A0:00:00:00:00:0A", "Alice", true},
                                 {"A0:00:00:00:00:0B", "", false},
                                 {"A0:00:00:00:00:0C", nullptr, false}};

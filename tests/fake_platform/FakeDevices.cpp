@@ -147,6 +147,7 @@ int bt_adapter_set_connectable(bool connectable) {
 
 int bt_adapter_set_visibility(bt_adapter_visibility_mode_e mode, int duration) {
     FAKE_COMMAND(mode, duration);
+    FAKE_REFUSE_IF(duration < 0, BT_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
     TheWorld().adapterVisible = mode == BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE;
     return BT_ERROR_NONE;

@@ -67,19 +67,13 @@ TEST_F(TvStatusUtilTest, SwitchesPower) {
 }
 
 TEST_F(TvStatusUtilTest, LocksStandby) {
-    TvStatusUtil::SetStandbyPowerLock(1500);
-    TvStatusUtil::UnSetStandbyPowerLock();
     Fake::Fail("device_power_lock_state", -16);
     Fake::Fail("device_power_unlock_state", 5);
     TvStatusUtil::SetStandbyPowerLock(0);
     TvStatusUtil::UnSetStandbyPowerLock();
     EXPECT_THAT(
         Fake::Story(),
-        ElementsAre("device_power_lock_state(2,1500)",
-                    "I utility SetStandbyPowerLock: standby lock(timout == 1500ms) : 0",
-                    "device_power_unlock_state(2)",
-                    "I utility UnSetStandbyPowerLock: standby unlock : 0",
-                    "device_power_lock_state(2,0)",
+        ElementsAre("device_power_lock_state(2,0)",
                     "E utility SetStandbyPowerLock: power lock state failed -> ret [RESOURCE_BUSY]",
                     "I utility SetStandbyPowerLock: standby lock(timout == 0ms) : -16",
                     "device_power_unlock_state(2)",
