@@ -235,9 +235,7 @@ void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
     Adapter& adapter = m_adapters[path];
     const bool wasPowered = adapter.isPowered;
     ForEachProperty(values, [&adapter](const char* name, GVariant* value) {
-        if (Is(name, "Address")) {
-            Read(value, adapter.address);
-        } else if (Is(name, "Alias")) {
+        if (Is(name, "Alias")) {
             Read(value, adapter.alias);
         } else if (Is(name, "UUIDs")) {
             adapter.hasA2dpSink = Names(value, kA2dpSinkUuid);

@@ -15,7 +15,6 @@
 namespace Bluez {
 
 struct Adapter {
-    std::string address;
     std::string alias;  // the name that others see
     bool isPowered = false;
     bool hasA2dpSink = false;  // something on this machine renders music

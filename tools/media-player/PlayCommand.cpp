@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/BluezPath.h"
 #include "platform/linux/DbusError.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
@@ -45,7 +44,7 @@ void PlayCommand::Look() {
     } else if (!player->status) {
         m_isLacking = "the phone's player has not told its state";
     } else if (*player->status == kPlaying) {
-        PLAYER_INFO("%s plays", Bluez::AddressOfPath(devices.front()).c_str());
+        PLAYER_INFO("%s plays", m_mirror.AddressOf(devices.front()).c_str());
         Finish(true);
     } else {
         m_isLacking = "the phone was told to play and does not, its player says " + *player->status;
