@@ -8,7 +8,6 @@
 #include "platform/linux/BluezError.h"
 #include "platform/linux/BluezPath.h"
 #include "platform/linux/BluezProperties.h"
-#include "platform/linux/DbusError.h"
 #include "platform/linux/PlatformLog.h"
 
 namespace Bluez {
@@ -54,6 +53,14 @@ int Audio::Connect(const std::string& address) {
     return BT_ERROR_NONE;
 }
 
+void Audio::Explain(const std::string& address, const std::string& reason) {
+    bool& isExplained = m_requests[address]->isExplained;
+    if (!isExplained) {
+        PLATFORM_WARN("%s is not connected: %s", address.c_str(), reason.c_str());
+    }
+    isExplained = true;
+}
+
 void Audio::Begin(const std::string& address) {
     Request& request = *m_requests[address];
     const std::string adapter = m_mirror.PoweredAdapter();
@@ -64,8 +71,7 @@ void Audio::Begin(const std::string& address) {
         Attempt(address);
         return;
     }
-    PLATFORM_WARN("%s is not connected: %s", address.c_str(),
-                  adapter.empty() ? "no powered adapter" : "it is not bonded");
+    Explain(address, adapter.empty() ? "there is no powered adapter" : "it is not bonded");
     const int result = adapter.empty() ? BT_ERROR_NOT_ENABLED : BT_ERROR_REMOTE_DEVICE_NOT_BONDED;
     // Not before Connect returned.
     request.pause = Timer::Once(0, [this, address, result] { Report(address, result); });
@@ -95,8 +101,7 @@ void Audio::OnAnswered(const std::string& address, const GError* error) {
         request.pause = Timer::Once(kBusyPauseMs, [this, address] { Attempt(address); });
         return;
     }
-    PLATFORM_WARN("%s is not connected: %s", address.c_str(),
-                  Platform::DescribeError(*error).c_str());
+    Explain(address, WhyNotConnected(*error));
     Report(address, ErrorCode(*error));
 }
 
@@ -106,12 +111,14 @@ void Audio::OnDeadline(const std::string& address) {
         Report(address, BT_ERROR_NONE);
         return;
     }
-    PLATFORM_WARN("%s is not connected: no success within %d s", address.c_str(),
-                  kAttemptMs / 1000);
+    const bool isBusy = !request.attempt && !request.device.empty();
+    Explain(address,
+            std::string(isBusy ? "bluetoothd was busy with it for " : "no success within ") +
+                std::to_string(kAttemptMs / 1000) + " s");
     if (request.attempt) {
         Cancel(address);
     } else {
-        Report(address, request.device.empty() ? BT_ERROR_TIMED_OUT : BT_ERROR_RESOURCE_BUSY);
+        Report(address, isBusy ? BT_ERROR_RESOURCE_BUSY : BT_ERROR_TIMED_OUT);
     }
 }
 
@@ -173,16 +180,16 @@ void Audio::Tell(int result, bool connected, const std::string& address) const {
 }
 
 void Audio::OnServiceGone() {
-    FailAll("");
+    FailAll("", "bluetoothd is gone");
 }
 
 void Audio::OnAdapterLost(const std::string& path) {
-    FailAll(path);
+    FailAll(path, "the adapter is gone");
 }
 
 // Fails what runs on the adapter, on any when it is empty, and takes its connections for lost. The
 // listener may ask for the next connection while it is told.
-void Audio::FailAll(const std::string& adapter) {
+void Audio::FailAll(const std::string& adapter, const char* reason) {
     std::vector<std::string> addresses;
     for (const auto& [address, request] : m_requests) {
         if (adapter.empty() || IsBehind(request->device, adapter)) {
@@ -199,7 +206,7 @@ void Audio::FailAll(const std::string& adapter) {
         RemoveConnected(device);
     }
     for (const std::string& address : addresses) {
-        PLATFORM_WARN("%s is not connected: the adapter is gone", address.c_str());
+        Explain(address, reason);
         Report(address, BT_ERROR_NOT_ENABLED);
     }
 }

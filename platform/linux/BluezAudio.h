@@ -40,8 +40,11 @@ private:
         Call cancellation;
         Timer deadline;
         Timer pause;
+        bool isExplained = false;  // the log says why it fails
     };
 
+    // Says in the log why the request fails, unless that was said.
+    void Explain(const std::string& address, const std::string& reason);
     void Begin(const std::string& address);
     void Attempt(const std::string& address);
     void OnAnswered(const std::string& address, const GError* error);
@@ -57,7 +60,7 @@ private:
     std::vector<Connection>::iterator FindConnected(const std::string& device);
     void AddConnected(const std::string& device, const std::string& address);
     void RemoveConnected(const std::string& device);
-    void FailAll(const std::string& adapter);
+    void FailAll(const std::string& adapter, const char* reason);
     void Tell(int result, bool connected, const std::string& address) const;
 
     void OnServiceGone() override;

@@ -15,7 +15,8 @@ namespace Bluez {
 namespace {
 
 constexpr const char* kAdapterInterface = "org.bluez.Adapter1";
-constexpr int kStartTimeoutMs = 5000;
+// Less than the five seconds after which the engine stops its scan, so that the log gets to say it.
+constexpr int kStartTimeoutMs = 4000;
 constexpr int kStopTimeoutMs = 2000;
 // The kernel may be busy with another start; it is soon done.
 constexpr int kStartRetryMs = 300;

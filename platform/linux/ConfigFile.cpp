@@ -128,9 +128,11 @@ std::string ConfigFile::LastFailure() {
 
 ConfigStatus ConfigFile::Open(Access access) {
     struct stat now = {};
-    const bool isThere = stat(m_path.c_str(), &now) == 0;
-    const int error = isThere ? 0 : errno;
     const bool forWriting = access == Access::kWrite;
+    const bool isFound = stat(m_path.c_str(), &now) == 0;
+    const int error = isFound ? ENOENT : errno;
+    // An empty one was just made, or its maker did not get to the first key.
+    const bool isThere = isFound && (forWriting || now.st_size > 0);
     if (m_database != nullptr &&
         (m_isStale || !isThere || !m_database->IsCurrent(now, forWriting))) {
         m_database.reset();
@@ -145,8 +147,11 @@ ConfigStatus ConfigFile::Open(Access access) {
         }
         return error == ENOENT ? ConfigStatus::kNoFile : ConfigStatus::kFailed;
     }
-    if (!isThere && !MakeFolders(m_folder)) {
-        return Fail(access, m_folder + ": " + std::strerror(errno));
+    if (!isThere) {
+        if (!MakeFolders(m_folder)) {
+            return Fail(access, m_folder + ": " + std::strerror(errno));
+        }
+        MakeSharedFile(m_path);
     }
     return OpenDatabase(access);
 }
@@ -173,6 +178,7 @@ void ConfigFile::LetOthersIn() const {
 }
 
 void ConfigFile::TellWatchers() {
+    MakeSharedFile(m_notificationPath);
     const FileDescriptor file(
         open(m_notificationPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
     if (file.IsOpen()) {

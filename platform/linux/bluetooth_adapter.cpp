@@ -3,6 +3,7 @@
 #include "platform/bluetooth.h"
 #include "platform/linux/BluezRecord.h"
 #include "platform/linux/BluezService.h"
+#include "platform/linux/PlatformLog.h"
 
 // The switches of the adapter: each asks bluetoothd and does not wait for it.
 
@@ -24,8 +25,15 @@ int bt_adapter_get_state(bt_adapter_state_e* state) {
     if (state == nullptr) {
         return BT_ERROR_INVALID_PARAMETER;
     }
-    *state =
-        Service::Get().mirror.PoweredAdapter().empty() ? BT_ADAPTER_DISABLED : BT_ADAPTER_ENABLED;
+    const Bluez::Mirror& mirror = Service::Get().mirror;
+    const bool isOn = !mirror.PoweredAdapter().empty();
+    if (!isOn) {
+        PLATFORM_WARN("Bluetooth is off: %s", !mirror.IsFilled() ? "bluetoothd is not there"
+                                              : mirror.AnyAdapter().empty()
+                                                  ? "there is no adapter"
+                                                  : "no adapter has power");
+    }
+    *state = isOn ? BT_ADAPTER_ENABLED : BT_ADAPTER_DISABLED;
     return BT_ERROR_NONE;
 }
 

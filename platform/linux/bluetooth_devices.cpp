@@ -7,6 +7,7 @@
 #include "platform/linux/BluezPath.h"
 #include "platform/linux/BluezRecord.h"
 #include "platform/linux/BluezService.h"
+#include "platform/linux/PlatformLog.h"
 
 // Questions about known devices, and what may be changed of them.
 
@@ -40,6 +41,12 @@ int bt_adapter_get_bonded_device_info(const char* remote_address, bt_device_info
     }
     const Bluez::Device* device = nullptr;
     const int result = Bluez::FindBonded(Service::Get().mirror, remote_address, &device);
+    // The engine asks this before it connects a phone, and says of neither which phone it was.
+    if (result == BT_ERROR_REMOTE_DEVICE_NOT_BONDED) {
+        PLATFORM_WARN("%s is not bonded", remote_address);
+    } else if (result == BT_ERROR_NOT_ENABLED) {
+        PLATFORM_WARN("%s cannot be connected: there is no powered adapter", remote_address);
+    }
     if (result != BT_ERROR_NONE) {
         return result;
     }

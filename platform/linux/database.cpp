@@ -22,6 +22,7 @@ int db_util_open(const char* path, sqlite3** db, int option) {
     if (!Platform::MakeFolders(std::filesystem::path(path).parent_path())) {
         return SQLITE_CANTOPEN;
     }
+    Platform::MakeSharedFile(path);
     SqlitePtr connection;
     const int code =
         sqlite3_open_v2(path, Out(connection),
