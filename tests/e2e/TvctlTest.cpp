@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -139,6 +140,48 @@ TEST_F(Doctor, NamesWhatIsMissingUntilNothingIs) {
     EXPECT_THAT(Tvctl({"doctor"}), testing::Each(testing::StartsWith("ok    ")));
     Tvctl({"power", "set", "wakeup-reason", "94"});
     EXPECT_THAT(TvctlFailure({"doctor"}), HasSubstr("FAIL  the wake-up reason lets phones"));
+}
+
+class Box : public Bench {
+protected:
+    void SharedFolder(const std::string& folder) const {
+        namespace fs = std::filesystem;
+        fs::create_directories(Root() + folder);
+        fs::permissions(Root() + folder,
+                        fs::perms::owner_all | fs::perms::group_all | fs::perms::set_gid);
+    }
+};
+
+TEST_F(Box, GetsItsFirstKeysFromAFileWhoseMistakesCostNothingElse) {
+    SharedFolder("/var/lib/tv-platform");
+    Tvctl({"conf", "set", "db/box/kept", "mine"});
+    const std::string file = Root() + "/keys";
+    std::ofstream(file) << "# comment\n\ndb/box/text string  two words \ndb/box/empty string\n"
+                           "box/none int 1\ndb/box/kept string yours\ndb/box/number int one\n"
+                           "memory/box/flag bool true";
+    EXPECT_THAT(TvctlFailure({"conf", "load", file}),
+                testing::AllOf(HasSubstr("memory/box/flag\tbool\ttrue"),
+                               HasSubstr("keys:7: 'one' is no int")));
+    EXPECT_THAT(Tvctl({"conf", "list"}),
+                ElementsAre("db/box/empty\tstring\t", "db/box/kept\tstring\tmine",
+                            "db/box/text\tstring\ttwo words ", "memory/box/flag\tbool\ttrue"));
+    // Whoever writes it first, it is the group's.
+    struct stat status = {};
+    ASSERT_EQ(stat((Root() + "/var/lib/tv-platform/config.db").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0660U);
+}
+
+TEST_F(Box, IsWokenOnceMoreWhenItsAdapterComesBack) {
+    SetUpTv();
+    EXPECT_THAT(TvctlFailure({"wake", "--retry", "1"}), HasSubstr("the service is not running"));
+    StartSimulator("[adapter]\npresent=false\nappears-after-ms=2000\n" + std::string(kAlicePhone));
+    StartService();
+    EXPECT_THAT(TvctlFailure({"wake", "--retry", "1"}),
+                HasSubstr("no Bluetooth adapter was ready"));
+    Tvctl({"wake", "--retry", "3"});
+    EXPECT_EQ(CountLog("PrePareAndDoAutoConnect recieved"), 3U);
+    AwaitEvent("phone Alice: plays");
+    EXPECT_EQ(CountLog("Bluetooth is off: there is no adapter"), 2U);
 }
 
 }  // namespace

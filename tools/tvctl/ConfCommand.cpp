@@ -4,13 +4,17 @@
 
 #include <glib-unix.h>
 
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
 #include "common/CHandle.h"
 #include "platform/config_store.h"
 #include "platform/linux/ConfigStore.h"
 #include "platform/linux/FeatureFile.h"
 #include "platform/linux/Handles.h"
+#include "tools/tvctl/ConfigText.h"
 #include "utility/CommonUtil.h"
-#include "utility/VconfUtil.h"
 
 namespace Tvctl {
 
@@ -29,51 +33,13 @@ constexpr char kKeyHelp[] =
     "KEY is a name below db/ (kept) or memory/ (gone at the next boot), or the number of a\n"
     "well-known key, 0 to 143.\n";
 
-struct TypeName {
-    const char* name;
-    ConfigType type;
-};
-
-constexpr TypeName kTypes[] = {
-    {"string", ConfigType::kString}, {"bool", ConfigType::kBool}, {"int", ConfigType::kInt}};
-
-const char* NameOf(ConfigType type) {
-    return kTypes[static_cast<int>(type)].name;
-}
-
-std::optional<ConfigType> TypeNamed(const std::string& name) {
-    for (const TypeName& known : kTypes) {
-        if (name == known.name) {
-            return known.type;
-        }
-    }
-    return std::nullopt;
-}
-
 // The key that a word means; nothing after a reported mistake.
 std::optional<std::string> ResolveKey(const std::string& word, Console& console) {
-    std::string key = word;
-    const auto id = FeatureFile::ParseInt(word);
-    if (id && *id >= 0 && *id < Util::VCONF_KEY_COUNT) {
-        key = Util::VconfUtil::keys[static_cast<size_t>(*id)];
-    }
-    if (ConfigStore::Instance().FileOf(key) == nullptr) {
-        static_cast<void>(console.Misuse("'" + key + "' is not a key; see tvctl conf get --help"));
-        return std::nullopt;
+    auto key = KeyMeant(word);
+    if (!key) {
+        static_cast<void>(console.Misuse("'" + word + "' is not a key; see tvctl conf get --help"));
     }
     return key;
-}
-
-std::optional<ConfigValue> ParseValue(ConfigType type, const std::string& text) {
-    if (type == ConfigType::kString) {
-        return ConfigValue{type, text, 0};
-    }
-    const auto flag = FeatureFile::ParseBool(text);
-    if (type == ConfigType::kBool && flag) {
-        return ConfigValue{type, {}, *flag ? 1 : 0};
-    }
-    const auto number = FeatureFile::ParseInt(text);
-    return number ? std::optional<ConfigValue>({type, {}, *number}) : std::nullopt;
 }
 
 ConfigType GuessType(const std::string& text) {
@@ -87,16 +53,6 @@ ConfigType GuessType(const std::string& text) {
 std::optional<ConfigType> TypeFor(const std::string& key, const std::string& text) {
     const ConfigLookup present = ConfigStore::Instance().Lookup(key);
     return present.status == ConfigStatus::kOk ? present.value.type : GuessType(text);
-}
-
-std::string TextOf(const ConfigValue& value) {
-    if (value.type == ConfigType::kString) {
-        return value.text;
-    }
-    if (value.type == ConfigType::kBool && (value.number == 0 || value.number == 1)) {
-        return value.number != 0 ? "true" : "false";
-    }
-    return std::to_string(value.number);
 }
 
 Json::Value JsonOf(const ConfigEntry& entry) {
@@ -113,15 +69,26 @@ Json::Value JsonOf(const ConfigEntry& entry) {
     return json;
 }
 
-std::string LineOf(const ConfigEntry& entry) {
-    return entry.key + "\t" + NameOf(entry.value.type) + "\t" + TextOf(entry.value);
-}
-
 ExitCode FailAccess(const std::string& key, ConfigStatus status, Console& console) {
     if (status == ConfigStatus::kAbsent || status == ConfigStatus::kNoFile) {
         return console.Fail(key + " is not set");
     }
     return console.Fail(ConfigStore::Instance().LastFailure(key));
+}
+
+ExitCode StoreIfUnset(const ConfigEntry& entry, Console& console) {
+    ConfigStore& store = ConfigStore::Instance();
+    const ConfigStatus present = store.Lookup(entry.key).status;
+    if (present == ConfigStatus::kOk) {
+        return kDone;
+    }
+    const bool isUnset = present == ConfigStatus::kAbsent || present == ConfigStatus::kNoFile;
+    const ConfigStatus status = isUnset ? store.Store(entry.key, entry.value) : present;
+    if (status != ConfigStatus::kOk) {
+        return console.Fail(store.LastFailure(entry.key));
+    }
+    console.Print(JsonOf(entry), LineOf(entry));
+    return kDone;
 }
 
 // A running watch: what it prints to and how many changes are still to come (0: no limit).
@@ -169,27 +136,38 @@ CommandGroup ConfCommand::Group() {
         std::string(kKeyHelp) +
         "Without --type the key keeps the type that it has; a new one gets the type that VALUE\n"
         "looks like. A bool is true, false or a number.\n";
-    return {"conf",
-            "the configuration store",
-            {{"get", "KEY", "Shows the value of a key", kKeyHelp, {}, 1, 1, Get},
-             {"set",
-              "KEY VALUE [--type TYPE]",
-              "Writes a key",
-              typeHelp,
-              {{"--type", "TYPE", "string, bool or int"}},
-              2,
-              2,
-              Set},
-             {"unset", "KEY", "Removes a key", kKeyHelp, {}, 1, 1, Unset},
-             {"list", "[PREFIX]", "Lists keys with type and value", "", {}, 0, 1, List},
-             {"watch",
-              "KEY... [--count N]",
-              "Shows each change of the keys, until it is stopped",
-              kKeyHelp,
-              {{"--count", "N", "end after N changes"}},
-              1,
-              kAnyNumber,
-              Watch}}};
+    return {
+        "conf",
+        "the configuration store",
+        {{"get", "KEY", "Shows the value of a key", kKeyHelp, {}, 1, 1, Get},
+         {"set",
+          "KEY VALUE [--type TYPE]",
+          "Writes a key",
+          typeHelp,
+          {{"--type", "TYPE", "string, bool or int"}},
+          2,
+          2,
+          Set},
+         {"unset", "KEY", "Removes a key", kKeyHelp, {}, 1, 1, Unset},
+         {"list", "[PREFIX]", "Lists keys with type and value", "", {}, 0, 1, List},
+         {"load",
+          "FILE",
+          "Writes those keys of a file that have no value yet",
+          "FILE has a line for each key, KEY TYPE VALUE, as tvctl conf list prints them. Empty\n"
+          "lines and those that begin with # mean nothing. A line that is wrong is reported and\n"
+          "left out. Shows the keys that were written.\n",
+          {},
+          1,
+          1,
+          Load},
+         {"watch",
+          "KEY... [--count N]",
+          "Shows each change of the keys, until it is stopped",
+          kKeyHelp,
+          {{"--count", "N", "end after N changes"}},
+          1,
+          kAnyNumber,
+          Watch}}};
 }
 
 ExitCode ConfCommand::Get(const Arguments& arguments, Console& console) {
@@ -257,6 +235,30 @@ ExitCode ConfCommand::List(const Arguments& arguments, Console& console) {
         console.Print(json);
     }
     return kDone;
+}
+
+ExitCode ConfCommand::Load(const Arguments& arguments, Console& console) {
+    const std::string& path = arguments.positional[0];
+    std::ifstream file(path);
+    if (!file) {
+        return console.Fail(path + ": " + std::strerror(errno));
+    }
+    ExitCode result = kDone;
+    size_t number = 0;
+    for (std::string line; std::getline(file, line);) {
+        ++number;
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        ConfigEntry entry;
+        const std::string mistake = ParseLine(line, entry);
+        if (!mistake.empty()) {
+            result = console.Fail(path + ":" + std::to_string(number) + ": " + mistake);
+        } else if (StoreIfUnset(entry, console) != kDone) {
+            result = kFailed;
+        }
+    }
+    return file.bad() ? console.Fail(path + " cannot be read to its end") : result;
 }
 
 ExitCode ConfCommand::Watch(const Arguments& arguments, Console& console) {

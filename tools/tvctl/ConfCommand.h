@@ -16,6 +16,7 @@ private:
     static ExitCode Set(const Arguments& arguments, Console& console);
     static ExitCode Unset(const Arguments& arguments, Console& console);
     static ExitCode List(const Arguments& arguments, Console& console);
+    static ExitCode Load(const Arguments& arguments, Console& console);
     static ExitCode Watch(const Arguments& arguments, Console& console);
 };
 

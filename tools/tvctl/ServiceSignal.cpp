@@ -4,10 +4,37 @@
 
 #include "autoconnect/src/DbusInterface.h"
 #include "common/CHandle.h"
-#include "platform/linux/ApplicationBus.h"
 #include "platform/linux/DbusError.h"
 
 namespace Tvctl {
+
+namespace {
+
+constexpr int kAnswerMs = 2000;
+
+// Why the service cannot have heard what was just sent to it; empty when it can. The bus delivers
+// in order, and lets through a question exactly where it lets through a signal.
+std::string WhyUnheard(GDBusConnection* bus) {
+    GErrorPtr error;
+    const GVariantPtr reply(g_dbus_connection_call_sync(
+        bus, kServiceName, kObjectPath, "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr,
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, kAnswerMs, nullptr, Out(error)));
+    if (reply != nullptr) {
+        return "";
+    }
+    if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED)) {
+        return "the bus does not let this user steer the service; be root, or in the service's "
+               "group";
+    }
+    if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
+        g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER)) {
+        return std::string("nobody heard the signal: the service is not running (") + kServiceName +
+               " has no owner)";
+    }
+    return "the service does not answer: " + Platform::DescribeError(*error);
+}
+
+}  // namespace
 
 SignalResult SendToService(const char* command, GVariant* parameters) {
     const GVariantPtr held(parameters != nullptr ? g_variant_ref_sink(parameters) : nullptr);
@@ -16,25 +43,12 @@ SignalResult SendToService(const char* command, GVariant* parameters) {
     if (bus == nullptr) {
         return {false, "no system bus: " + Platform::DescribeError(*error)};
     }
-    const bool isSent =
-        g_dbus_connection_emit_signal(bus.get(), nullptr, kObjectPath, kInterfaceName, command,
-                                      parameters, Out(error)) != FALSE;
-    if (isSent) {
-        g_dbus_connection_flush_sync(bus.get(), nullptr, Out(error));
-    }
-    if (error != nullptr) {
+    if (g_dbus_connection_emit_signal(bus.get(), nullptr, kObjectPath, kInterfaceName, command,
+                                      parameters, Out(error)) == FALSE) {
         return {false, "the signal was not sent: " + Platform::DescribeError(*error)};
     }
-    // The bus answers in order, so with this answer it has passed the signal on, too.
-    const auto isThere = Platform::IsRunning(kServiceName);
-    if (!isThere) {
-        return {false, "the bus does not answer"};
-    }
-    if (!*isThere) {
-        return {false, std::string("nobody heard the signal: the service is not running (") +
-                           kServiceName + " has no owner)"};
-    }
-    return {true, ""};
+    const std::string reason = WhyUnheard(bus.get());
+    return {reason.empty(), reason};
 }
 
 }  // namespace Tvctl
