@@ -9,14 +9,16 @@
 #include "tools/tvctl/FeatureCommand.h"
 #include "tools/tvctl/PhoneCommand.h"
 #include "tools/tvctl/PowerCommand.h"
+#include "tools/tvctl/TraceCommand.h"
 #include "tools/tvctl/WakeCommand.h"
 
 namespace Tvctl {
 
 ExitCode Run(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
-    const CommandLine commandLine(
-        {WakeCommand::Group(), DoctorCommand::Group(), PhoneCommand::Group(), ConfCommand::Group(),
-         FeatureCommand::Group(), PowerCommand::Group(), DeviceCommand::Group()});
+    const CommandLine commandLine({WakeCommand::Group(), DoctorCommand::Group(),
+                                   TraceCommand::Group(), PhoneCommand::Group(),
+                                   ConfCommand::Group(), FeatureCommand::Group(),
+                                   PowerCommand::Group(), DeviceCommand::Group()});
     return commandLine.Run(words, out, err);
 }
 

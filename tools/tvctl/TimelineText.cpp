@@ -1,0 +1,154 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tvctl/TimelineText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace Tvctl {
+
+namespace {
+
+struct Line {
+    double time = 0;
+    std::string what;
+    std::string text;
+};
+
+std::string Join(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        joined += (joined.empty() ? "" : ", ") + text;
+    }
+    return joined;
+}
+
+void AddWindow(const WakeUp& wakeUp, std::vector<Line>& lines) {
+    if (!wakeUp.window) {
+        return;
+    }
+    lines.push_back({wakeUp.window->begin, "window", "opens"});
+    if (wakeUp.window->end) {
+        lines.push_back({*wakeUp.window->end, "window", "closes"});
+    }
+}
+
+void AddScans(const WakeUp& wakeUp, std::vector<Line>& lines) {
+    const Strangers& strangers = wakeUp.strangers;
+    const double last = std::max(strangers.times.empty() ? 0 : strangers.times.back(),
+                                 strangers.shortTimes.empty() ? 0 : strangers.shortTimes.back());
+    if (last > 0) {
+        lines.push_back({last, "heard", Describe(strangers)});
+    }
+    for (const HeardPhone& heard : wakeUp.heard) {
+        lines.push_back({heard.time, "heard", heard.address + ", which is registered"});
+    }
+    for (const Scan& scan : wakeUp.scans) {
+        lines.push_back({scan.begin, "scan", "starts for " + Join(wakeUp.phones)});
+        lines.push_back({scan.end.value_or(wakeUp.end), "scan", Describe(scan)});
+    }
+}
+
+void AddConnections(const WakeUp& wakeUp, std::vector<Line>& lines) {
+    for (const Connection& connection : wakeUp.connections) {
+        const std::string name = connection.address.empty() ? "a phone" : connection.address;
+        if (!connection.end || *connection.end > connection.begin) {
+            lines.push_back({connection.begin, "connect", name + " is tried"});
+        }
+        if (connection.end) {
+            Connection ended = connection;
+            ended.lost.reset();
+            lines.push_back({*connection.end, "connect", name + " " + Describe(ended)});
+        } else {
+            lines.push_back({wakeUp.end, "connect", name + " " + Describe(connection)});
+        }
+        if (connection.lost) {
+            lines.push_back({*connection.lost, "connect", name + " is lost"});
+        }
+    }
+    for (const Playback& playback : wakeUp.playbacks) {
+        lines.push_back({playback.end.value_or(wakeUp.end), "playback", Describe(playback)});
+    }
+}
+
+std::vector<Line> LinesOf(const WakeUp& wakeUp) {
+    std::vector<Line> lines;
+    AddWindow(wakeUp, lines);
+    for (const Remark& refusal : wakeUp.refusals) {
+        lines.push_back({refusal.time, "refused", refusal.text});
+    }
+    AddScans(wakeUp, lines);
+    AddConnections(wakeUp, lines);
+    for (const Remark& remark : wakeUp.remarks) {
+        lines.push_back({remark.time, "remark", remark.text});
+    }
+    std::stable_sort(lines.begin(), lines.end(),
+                     [](const Line& left, const Line& right) { return left.time < right.time; });
+    return lines;
+}
+
+std::string Format(const Line& line) {
+    std::array<char, 64> front;
+    std::snprintf(front.data(), front.size(), "%8.3f  %-9s ", line.time, line.what.c_str());
+    return front.data() + line.text;
+}
+
+const char* NameOf(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::kPlays:
+            return "plays";
+        case Verdict::kConnected:
+            return "connected";
+        case Verdict::kNobody:
+            return "nobody";
+        case Verdict::kRefused:
+            return "refused";
+        case Verdict::kUnknown:
+            break;
+    }
+    return "unknown";
+}
+
+}  // namespace
+
+std::vector<std::string> ToLines(const std::vector<WakeUp>& wakeUps) {
+    std::vector<std::string> texts;
+    std::size_t number = 0;
+    for (const WakeUp& wakeUp : wakeUps) {
+        ++number;
+        texts.push_back("wake-up " + std::to_string(number) + " of " +
+                        std::to_string(wakeUps.size()) + ", " + wakeUp.when + ": " +
+                        wakeUp.Summary());
+        for (const Line& line : LinesOf(wakeUp)) {
+            texts.push_back(Format(line));
+        }
+    }
+    return texts;
+}
+
+Json::Value ToJson(const std::vector<WakeUp>& wakeUps) {
+    Json::Value json(Json::arrayValue);
+    for (const WakeUp& wakeUp : wakeUps) {
+        Json::Value item;
+        item["when"] = wakeUp.when;
+        item["verdict"] = NameOf(wakeUp.Outcome());
+        item["summary"] = wakeUp.Summary();
+        item["phones"] = Json::Value(Json::arrayValue);
+        for (const std::string& phone : wakeUp.phones) {
+            item["phones"].append(phone);
+        }
+        item["events"] = Json::Value(Json::arrayValue);
+        for (const Line& line : LinesOf(wakeUp)) {
+            Json::Value event;
+            event["time"] = line.time;
+            event["what"] = line.what;
+            event["text"] = line.text;
+            item["events"].append(event);
+        }
+        json.append(item);
+    }
+    return json;
+}
+
+}  // namespace Tvctl

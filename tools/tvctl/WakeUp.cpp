@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tvctl/WakeUp.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "utility/CommonUtil.h"
+
+namespace Tvctl {
+
+namespace {
+
+std::string NameOf(const std::string& address) {
+    return address.empty() ? "a phone that the log does not name" : address;
+}
+
+std::string Plural(std::size_t count, const std::string& singular) {
+    return std::to_string(count) + " " + singular + (count == 1 ? "" : "s");
+}
+
+std::string DescribeFailure(const Connection& connection) {
+    if (connection.code.empty()) {
+        return connection.reason;
+    }
+    const int code = std::atoi(connection.code.c_str());
+    const std::string name = Util::CommonUtil::ERR_STR(code);
+    const std::string result =
+        name == "None" ? "result " + connection.code : name + " (" + connection.code + ")";
+    return connection.reason.empty() ? result : connection.reason + "; " + result;
+}
+
+const Connection* FindConnected(const WakeUp& wakeUp) {
+    const auto found = std::find_if(wakeUp.connections.begin(), wakeUp.connections.end(),
+                                    [](const Connection& connection) {
+                                        return connection.result == Connection::Result::kConnected;
+                                    });
+    return found == wakeUp.connections.end() ? nullptr : &*found;
+}
+
+std::string SummariseConnected(const WakeUp& wakeUp, const Connection& connection) {
+    std::string connected = NameOf(connection.address) + " was connected";
+    if (wakeUp.playbacks.empty()) {
+        return connected;
+    }
+    switch (wakeUp.playbacks.back().outcome) {
+        case Playback::Outcome::kPlaysAlready:
+            return connected + " and plays already";
+        case Playback::Outcome::kCommandSent:
+            return connected + " and told to play";
+        case Playback::Outcome::kNotSent:
+        case Playback::Outcome::kLaunchFailed:
+            return connected + ", but not told to play: " + wakeUp.playbacks.back().reason;
+        case Playback::Outcome::kUnknown:
+            break;
+    }
+    return connected + "; the log has no playback check";
+}
+
+std::string SummariseFailures(const WakeUp& wakeUp) {
+    const Connection& last = wakeUp.connections.back();
+    switch (last.result) {
+        case Connection::Result::kUnknown:
+            return "the log does not tell how the connection to " + NameOf(last.address) + " ended";
+        case Connection::Result::kByItself:
+            return NameOf(last.address) + " connected by itself; the service connected nobody";
+        default:
+            break;
+    }
+    if (wakeUp.connections.size() > 1) {
+        return "no phone was connected in " + Plural(wakeUp.connections.size(), "attempt");
+    }
+    return NameOf(last.address) + (last.result == Connection::Result::kNotBonded
+                                       ? " was " + Describe(last)
+                                       : " was not connected: " + Describe(last));
+}
+
+std::string SummariseScan(const Scan& scan) {
+    switch (scan.how) {
+        case Scan::End::kFailed:
+            return "the LE scan failed: " + scan.reason;
+        case Scan::End::kTakenOver:
+            return "another wake-up came during the LE scan";
+        case Scan::End::kUnknown:
+            return "the log ends during the LE scan";
+        default:
+            return "nothing was connected after the LE scan";
+    }
+}
+
+}  // namespace
+
+std::string Seconds(double seconds) {
+    std::array<char, 40> text;
+    std::snprintf(text.data(), text.size(), seconds < 9.95 ? "%.2f s" : "%.1f s", seconds);
+    return text.data();
+}
+
+std::string Describe(const Window& window) {
+    if (!window.end) {
+        return "open for " + std::to_string(static_cast<int>(kWindowSeconds)) +
+               " s; its end is not in the log";
+    }
+    return "open for " + Seconds(*window.end - window.begin);
+}
+
+std::string Describe(const Scan& scan) {
+    const std::string length = scan.end ? Seconds(*scan.end - scan.begin) : "";
+    switch (scan.how) {
+        case Scan::End::kMatch:
+            return "ended by a match after " + length;
+        case Scan::End::kTimer:
+            return "ended by its timer after " + length + ", no registered phone heard";
+        case Scan::End::kFailed:
+            return "failed: " + scan.reason;
+        case Scan::End::kTakenOver:
+            return "taken over by the next wake-up";
+        case Scan::End::kUnknown:
+            break;
+    }
+    return scan.end ? "stopped after " + length : "its end is not in the log";
+}
+
+std::string Describe(const Strangers& strangers) {
+    std::string text = Plural(strangers.times.size(), "other advertisement");
+    if (strangers.different.size() < strangers.times.size()) {
+        text += " (" + std::to_string(strangers.different.size()) + " different)";
+    }
+    return strangers.shortTimes.empty()
+               ? text
+               : text + ", " + std::to_string(strangers.shortTimes.size()) +
+                     " too short to name a phone";
+}
+
+std::string Describe(const Connection& connection) {
+    const std::string length = connection.end ? Seconds(*connection.end - connection.begin) : "";
+    switch (connection.result) {
+        case Connection::Result::kConnected:
+            return "connected after " + length +
+                   (connection.lost ? ", lost at " + Seconds(*connection.lost) : "");
+        case Connection::Result::kFailed:
+            return "failed after " + length + ": " + DescribeFailure(connection);
+        case Connection::Result::kNotBonded:
+            return "not tried, it is not bonded";
+        case Connection::Result::kByItself:
+            return "connected by itself" +
+                   (connection.lost ? ", lost at " + Seconds(*connection.lost) : std::string());
+        case Connection::Result::kUnknown:
+            break;
+    }
+    return "tried; its end is not in the log";
+}
+
+std::string Describe(const Playback& playback) {
+    switch (playback.outcome) {
+        case Playback::Outcome::kPlaysAlready:
+            return "plays already, nothing sent";
+        case Playback::Outcome::kCommandSent:
+            return "play command sent";
+        case Playback::Outcome::kNotSent:
+            return "play command not sent: " + playback.reason;
+        case Playback::Outcome::kLaunchFailed:
+            return "play command failed: " + playback.reason;
+        case Playback::Outcome::kUnknown:
+            break;
+    }
+    return "the check is not in the log";
+}
+
+bool WakeUp::IsOpen() const {
+    const auto hasNoEnd = [](const auto& item) { return !item.end; };
+    return std::any_of(scans.begin(), scans.end(), hasNoEnd) ||
+           std::any_of(connections.begin(), connections.end(), hasNoEnd) ||
+           std::any_of(playbacks.begin(), playbacks.end(), hasNoEnd);
+}
+
+bool WakeUp::IsLost(const std::string& address) const {
+    return std::any_of(connections.begin(), connections.end(),
+                       [&address](const Connection& connection) {
+                           return connection.address == address && connection.lost;
+                       });
+}
+
+Verdict WakeUp::Outcome() const {
+    if (FindConnected(*this) != nullptr) {
+        const bool plays =
+            !playbacks.empty() && (playbacks.back().outcome == Playback::Outcome::kPlaysAlready ||
+                                   playbacks.back().outcome == Playback::Outcome::kCommandSent);
+        return plays ? Verdict::kPlays : Verdict::kConnected;
+    }
+    if (!connections.empty()) {
+        return connections.back().result == Connection::Result::kUnknown ? Verdict::kUnknown
+                                                                         : Verdict::kNobody;
+    }
+    if (!scans.empty()) {
+        return scans.back().how == Scan::End::kUnknown ? Verdict::kUnknown : Verdict::kNobody;
+    }
+    return refusals.empty() && (!window || isStarted) ? Verdict::kUnknown : Verdict::kRefused;
+}
+
+std::string WakeUp::Summary() const {
+    if (const Connection* connected = FindConnected(*this)) {
+        return SummariseConnected(*this, *connected);
+    }
+    if (!refusals.empty()) {
+        return std::string(scans.empty() ? "no attempt: " : "given up: ") + refusals.back().text;
+    }
+    if (!connections.empty()) {
+        return SummariseFailures(*this);
+    }
+    if (!scans.empty()) {
+        return SummariseScan(scans.back());
+    }
+    return "the log ends before anything was tried";
+}
+
+}  // namespace Tvctl
