@@ -75,6 +75,9 @@ void Bench::StartSimulator(const std::string& scenario) {
         std::string(BIN_DIR) + "/tv-sim", {"--scenario", file},
         {[this](const std::string& line) { m_events.all.push_back(line); }, nullptr, nullptr});
     AwaitEvent("bus: name org.bluez acquired");
+    if (scenario.find("[adapter]") == std::string::npos) {
+        AwaitEvent("adapter: powered on");
+    }
 }
 
 void Bench::KillSimulator() {

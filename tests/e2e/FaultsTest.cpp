@@ -198,7 +198,7 @@ TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
     AwaitLog("No more device to try connect");
 
     StartSimulator(std::string(kAlicePhone) + "connect=never\n");
-    AwaitLog("bluetoothd is there");
+    AwaitLog("adapter /org/bluez/hci0 is on");
     Wake();
     AwaitEvent("connection asked");
     KillSimulator();
@@ -206,7 +206,7 @@ TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
     AwaitLog("No more device to try connect");
 
     StartSimulator(kAlicePhone);
-    AwaitLog("bluetoothd is there");
+    AwaitLog("adapter /org/bluez/hci0 is on");
     Wake();
     AwaitEvent("phone Alice: plays");
     EXPECT_EQ(CountLog("result : 0, address : "), 1U);

@@ -8,14 +8,16 @@ namespace TvSim {
 namespace {
 
 constexpr char kPath[] = "/org/bluez/hci0";
+// bluetoothd shows an adapter before it switches it on (AutoEnable).
+constexpr int kAutoEnableMs = 50;
 
-Properties InitialProperties(const AdapterPlan& plan, bool powered) {
+Properties InitialProperties(const AdapterPlan& plan) {
     return {{"Address", Text(plan.address)},
             {"AddressType", Text("public")},
             {"Name", Text(plan.name)},
             {"Alias", Text(plan.name)},
             {"Class", Uint32(0x0C043C)},
-            {"Powered", Bool(powered)},
+            {"Powered", Bool(false)},
             {"Discoverable", Bool(false)},
             {"DiscoverableTimeout", Uint32(180)},
             {"Pairable", Bool(true)},
@@ -40,7 +42,6 @@ Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, const AdapterPla
       m_plan(plan),
       m_say(std::move(say)),
       m_observer(observer),
-      m_powered(plan.powered),
       m_discovery(
           connection, m_say, [this] { OnDiscovery(true); }, [this] { OnDiscovery(false); }),
       m_devices(tree, kPath, plan.forgetsAfterMs,
@@ -56,29 +57,28 @@ void Adapter::SetPresent(bool present) {
         LosePower();
         m_powerTimer.Cancel();
         m_present = false;
+        m_powered = false;
         m_devices.Clear();
         m_tree.Remove(kPath);
         m_say("adapter", "vanished");
         return;
     }
     m_present = true;
-    m_tree.Add(kPath, {kAdapterInterface, InitialProperties(m_plan, m_powered),
+    m_tree.Add(kPath, {kAdapterInterface, InitialProperties(m_plan),
                        [this](MethodCall call) { OnCall(std::move(call)); },
                        [this](const std::string& property, GVariant* value, MethodCall call) {
                            OnSet(property, value, std::move(call));
                        }});
-    m_say("adapter", m_powered ? "appeared" : "appeared, not powered");
+    m_say("adapter", "appeared");
     m_observer.OnAdapterAppeared();
-    if (m_powered) {
-        m_observer.OnAdapterPoweredOn();
-    } else if (m_plan.powersOnAfterMs > 0) {
-        m_powerTimer = Timer::Once(m_plan.powersOnAfterMs, [this] { SetPowered(true); });
+    const int powersOnAfterMs = m_plan.powered ? kAutoEnableMs : m_plan.powersOnAfterMs;
+    if (powersOnAfterMs > 0) {
+        m_powerTimer = Timer::Once(powersOnAfterMs, [this] { SetPowered(true); });
     }
 }
 
 void Adapter::SetPowered(bool powered) {
     if (powered == m_powered || !m_present) {
-        m_powered = powered;
         return;
     }
     if (!powered) {

@@ -60,7 +60,7 @@ private:
     EventSink m_say;
     AdapterObserver& m_observer;
     bool m_present = false;
-    bool m_powered;
+    bool m_powered = false;
     int m_nextTransport = 0;
     Discovery m_discovery;
     DeviceTable m_devices;

@@ -201,13 +201,16 @@ void Phone::OnDisconnectCall(MethodCall call) {
     Say("disconnection asked");
     if (m_pendingConnect) {
         Refuse("org.bluez.Error.Failed", "br-connection-canceled");
+        call.Answer();
     } else if (Connected()) {
-        EndLink();
+        // Only a link that is down is answered.
+        m_goTimer = Timer::Once(kIdleLinkMs, [this, call = std::move(call)]() mutable {
+            EndLink();
+            call.Answer();
+        });
     } else {
         call.FailBluez("NotConnected", "Not Connected");
-        return;
     }
-    call.Answer();
 }
 
 void Phone::OnDisconnectProfileCall(MethodCall call) {

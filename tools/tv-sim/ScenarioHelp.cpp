@@ -15,7 +15,7 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   address=00:AA:01:00:00:00
   name=tv
   present=true               false: there is none, until appears-after-ms
-  powered=true
+  powered=true               bluetoothd switches it on just after it appeared
   appears-after-ms=0         after the start; 0: at once, or never when present=false
   powers-on-after-ms=0       after it appeared; 0: never by itself
   forgets-after-ms=30000     devices that are not bonded, after they were heard last
@@ -40,7 +40,9 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   connect-after-ms=60        until accepted or refused
   connects-by-itself-after-ms=0   after the adapter came up; 0: never
   disconnects-after-ms=0     after it was connected; 0: never
-  player=paused              playing, paused, stopped, forward-seek, reverse-seek, error or none
+  player=paused              playing, paused, stopped, forward-seek, reverse-seek, error or none, which
+                             is a phone without remote control; one that has no player running
+                             shows stopped and ignores Play
   player-after-ms=40         after the connection was answered
   status-after-ms=30         after the player appeared
   plays-on-play=true         false: the player ignores Play, which is answered all the same
