@@ -9,8 +9,8 @@
 #include "tools/tvctl/FeatureCommand.h"
 #include "tools/tvctl/PhoneCommand.h"
 #include "tools/tvctl/PowerCommand.h"
-#include "tools/tvctl/TraceCommand.h"
 #include "tools/tvctl/WakeCommand.h"
+#include "tools/tvctl/trace/TraceCommand.h"
 
 namespace Tvctl {
 

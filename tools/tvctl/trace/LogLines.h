@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/tvctl/LogReader.h"
+#include "tools/tvctl/trace/LogReader.h"
 
 namespace Tvctl {
 

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/TimelineSvg.h"
+#include "tools/tvctl/trace/TimelineSvg.h"
 
 #include <algorithm>
 
-#include "tools/tvctl/SvgPanel.h"
-#include "tools/tvctl/SvgWriter.h"
+#include "tools/tvctl/trace/SvgPanel.h"
+#include "tools/tvctl/trace/SvgWriter.h"
 
 namespace Tvctl {
 

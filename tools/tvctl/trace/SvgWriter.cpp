@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/SvgWriter.h"
+#include "tools/tvctl/trace/SvgWriter.h"
 
 #include <cmath>
 #include <cstdlib>
 
-#include "tools/tvctl/SvgText.h"
+#include "tools/tvctl/trace/SvgText.h"
 
 namespace Tvctl {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/SvgText.h"
+#include "tools/tvctl/trace/SvgText.h"
 
 #include <glib.h>
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/SvgPanel.h"
+#include "tools/tvctl/trace/SvgPanel.h"
 
 #include <algorithm>
 #include <cmath>
 #include <set>
 
-#include "tools/tvctl/SvgText.h"
+#include "tools/tvctl/trace/SvgText.h"
 
 namespace Tvctl {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/LogReader.h"
+#include "tools/tvctl/trace/LogReader.h"
 
 #include <glib.h>
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/tvctl/SvgWriter.h"
-#include "tools/tvctl/WakeUp.h"
+#include "tools/tvctl/trace/SvgWriter.h"
+#include "tools/tvctl/trace/WakeUp.h"
 
 namespace Tvctl {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/TraceCommand.h"
+#include "tools/tvctl/trace/TraceCommand.h"
 
 #include <gio/gio.h>
 
@@ -11,10 +11,10 @@
 #include <sstream>
 
 #include "common/CHandle.h"
-#include "tools/tvctl/LogReader.h"
-#include "tools/tvctl/Timeline.h"
-#include "tools/tvctl/TimelineSvg.h"
-#include "tools/tvctl/TimelineText.h"
+#include "tools/tvctl/trace/LogReader.h"
+#include "tools/tvctl/trace/Timeline.h"
+#include "tools/tvctl/trace/TimelineSvg.h"
+#include "tools/tvctl/trace/TimelineText.h"
 
 namespace Tvctl {
 

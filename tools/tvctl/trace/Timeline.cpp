@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/Timeline.h"
+#include "tools/tvctl/trace/Timeline.h"
 
 #include <glib.h>
 

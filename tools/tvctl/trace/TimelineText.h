@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/tvctl/WakeUp.h"
+#include "tools/tvctl/trace/WakeUp.h"
 
 namespace Tvctl {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/LogLines.h"
+#include "tools/tvctl/trace/LogLines.h"
 
 #include <cstring>
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/tvctl/LogLines.h"
-#include "tools/tvctl/LogReader.h"
-#include "tools/tvctl/WakeUp.h"
+#include "tools/tvctl/trace/LogLines.h"
+#include "tools/tvctl/trace/LogReader.h"
+#include "tools/tvctl/trace/WakeUp.h"
 
 namespace Tvctl {
 
