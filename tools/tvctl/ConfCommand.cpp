@@ -253,7 +253,9 @@ ExitCode ConfCommand::Load(const Arguments& arguments, Console& console) {
         ConfigEntry entry;
         const std::string mistake = ParseLine(line, entry);
         if (!mistake.empty()) {
-            result = console.Fail(path + ":" + std::to_string(number) + ": " + mistake);
+            std::string reason = path;
+            reason.append(":").append(std::to_string(number)).append(": ").append(mistake);
+            result = console.Fail(reason);
         } else if (StoreIfUnset(entry, console) != kDone) {
             result = kFailed;
         }
