@@ -231,7 +231,9 @@ void ScenarioRun::OnServiceNameAppeared(GDBusConnection* /*connection*/, const c
 }
 
 void ScenarioRun::OnReadyPart() {
-    if (m_nameOwned && m_objectsRead && m_wokenAtUs == 0) {
+    const TvSim::AdapterPlan& adapter = m_scenario.adapter;
+    const bool isReadySoon = adapter.present && adapter.powered && adapter.appearsAfterMs == 0;
+    if (m_nameOwned && m_objectsRead && (m_adapterReady || !isReadySoon) && m_wokenAtUs == 0) {
         WakeUp();
     }
 }
@@ -264,6 +266,9 @@ void ScenarioRun::OnSimulatorLine(const std::string& line) {
         RunQueued([this] { StartService(); });
     } else if (m_service != nullptr && line.find(" bus: objects read by ") != std::string::npos) {
         m_objectsRead = true;
+        OnReadyPart();
+    } else if (line.find(" adapter: powered on") != std::string::npos) {
+        m_adapterReady = true;
         OnReadyPart();
     }
     m_verdict.OnSimulatorLine(line);

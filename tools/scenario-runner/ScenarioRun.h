@@ -77,6 +77,7 @@ private:
     std::string m_result;
     bool m_nameOwned = false;
     bool m_objectsRead = false;
+    bool m_adapterReady = false;
     bool m_settling = false;  // the expected end is there, and is watched for a moment
     gint64 m_wokenAtUs = 0;
 
