@@ -41,7 +41,7 @@ constexpr Meaning kMeanings[] = {
     {"org.bluez.Error.Failed", "br-connection-unknown", BT_ERROR_OPERATION_FAILED,
      "the phone ended it; it may have forgotten this box, or offer no music"},
     {"org.bluez.Error.Failed", nullptr, BT_ERROR_OPERATION_FAILED, nullptr},
-    {kInProgress, nullptr, BT_ERROR_RESOURCE_BUSY, "it is being connected or disconnected already"},
+    {kInProgress, nullptr, BT_ERROR_RESOURCE_BUSY, nullptr},
     {"org.bluez.Error.NotReady", nullptr, BT_ERROR_NOT_ENABLED, "the adapter is off"},
     {"org.bluez.Error.NotAvailable", nullptr, BT_ERROR_SERVICE_SEARCH_FAILED, kNoSink},
     {"org.bluez.Error.BREDR.ProfileUnavailable", nullptr, BT_ERROR_SERVICE_SEARCH_FAILED, kNoSink},

@@ -158,6 +158,10 @@ void Scan::StartAnew() {
 }
 
 void Scan::OnStartFailed(const GError& error) {
+    if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {
+        OnStartOverdue();
+        return;
+    }
     PLATFORM_WARN("LE scan on %s does not start: %s", m_adapter.c_str(),
                   Platform::DescribeError(error).c_str());
     Fail(ErrorCode(error));
@@ -201,18 +205,21 @@ void Scan::Fail(int result) {
 }
 
 void Scan::OnServiceGone() {
-    OnAdapterLost(m_adapter);
+    OnLost("bluetoothd is gone");
 }
 
 void Scan::OnAdapterLost(const std::string& path) {
-    if (m_state == State::kIdle || path != m_adapter) {
-        return;
+    if (path == m_adapter) {
+        OnLost("the adapter is gone");
     }
+}
+
+void Scan::OnLost(const char* reason) {
     if (m_state == State::kPreparing || m_state == State::kStarting ||
         m_state == State::kScanning) {
-        PLATFORM_WARN("LE scan on %s ended, the adapter is gone", m_adapter.c_str());
+        PLATFORM_WARN("LE scan on %s ended, %s", m_adapter.c_str(), reason);
         Fail(BT_ERROR_NOT_ENABLED);
-    } else {
+    } else if (m_state != State::kIdle) {
         Finish();
     }
 }

@@ -51,6 +51,7 @@ private:
 
     void OnServiceGone() override;
     void OnAdapterLost(const std::string& path) override;
+    void OnLost(const char* reason);
     void OnAdvertisement(const std::string& path, GVariant* manufacturerData, int rssi) override;
     void Deliver(const std::string& path, guint16 company, GVariant* content, int rssi);
 
