@@ -213,7 +213,7 @@ void CommandLine::PrintHelp(std::ostream& out) const {
     for (const CommandGroup& group : m_groups) {
         PrintRow(out, group.name, group.summary);
     }
-    out << "\ntvctl COMMAND --help tells more about one.\n";
+    out << "\ntvctl COMMAND --help tells more about one, tvctl --version which one this is.\n";
     PrintCommonOptions(out);
 }
 

@@ -50,15 +50,20 @@ public:
         if (m_result == kDone && !HasAdapter()) {
             return m_console.Fail("no Bluetooth adapter was ready in time");
         }
-        return m_result;
+        return m_result == kDone && m_isDue ? SendWakeUp(m_console) : m_result;
     }
 
 private:
     void Look() {
         const bool isReady = HasAdapter();
         if (isReady && !m_wasReady) {
-            m_settled = Timer::Once(kSettleMs, [this] { m_result = SendWakeUp(m_console); });
+            m_isDue = true;
+            m_settled = Timer::Once(kSettleMs, [this] {
+                m_isDue = false;
+                m_result = SendWakeUp(m_console);
+            });
         } else if (!isReady) {
+            m_isDue = false;
             m_settled.Cancel();
         }
         m_wasReady = isReady;
@@ -67,6 +72,7 @@ private:
     Console& m_console;
     bool m_wasReady;
     bool m_isOver = false;
+    bool m_isDue = false;  // an adapter became ready and the signal was not sent yet
     ExitCode m_result = kDone;
     Timer m_settled;
     Timer m_end;
