@@ -54,11 +54,10 @@ int Audio::Connect(const std::string& address) {
 }
 
 void Audio::Explain(const std::string& address, const std::string& reason) {
-    bool& isExplained = m_requests[address]->isExplained;
-    if (!isExplained) {
+    const auto request = m_requests.find(address);
+    if (request != m_requests.end() && !std::exchange(request->second->isExplained, true)) {
         PLATFORM_WARN("%s is not connected: %s", address.c_str(), reason.c_str());
     }
-    isExplained = true;
 }
 
 void Audio::Begin(const std::string& address) {
@@ -137,10 +136,15 @@ void Audio::Report(const std::string& address, int result) {
     if (request.empty()) {
         return;
     }
+    const std::string& device = request.mapped()->device;
     if (result == BT_ERROR_NONE) {
-        AddConnected(request.mapped()->device, address);
+        AddConnected(device, address);
     }
     Tell(result, true, address);
+    // The phone may have connected by itself while the attempt was being cancelled.
+    if (result != BT_ERROR_NONE && m_mirror.HasTransport(device)) {
+        OnTransportAdded(device);
+    }
 }
 
 std::vector<Audio::Connection>::iterator Audio::FindConnected(const std::string& device) {

@@ -64,6 +64,7 @@ int Scan::Stop() {
         case State::kStarting:
             // bluetoothd refuses to stop what is still being started.
             m_state = State::kStoppingTheStart;
+            m_deadline.Cancel();
             m_timer = Timer::Once(kStopTimeoutMs, [this] { Finish(); });
             return BT_ERROR_NONE;
         case State::kScanning:
@@ -87,6 +88,7 @@ void Scan::WhenStopped(std::function<void()> action) {
 void Scan::Begin(const std::string& adapter) {
     m_adapter = adapter;
     m_state = State::kPreparing;
+    m_deadline = Timer::Once(kStartTimeoutMs, [this] { OnStartOverdue(); });
     SetFilter();
 }
 
@@ -97,7 +99,7 @@ void Scan::SetFilter() {
     g_variant_builder_add(&filter, "{sv}", "Transport", g_variant_new_string("le"));
     g_variant_builder_add(&filter, "{sv}", "DuplicateData", g_variant_new_boolean(TRUE));
     m_call = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "SetDiscoveryFilter",
-                  g_variant_new("(a{sv})", &filter), kStartTimeoutMs,
+                  g_variant_new("(a{sv})", &filter), G_MAXINT,
                   [this](GVariant* /*reply*/, const GError* error) {
                       if (error == nullptr) {
                           StartDiscovery(true);
@@ -116,7 +118,6 @@ void Scan::StartDiscovery(bool mayRetry) {
                        m_start.Drop();
                        OnStartAnswered(error, mayRetry);
                    });
-    m_timer = Timer::Once(kStartTimeoutMs, [this] { OnStartOverdue(); });
 }
 
 void Scan::OnStartOverdue() {
@@ -139,7 +140,7 @@ void Scan::OnStartAnswered(const GError* error, bool mayRetry) {
                     "ending an overdue LE scan");
         }
     } else if (error == nullptr) {
-        m_timer.Cancel();
+        m_deadline.Cancel();
         m_state = State::kScanning;
     } else if (mayRetry && IsInProgress(*error)) {
         m_state = State::kPreparing;
@@ -158,10 +159,6 @@ void Scan::StartAnew() {
 }
 
 void Scan::OnStartFailed(const GError& error) {
-    if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {
-        OnStartOverdue();
-        return;
-    }
     PLATFORM_WARN("LE scan on %s does not start: %s", m_adapter.c_str(),
                   Platform::DescribeError(error).c_str());
     Fail(ErrorCode(error));
@@ -182,6 +179,7 @@ void Scan::StopDiscovery() {
 
 void Scan::Finish() {
     m_call.Drop();
+    m_deadline.Cancel();
     m_timer.Cancel();
     m_isHearing = false;
     m_state = State::kIdle;

@@ -64,7 +64,8 @@ private:
     void* m_userData = nullptr;  // not owned
     std::vector<std::function<void()>> m_whenStopped;
     Call m_call;
-    Call m_start;  // waited for even when the scan was given up, for then it must be stopped
+    Call m_start;      // waited for even when the scan was given up, for then it must be stopped
+    Timer m_deadline;  // of the start, the filter and a second try included
     Timer m_timer;
 };
 

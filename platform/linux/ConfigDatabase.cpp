@@ -7,6 +7,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/linux/Folders.h"
+
 namespace Platform {
 
 namespace {
@@ -116,9 +118,12 @@ int ConfigDatabase::Transaction::Commit() {
 }
 
 int ConfigDatabase::Open(const std::string& path, bool create, bool durable) {
-    int code = sqlite3_open_v2(
-        path.c_str(), Out(m_handle),
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0), nullptr);
+    const bool isShared = IsShared(std::filesystem::path(path).parent_path());
+    int code = sqlite3_open_v2(path.c_str(), Out(m_handle),
+                               SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
+                                   (create ? SQLITE_OPEN_CREATE : 0) |
+                                   (isShared ? SQLITE_OPEN_NOFOLLOW : 0),
+                               nullptr);
     if (code != SQLITE_OK) {
         return code;
     }

@@ -179,8 +179,8 @@ void ConfigFile::LetOthersIn() const {
 
 void ConfigFile::TellWatchers() {
     MakeSharedFile(m_notificationPath);
-    const FileDescriptor file(
-        open(m_notificationPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+    const FileDescriptor file(open(m_notificationPath.c_str(),
+                                   O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
     if (file.IsOpen()) {
         m_notificationFault.Worked();
     } else {

@@ -19,14 +19,17 @@ int db_util_open(const char* path, sqlite3** db, int option) {
         return SQLITE_MISUSE;
     }
     // A package's installation makes its folders on a TV; here nothing else does.
-    if (!Platform::MakeFolders(std::filesystem::path(path).parent_path())) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    if (!Platform::MakeFolders(folder)) {
         return SQLITE_CANTOPEN;
     }
     Platform::MakeSharedFile(path);
     SqlitePtr connection;
     const int code =
         sqlite3_open_v2(path, Out(connection),
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX |
+                            (Platform::IsShared(folder) ? SQLITE_OPEN_NOFOLLOW : 0),
+                        nullptr);
     if (code != SQLITE_OK) {
         return code;
     }

@@ -158,17 +158,38 @@ TEST_F(Box, GetsItsFirstKeysFromAFileWhoseMistakesCostNothingElse) {
     const std::string file = Root() + "/keys";
     std::ofstream(file) << "# comment\n\ndb/box/text string  two words \ndb/box/empty string\n"
                            "box/none int 1\ndb/box/kept string yours\ndb/box/number int one\n"
-                           "memory/box/flag bool true";
+                           "db/box/printed\tstring\t  three\r\n \nmemory/box/flag bool true";
     EXPECT_THAT(TvctlFailure({"conf", "load", file}),
                 testing::AllOf(HasSubstr("memory/box/flag\tbool\ttrue"),
                                HasSubstr("keys:7: 'one' is no int")));
     EXPECT_THAT(Tvctl({"conf", "list"}),
                 ElementsAre("db/box/empty\tstring\t", "db/box/kept\tstring\tmine",
-                            "db/box/text\tstring\ttwo words ", "memory/box/flag\tbool\ttrue"));
+                            "db/box/printed\tstring\t  three", "db/box/text\tstring\ttwo words ",
+                            "memory/box/flag\tbool\ttrue"));
     // Whoever writes it first, it is the group's.
     struct stat status = {};
     ASSERT_EQ(stat((Root() + "/var/lib/tv-platform/config.db").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0660U);
+}
+
+TEST_F(Box, DoesNotFollowWhatAMemberOfTheGroupPlanted) {
+    const std::string target = Root() + "/target";
+    std::ofstream(target) << "root's";
+    std::filesystem::permissions(target, std::filesystem::perms::owner_read);
+    SharedFolder("/opt");
+    std::filesystem::create_symlink(target, Root() + "/opt/usr");
+    TvctlFailure({"device", "history", "--record", kBar});
+    SharedFolder("/var/lib/tv-platform");
+    const std::string state = Root() + "/var/lib/tv-platform/";
+    ASSERT_EQ(mkfifo((state + "config.changed").c_str(), 0666), 0);
+    Tvctl({"conf", "set", "db/box/key", "1"});
+    std::filesystem::remove(state + "config.db");
+    std::filesystem::create_symlink(Root() + "/made", state + "config.db");
+    TvctlFailure({"conf", "set", "db/box/key", "1"});
+    EXPECT_FALSE(std::filesystem::exists(Root() + "/made"));
+    struct stat status = {};
+    ASSERT_EQ(stat(target.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0400U);
 }
 
 TEST_F(Box, IsWokenOnceMoreWhenItsAdapterComesBack) {
