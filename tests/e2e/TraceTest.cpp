@@ -119,6 +119,9 @@ TEST_F(Trace, TakesEveryFormOfTheLogAndWhateverElseIsInIt) {
         EXPECT_THAT(TimelineOf(log), HasSubstr("   3.000  connect   A connected after 2.00 s\n"));
     }
     const std::string start = own.substr(0, own.find("2026", 1));
+    std::string late = own + own.substr(own.rfind("2026"));
+    late.replace(late.find("result : 0"), 10, "result : -1");
+    EXPECT_THAT(TimelineOf(late), HasSubstr("A was connected; the log has no playback check\n"));
     const std::string odd =
         "2026-11-20 07:00:01.000 I BT_AUTO_CONNECT: BTAutoConnect.cpp: Connect"
         "ToDevice(2) > Try to connect x\"'<&>]]>\xff\xC3\x01\x1b[7m\x7f\xE2\x80\xAE";

@@ -76,19 +76,33 @@ ExitCode FailAccess(const std::string& key, ConfigStatus status, Console& consol
     return console.Fail(ConfigStore::Instance().LastFailure(key));
 }
 
-ExitCode StoreIfUnset(const ConfigEntry& entry, Console& console) {
+// Writes the key unless it has a value, also one that somebody else writes at the same time;
+// whether it was written.
+ConfigStatus StoreIfUnset(const ConfigEntry& entry, bool& isWritten) {
     ConfigStore& store = ConfigStore::Instance();
-    const ConfigStatus present = store.Lookup(entry.key).status;
-    if (present == ConfigStatus::kOk) {
-        return kDone;
+    const ConfigLookup present = store.Lookup(entry.key);
+    if (present.status != ConfigStatus::kAbsent && present.status != ConfigStatus::kNoFile) {
+        return present.status;
     }
-    const bool isUnset = present == ConfigStatus::kAbsent || present == ConfigStatus::kNoFile;
-    const ConfigStatus status = isUnset ? store.Store(entry.key, entry.value) : present;
-    if (status != ConfigStatus::kOk) {
-        return console.Fail(store.LastFailure(entry.key));
+    const ConfigStatus status = store.Store(entry.key, entry.value, present.revision);
+    isWritten = status == ConfigStatus::kOk;
+    return status == ConfigStatus::kChanged ? ConfigStatus::kOk : status;
+}
+
+// Writes the entry where it has no value, and shows or collects it; false when it cannot be
+// written.
+bool LoadEntry(const ConfigEntry& entry, Console& console, Json::Value& written) {
+    bool isWritten = false;
+    if (StoreIfUnset(entry, isWritten) != ConfigStatus::kOk) {
+        return false;
     }
-    console.Print(JsonOf(entry), LineOf(entry));
-    return kDone;
+    if (isWritten) {
+        written.append(JsonOf(entry));
+    }
+    if (isWritten && !console.IsJson()) {
+        console.PrintLine(LineOf(entry));
+    }
+    return true;
 }
 
 // A running watch: what it prints to and how many changes are still to come (0: no limit).
@@ -244,21 +258,30 @@ ExitCode ConfCommand::Load(const Arguments& arguments, Console& console) {
         return console.Fail(path + ": " + std::strerror(errno));
     }
     ExitCode result = kDone;
+    Json::Value written(Json::arrayValue);
     size_t number = 0;
     for (std::string line; std::getline(file, line);) {
         ++number;
-        if (line.empty() || line[0] == '#') {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        if (line.find_first_not_of(" \t") == std::string::npos || line[0] == '#') {
             continue;
         }
         ConfigEntry entry;
-        const std::string mistake = ParseLine(line, entry);
+        std::string mistake = ParseLine(line, entry);
         if (!mistake.empty()) {
-            std::string reason = path;
-            reason.append(":").append(std::to_string(number)).append(": ").append(mistake);
-            result = console.Fail(reason);
-        } else if (StoreIfUnset(entry, console) != kDone) {
-            result = kFailed;
+            mistake.insert(0, path + ":" + std::to_string(number) + ": ");
+            result = console.Fail(mistake);
+            continue;
         }
+        if (!LoadEntry(entry, console, written)) {
+            // The next key would wait for the same file as long again.
+            return console.Fail(ConfigStore::Instance().LastFailure(entry.key));
+        }
+    }
+    if (console.IsJson()) {
+        console.Print(written);
     }
     return file.bad() ? console.Fail(path + " cannot be read to its end") : result;
 }

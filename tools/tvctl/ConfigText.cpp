@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/ConfigText.h"
 
+#include <algorithm>
+
 #include "platform/linux/FeatureFile.h"
 #include "utility/VconfUtil.h"
 
@@ -25,12 +27,13 @@ constexpr TypeName kTypes[] = {
 
 constexpr const char* kBlanks = " \t";
 
-// Takes the first word off the front of `text`, and the blanks behind it.
-std::string TakeWord(std::string& text) {
-    const size_t end = text.find_first_of(kBlanks);
+// Takes the first word off the front of `text`, and what separates it from the next: blanks of a
+// line that was typed, one tab of a line that was printed.
+std::string TakeWord(std::string& text, bool isPrinted) {
+    const size_t end = text.find_first_of(isPrinted ? "\t" : kBlanks);
     std::string word = text.substr(0, end);
-    const size_t next = text.find_first_not_of(kBlanks, end);
-    text = next == std::string::npos ? "" : text.substr(next);
+    const size_t next = isPrinted ? end + 1 : text.find_first_not_of(kBlanks, end);
+    text = end == std::string::npos || next == std::string::npos ? "" : text.substr(next);
     return word;
 }
 
@@ -86,12 +89,13 @@ std::string LineOf(const ConfigEntry& entry) {
 
 std::string ParseLine(const std::string& line, ConfigEntry& entry) {
     std::string rest = line;
-    const std::string word = TakeWord(rest);
+    const bool isPrinted = std::count(line.begin(), line.end(), '\t') >= 2;
+    const std::string word = TakeWord(rest, isPrinted);
     const auto key = KeyMeant(word);
     if (!key) {
         return "'" + word + "' is not a key";
     }
-    const std::string typeName = TakeWord(rest);
+    const std::string typeName = TakeWord(rest, isPrinted);
     const auto type = TypeNamed(typeName);
     if (!type) {
         return "the type is string, bool or int, not '" + typeName + "'";

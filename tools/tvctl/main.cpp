@@ -7,5 +7,11 @@
 #include "tools/tvctl/Tvctl.h"
 
 int main(int argc, char** argv) {
-    return Tvctl::Run(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+    const Tvctl::ExitCode result =
+        Tvctl::Run(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+    if (!std::cout.flush()) {
+        std::cerr << "tvctl: the result cannot be written\n";
+        return Tvctl::kFailed;
+    }
+    return result;
 }

@@ -135,8 +135,8 @@ void SvgPanel::AddMark(const std::string& name, double time, const char* colour,
 }
 
 void SvgPanel::AddRefusals() {
-    for (const Remark& refusal : m_wakeUp.refusals) {
-        AddMark("Refused", refusal.time, kAmber, refusal.text);
+    for (std::size_t i = 0; i < std::min(m_wakeUp.refusals.size(), kMostOfAKind); ++i) {
+        AddMark("Refused", m_wakeUp.refusals[i].time, kAmber, m_wakeUp.refusals[i].text);
     }
 }
 

@@ -40,6 +40,7 @@ private:
     void SetPhones(const std::string& text);
     void EndScan(Scan::End how, const std::string& reason);
     void OnConnectResult(const std::string& code, const std::string& address);
+    void OnConnectedByItself(const std::string& address);
     void OnDisconnected(const std::string& address);
     void EndPlayback(Playback::Outcome outcome, const std::string& reason);
     void OnLaunchFailed(const std::string& reason);

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -94,6 +95,13 @@ void Open(const Arguments& arguments, Source& source) {
     }
 }
 
+// Whether the picture would take the place of the log.
+bool IsSameFile(const std::string& log, const std::string& picture) {
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(picture, ignored) &&
+           std::filesystem::equivalent(log, picture, ignored);
+}
+
 // Writes into what is there, which may be a device, and says what went wrong, or "".
 std::string WritePicture(const std::string& path, const std::vector<WakeUp>& wakeUps) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
@@ -141,6 +149,10 @@ CommandGroup TraceCommand::Group() {
 }
 
 ExitCode TraceCommand::Trace(const Arguments& arguments, Console& console) {
+    const auto picture = arguments.Option("--svg");
+    if (picture && !arguments.positional.empty() && IsSameFile(arguments.positional[0], *picture)) {
+        return console.Misuse("the picture would overwrite the log " + *picture);
+    }
     Source source;
     Open(arguments, source);
     if (!source.failure.empty()) {
@@ -160,7 +172,6 @@ ExitCode TraceCommand::Trace(const Arguments& arguments, Console& console) {
                             " of another kind");
     }
     Report(wakeUps, reader.Skipped(), console);
-    const auto picture = arguments.Option("--svg");
     const std::string failure = picture ? WritePicture(*picture, wakeUps) : "";
     return failure.empty() ? kDone : console.Fail(failure);
 }

@@ -32,11 +32,20 @@ std::string DescribeFailure(const Connection& connection) {
     return connection.reason.empty() ? result : connection.reason + "; " + result;
 }
 
+// The connection that the service made, or was given later by a phone that it had asked for.
 const Connection* FindConnected(const WakeUp& wakeUp) {
-    const auto found = std::find_if(wakeUp.connections.begin(), wakeUp.connections.end(),
-                                    [](const Connection& connection) {
-                                        return connection.result == Connection::Result::kConnected;
-                                    });
+    const auto isChecked = [&wakeUp](const std::string& address) {
+        return std::any_of(
+            wakeUp.playbacks.begin(), wakeUp.playbacks.end(),
+            [&address](const Playback& playback) { return playback.address == address; });
+    };
+    const auto found =
+        std::find_if(wakeUp.connections.begin(), wakeUp.connections.end(),
+                     [&isChecked](const Connection& connection) {
+                         return connection.result == Connection::Result::kConnected ||
+                                (connection.result == Connection::Result::kByItself &&
+                                 isChecked(connection.address));
+                     });
     return found == wakeUp.connections.end() ? nullptr : &*found;
 }
 
