@@ -17,8 +17,11 @@ constexpr std::uint16_t kTestCompany = 0xFFFF;
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
 bool ParseAddress(const std::string& text, std::string& address) {
+    if (!IsAddress(text)) {
+        return false;
+    }
     address = UpperCase(text);
-    return IsAddress(text);
+    return true;
 }
 
 // COMPANY:HEXBYTES, several separated by ';'.
