@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include <glib.h>
+
+#include <sstream>
+
+#include "common/CHandle.h"
+#include "fuzz/Check.h"
+#include "fuzz/Input.h"
+#include "tools/tvctl/Console.h"
+#include "tools/tvctl/trace/LogReader.h"
+#include "tools/tvctl/trace/Timeline.h"
+#include "tools/tvctl/trace/TimelineSvg.h"
+#include "tools/tvctl/trace/TimelineText.h"
+#include "utility/JsonUtil.h"
+
+// A log for tvctl trace, to its text, its JSON and its picture.
+
+namespace {
+
+using MarkupParserPtr = CPtr<GMarkupParseContext, g_markup_parse_context_free>;
+
+void CheckText(const std::vector<Tvctl::WakeUp>& wakeUps) {
+    std::ostringstream out;
+    std::ostringstream err;
+    Tvctl::Console console(out, err, false);
+    for (const std::string& line : Tvctl::ToLines(wakeUps)) {
+        console.PrintLine(line);
+    }
+    const std::string text = out.str();
+    Check(g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE,
+          "the text is UTF-8", text);
+    Check(text.find('\x1B') == std::string::npos, "no terminal sequence gets through", text);
+}
+
+void CheckJson(const std::vector<Tvctl::WakeUp>& wakeUps) {
+    const std::string json = Util::JsonUtil::JsonToString(Tvctl::ToJson(wakeUps));
+    try {
+        Check(Util::JsonUtil::StringToJson(json).size() == wakeUps.size(),
+              "the JSON has every wake-up", json);
+    } catch (const std::exception& e) {
+        Check(false, e.what(), json);
+    }
+}
+
+void CheckSvg(const std::vector<Tvctl::WakeUp>& wakeUps) {
+    const std::string svg = Tvctl::ToSvg(wakeUps);
+    static constexpr GMarkupParser kNothing = {};
+    const MarkupParserPtr parser(
+        g_markup_parse_context_new(&kNothing, G_MARKUP_TREAT_CDATA_AS_TEXT, nullptr, nullptr));
+    GErrorPtr error;
+    const bool isWhole =
+        g_markup_parse_context_parse(parser.get(), svg.data(), static_cast<gssize>(svg.size()),
+                                     Out(error)) != FALSE &&
+        g_markup_parse_context_end_parse(parser.get(), nullptr) != FALSE;
+    Check(isWhole, "the SVG is well-formed", svg);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    // Every JSON text is worth a line for a developer, not millions of them here.
+    g_setenv("TV_LOG_LEVEL", "error", FALSE);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::istringstream stream(TextOf(data, size));
+    Tvctl::LogReader reader(stream);
+    Tvctl::Timeline timeline;
+    while (const auto record = reader.Next()) {
+        timeline.Add(*record);
+    }
+    const std::vector<Tvctl::WakeUp> wakeUps = timeline.Finish();
+    // The command shows nothing then.
+    if (wakeUps.empty()) {
+        return 0;
+    }
+    CheckText(wakeUps);
+    CheckJson(wakeUps);
+    CheckSvg(wakeUps);
+    return 0;
+}
