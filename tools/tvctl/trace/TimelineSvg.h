@@ -9,8 +9,8 @@
 
 namespace Tvctl {
 
-// The timelines, one at least, as an SVG picture, one panel below the other. Of very many wake-ups it
-// shows the last ones, and says so.
+// The timelines, one at least, as an SVG picture, one panel below the other. Of very many wake-ups
+// it shows the last ones, and says so.
 [[nodiscard]] std::string ToSvg(const std::vector<WakeUp>& wakeUps);
 
 }  // namespace Tvctl
