@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
 #include "common/CHandle.h"
 #include "tests/contract/World.h"
 
@@ -68,8 +70,9 @@ TEST_F(DeviceContractTest, TellsOfBondedDevicesAlone) {
 TEST_F(DeviceContractTest, SwitchesTheAdapter) {
     m_world->TurnOn();
     EXPECT_EQ(bt_adapter_enable(), BT_ERROR_ALREADY_DONE);
-    EXPECT_EQ(bt_adapter_set_connectable(true), BT_ERROR_NOT_SUPPORTED);
-    EXPECT_EQ(bt_avrcp_target_send_cmd(0x40), BT_ERROR_NOT_SUPPORTED);
+    const auto mayBeMissing = testing::AnyOf(0, BT_ERROR_NOT_SUPPORTED);
+    EXPECT_THAT(bt_adapter_set_connectable(true), mayBeMissing);
+    EXPECT_THAT(bt_avrcp_target_send_cmd(0x40), mayBeMissing);
     const auto visible = BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE;
     EXPECT_EQ(bt_adapter_set_visibility(visible, -1), BT_ERROR_INVALID_PARAMETER);
     EXPECT_EQ(bt_adapter_set_visibility(visible, 0), 0);

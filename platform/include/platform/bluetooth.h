@@ -208,7 +208,8 @@ int bt_audio_unset_connection_state_changed_cb(void);
  * some 12 s later, for the attempt has 10 s and its cancellation 2 s. While a scan is being stopped
  * the request waits for that to end, because a radio that still scans pages badly. NOW_IN_PROGRESS:
  * that device is being connected already and its event is still to come. INVALID_PARAMETER: NULL or
- * malformed address, or another profile. */
+ * malformed address, or another profile. A connection that the phone makes by itself while the
+ * attempt is given up is an event of its own, behind that one. */
 int bt_audio_connect(const char* remote_address, bt_audio_profile_type_e type);
 
 typedef enum {
