@@ -12,8 +12,8 @@ namespace {
 
 constexpr int kAnswerMs = 2000;
 
-// Why the service cannot have heard what was just sent to it; empty when it can. The bus delivers
-// in order, and lets through a question exactly where it lets through a signal.
+// Why the service may not have heard what was just sent to it; empty when it has. The bus delivers
+// in order, and by the package's policy it lets a question through where it lets a signal through.
 std::string WhyUnheard(GDBusConnection* bus) {
     GErrorPtr error;
     const GVariantPtr reply(g_dbus_connection_call_sync(
@@ -23,7 +23,7 @@ std::string WhyUnheard(GDBusConnection* bus) {
         return "";
     }
     if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED)) {
-        return "the bus does not let this user steer the service; be root, or in the service's "
+        return "the bus does not let this user speak to the service; be root, or in the service's "
                "group";
     }
     if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||

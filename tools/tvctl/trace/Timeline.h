@@ -23,8 +23,6 @@ public:
     [[nodiscard]] std::vector<WakeUp> Finish();
 
 private:
-    using Values = std::vector<std::string>;
-
     void AdvanceClock(const LogRecord& record);
     void BeginWakeUp(const LogRecord& record);
     void OnServiceStarted();
