@@ -263,9 +263,13 @@ int BTDatabaseManager::GetRecordCount() {
         return 0;
     }
     int count = 0;
-    if (ForEachRow(kSelectAll, [&](sqlite3_stmt*) { ++count; }) == kPrepareFailed) {
+    const char* failure = ForEachRow(kSelectAll, [&](sqlite3_stmt*) { ++count; });
+    if (failure == kPrepareFailed) {
         BTLOG_ERROR("Count Error! [%s]", ErrorText());
         return 0;
+    }
+    if (failure != nullptr) {
+        BTLOG_ERROR("%s%s", failure, ErrorText());
     }
     BTLOG_INFO("No of records = %d", count);
     return count;

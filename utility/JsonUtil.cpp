@@ -16,10 +16,15 @@ Json::Value JsonUtil::StringToJson(const std::string& text) {
     const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     Json::Value value;
     std::string errors;
-    if (!reader->parse(text.data(), text.data() + text.size(), &value, &errors)) {
-        throw std::runtime_error(errors);
+    try {
+        if (reader->parse(text.data(), text.data() + text.size(), &value, &errors)) {
+            return value;
+        }
+    } catch (const Json::Exception& e) {
+        // The reader's way to say that the text is nested too deeply.
+        errors = e.what();
     }
-    return value;
+    throw std::runtime_error(errors);
 }
 
 // NOLINTNEXTLINE(readability-const-return-type): the signature is fixed

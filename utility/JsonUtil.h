@@ -12,7 +12,7 @@ namespace Util {
 class JsonUtil {
 public:
     // The value that the whole of `text` spells. Throws std::runtime_error with the parser's
-    // message when it does not parse, and Json::Exception when it is nested too deeply.
+    // message when it does not parse or is nested too deeply.
     static Json::Value StringToJson(const std::string& text);
 
     // `value` on one line, without blanks.

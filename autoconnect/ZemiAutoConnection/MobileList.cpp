@@ -34,24 +34,16 @@ const Json::Value& RequireArray(const Json::Value& value, const char* what) {
     return value;
 }
 
-struct Phone {
-    std::string address;  // as it is stored
-    std::string masked;
-};
-
-// The phone of an entry of the settings, if its owner enabled it and it is among the masked
-// addresses.
-std::optional<Phone> FindQualifying(const Json::Value& entry,
-                                    const std::unordered_set<std::string>& maskedAddresses) {
+// The address of an entry of the settings, as it is stored, if its owner enabled it and it is among
+// the masked addresses.
+std::optional<std::string> FindQualifying(const Json::Value& entry,
+                                          const std::unordered_set<std::string>& maskedAddresses) {
     if (entry["value"].asString() != kEnabled) {
         return std::nullopt;
     }
     const std::string address = entry["address"].asString();
-    const std::string masked = MobileList::GetXorMac(address);
-    if (maskedAddresses.count(masked) == 0) {
-        return std::nullopt;
-    }
-    return Phone{address, masked};
+    return maskedAddresses.count(MobileList::GetXorMac(address)) == 0 ? std::nullopt
+                                                                      : std::optional(address);
 }
 
 Json::Value MakeSetting(const Json::Value& address, const Json::Value& value) {
@@ -132,11 +124,11 @@ void MobileList::UpdateList() {
                                                          autoOnOffDevices.end());
         std::string value;
         for (const Json::Value& phone : RequireArray(phones, m_mobileSettingKey.c_str())) {
-            const std::optional<Phone> found = FindQualifying(phone, qualifying);
-            if (found) {
-                BTLOG_INFO("%s enable auto on/off and bt auto connection", found->address.c_str());
-                Append(found->address);
-                value += (value.empty() ? "" : ",") + found->masked;
+            if (const auto address = FindQualifying(phone, qualifying)) {
+                BTLOG_INFO("%s enable auto on/off and bt auto connection", address->c_str());
+                Append(*address);
+                // Masked once more and not kept: readers of the log find its line on both sides.
+                value += (value.empty() ? "" : ",") + GetXorMac(*address);
             }
         }
         ReorderDeviceList();
@@ -190,8 +182,10 @@ void MobileList::UpdateInternalMobileList(const std::string& cmd) {
             BTLOG_INFO("new device. add it");
             phones.append(MakeSetting(address, value));
         }
+        Json::StreamWriterBuilder writer;
+        writer["indentation"] = "";
         Util::VconfUtil::SetVconf(Util::VCONF_KEY_DB_NIRVO_MUSICTV_PAIRED3,
-                                  Util::JsonUtil::JsonToString(phones));
+                                  Json::writeString(writer, phones));
     } catch (const Json::Exception& e) {
         BTLOG_ERROR("Json exception : %s", e.what());
     } catch (const std::exception& e) {

@@ -88,7 +88,7 @@ TEST_F(Keys, WhateverTheyHoldTheServiceStartsAndFollowsTheNextGoodValue) {
     StartService();
     const std::pair<std::string, const char*> bad[] = {
         {"[{\"address\":", "exception : "},
-        {std::string(100000, '['), "Json exception : "},
+        {std::string(100000, '['), "exception : "},
         {"{\"address\":\"A0:11:22:33:44:01\"}", "Json exception : "},
         {R"([{"address":{},"value":"Y"}])", "Json exception : "},
         {R"([7])", "Json exception : "},

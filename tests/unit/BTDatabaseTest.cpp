@@ -259,6 +259,8 @@ TEST_F(BTDatabaseTest, ReadsWhatAnotherProgramLeftOut) {
     std::fstream(m_file).seekp(-4096, std::ios::end).write(std::string(4096, '\0').data(), 4096);
     EXPECT_FALSE(m_db->GetAllRecordFromDB(&records) || m_db->GetAllDontuseDeivceRecord(text));
     EXPECT_LT(m_db->GetRecordCount(), 202) << "as far as it could be read";
+    EXPECT_EQ(*(Fake::Lines().end() - 2),
+              "E utility GetRecordCount: Error on sqlite3_step: database disk image is malformed");
     EXPECT_EQ(std::to_string(records.size()) + text, "2null") << "half a list is none";
     EXPECT_FALSE(m_db->getAbsVolConnectedHistory(kA));
 }

@@ -108,10 +108,9 @@ TEST_F(CommonUtilTest, ConvertsJson) {
     EXPECT_THAT(Fake::Story(), ElementsAre(R"(I utility StringToJson:  {"b": [1, {"a": "x"}]})"));
     for (const std::string& text : {std::string("{"), std::string(), std::string(50000, '[')}) {
         Fake::ClearRecord();
-        EXPECT_THROW(JsonUtil::StringToJson(text), std::exception);
+        EXPECT_THROW(JsonUtil::StringToJson(text), std::runtime_error);
         EXPECT_EQ(Fake::Log().size(), 3U) << "the trace ends on the way out too";
     }
-    EXPECT_THROW(JsonUtil::StringToJson("{"), std::runtime_error);
 }
 
 }  // namespace
