@@ -25,6 +25,7 @@
 #include <exception>
 #include <string>
 
+#include "common/PrintableText.h"
 #include "platform/linux/PlatformLog.h"
 
 namespace {
@@ -117,31 +118,6 @@ std::string FormatMessage(const char* format, va_list arguments) {
     }
     return std::string(buffer.data(), kept) + " [cut: " + std::to_string(total - kept) +
            " more bytes]";
-}
-
-void AppendEscaped(std::string& out, const char* bytes, size_t count) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    for (size_t i = 0; i < count; ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        out += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};
-    }
-}
-
-// One line whatever the text holds: a device's name must not forge a line or steer a terminal.
-void AppendPrintable(std::string& out, const std::string& text) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at < end) {
-        const gunichar character = g_utf8_get_char_validated(at, end - at);
-        const bool invalid = character >= 0x80000000U;
-        const auto size = invalid ? size_t{1} : static_cast<size_t>(g_utf8_next_char(at) - at);
-        if (invalid || g_unichar_iscntrl(character)) {
-            AppendEscaped(out, at, size);
-        } else {
-            out.append(at, size);
-        }
-        at += size;
-    }
 }
 
 void AppendTime(std::string& out) {

@@ -196,7 +196,7 @@ ExitCode ConfCommand::Get(const Arguments& arguments, Console& console) {
     if (console.IsJson()) {
         console.Print(JsonOf({*key, lookup.value}));
     } else {
-        console.PrintRaw(TextOf(lookup.value));
+        console.PrintText(TextOf(lookup.value));
     }
     return kDone;
 }

@@ -2,55 +2,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/Console.h"
 
-#include <glib.h>
-
-#include <array>
-#include <cstdio>
-
+#include "common/PrintableText.h"
 #include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
 namespace {
 
-void AppendHex(std::string& out, const char* begin, const char* end) {
-    for (const char* at = begin; at < end; ++at) {
-        std::array<char, 8> hex;
-        std::snprintf(hex.data(), hex.size(), "\\x%02X", static_cast<unsigned char>(*at));
-        out += hex.data();
-    }
-}
-
-std::string Printable(const std::string& text) {
+std::string Printable(const std::string& text, const char* kept = "\t") {
     std::string result;
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at < end) {
-        const gunichar character = g_utf8_get_char_validated(at, end - at);
-        const bool isInvalid = character >= 0x80000000U || character == 0;
-        const char* const next = isInvalid ? at + 1 : g_utf8_next_char(at);
-        if (isInvalid || (g_unichar_iscntrl(character) != FALSE && *at != '\t')) {
-            AppendHex(result, at, next);
-        } else {
-            result.append(at, next);
-        }
-        at = next;
-    }
+    AppendPrintable(result, text, kept);
     return result;
 }
 
 }  // namespace
 
 void Console::PrintLine(const std::string& text) {
-    PrintRaw(Printable(text));
+    m_out << Printable(text) << std::endl;
 }
 
-void Console::PrintRaw(const std::string& text) {
-    m_out << text << std::endl;
+void Console::PrintText(const std::string& text) {
+    m_out << Printable(text, "\t\n") << std::endl;
 }
 
 void Console::Print(const Json::Value& value) {
-    PrintRaw(Util::JsonUtil::JsonToString(value));
+    m_out << Util::JsonUtil::JsonToString(value) << std::endl;
 }
 
 void Console::Print(const Json::Value& json, const std::string& line) {

@@ -22,10 +22,10 @@ public:
     // Whether the result is wanted as JSON instead of text.
     [[nodiscard]] bool IsJson() const { return m_json; }
 
-    // One line of text, control characters and bytes that are no UTF-8 shown as \xNN.
+    // One line of text; a tab is shown as it is, else see AppendPrintable.
     void PrintLine(const std::string& text);
-    // The text as it is, and a line end.
-    void PrintRaw(const std::string& text);
+    // As above, of several lines.
+    void PrintText(const std::string& text);
     // One line of JSON.
     void Print(const Json::Value& value);
     // The one or the other, as wanted.

@@ -95,7 +95,7 @@ ExitCode PowerCommand::Show(const Arguments& arguments, Console& console) {
         console.Print(json);
     } else {
         lines.pop_back();
-        console.PrintRaw(lines);
+        console.PrintText(lines);
     }
     return kDone;
 }

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <glib.h>
+
+#include <string>
+#include <string_view>
+
+// Text from outside, made safe to show: a device's name must not start a line of its own, control a
+// terminal, or show its letters in another order than they have.
+
+// Whether a terminal does something else with the character than show it where it stands: a control
+// character (C0, C1, DEL), a line or paragraph separator, or one that changes the direction of text
+// (Unicode Standard Annex 9, 2).
+inline bool IsSteering(gunichar character) {
+    const bool isDirection = character == 0x061C || character == 0x200E || character == 0x200F ||
+                             (character >= 0x202A && character <= 0x202E) ||
+                             (character >= 0x2066 && character <= 0x2069);
+    return isDirection || character == 0x2028 || character == 0x2029 ||
+           g_unichar_iscntrl(character) != FALSE;
+}
+
+// Appends `text`; each byte of a steering character that is not in `kept` (ASCII), and each byte
+// that is not UTF-8, becomes \xNN.
+inline void AppendPrintable(std::string& out, std::string_view text, std::string_view kept = "") {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at < end) {
+        const gunichar character = g_utf8_get_char_validated(at, end - at);
+        const bool isInvalid = character >= 0x80000000U;
+        const char* const next = isInvalid || character == 0 ? at + 1 : g_utf8_next_char(at);
+        const bool isKept = kept.find(*at) != std::string_view::npos;
+        if (!isKept && (isInvalid || IsSteering(character))) {
+            for (; at < next; ++at) {
+                const auto byte = static_cast<unsigned char>(*at);
+                out += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};
+            }
+        } else {
+            out.append(at, next);
+        }
+        at = next;
+    }
+}
