@@ -180,6 +180,9 @@ ExitCode DeviceCommand::Forget(const Arguments& arguments, Console& console) {
     if (!obstacle.empty()) {
         return console.Fail(obstacle);
     }
+    if (!IsInDatabase(address)) {
+        return console.Fail("the device database has nothing about " + address);
+    }
     BluetoothUtil::DeleteDeviceFromDB(address);
     if (IsInDatabase(address)) {
         return console.Fail("the device database did not take the change");

@@ -80,8 +80,15 @@ std::optional<DeviceEntry> FindDevice(const std::string& address) {
 }
 
 bool IsInDatabase(const std::string& address) {
-    const OpenedDatabase database;
-    return database && database->IsRecordExist(address);
+    {
+        const OpenedDatabase database;
+        if (database &&
+            (database->IsRecordExist(address) || database->isManufacturerRecordExist(address))) {
+            return true;
+        }
+    }
+    // Opens and closes the database itself.
+    return BTDatabaseManager::getInstance()->getAbsVolConnectedHistory(address);
 }
 
 Json::Value ToJson(const DeviceEntry& device) {

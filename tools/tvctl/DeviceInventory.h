@@ -31,6 +31,7 @@ struct DeviceEntry {
 [[nodiscard]] std::vector<DeviceEntry> ListDevices();
 [[nodiscard]] std::optional<DeviceEntry> FindDevice(const std::string& address);
 
+// Whether any of its tables, the volume history included, has something about the device.
 [[nodiscard]] bool IsInDatabase(const std::string& address);
 
 // The entry as it is listed, and with everything that the database holds of it.
