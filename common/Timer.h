@@ -32,6 +32,8 @@ public:
     }
 
     void Cancel() { m_source.reset(); }
+    // Whether the action is still to run; also true within the action of a timer that runs once.
+    [[nodiscard]] bool IsRunning() const { return m_source != nullptr; }
 
 private:
     struct Destroy {

@@ -3,18 +3,19 @@
 #include "platform/linux/ConfigDatabase.h"
 
 #include <chrono>
-#include <cstring>
-#include <thread>
 #include <utility>
 
-#include "platform/linux/Folders.h"
+#include "platform/linux/SqliteConnection.h"
 
 namespace Platform {
 
 namespace {
 
-constexpr int kBusyTimeoutMs = 1000;
-constexpr int kBusyStepMs = 2;
+// One clock may be behind another's; what lies further ahead was not made by a clock.
+constexpr int64_t kMaxAheadUs = 366LL * 24 * 3600 * 1000000;
+// Of a key with its value. The list of ten thousand phones takes half of it; what is larger would
+// keep the main loop from its work.
+constexpr int kMaxEntryBytes = 1 << 20;
 
 // Version 1, the first. A revision comes from `sequence` and not from the row, so that a key that
 // is unset and written again does not get one that a watcher has seen.
@@ -68,22 +69,13 @@ public:
     StatementUse& operator=(const StatementUse&) = delete;
     ~StatementUse() {
         sqlite3_reset(m_statement);
+        sqlite3_stmt_status(m_statement, SQLITE_STMTSTATUS_VM_STEP, 1);
         sqlite3_clear_bindings(m_statement);
     }
 
 private:
     sqlite3_stmt* m_statement;  // not owned
 };
-
-// Asks again soon for a file that another process holds. SQLite's own waiting grows to 100 ms, and
-// who waits that long loses every time against processes that write without a pause.
-int OnBusy(void* /*userData*/, int attempts) noexcept {
-    if (attempts >= kBusyTimeoutMs / kBusyStepMs) {
-        return 0;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(kBusyStepMs));
-    return 1;
-}
 
 int64_t NowUs() {
     return std::chrono::duration_cast<std::chrono::microseconds>(
@@ -118,17 +110,11 @@ int ConfigDatabase::Transaction::Commit() {
 }
 
 int ConfigDatabase::Open(const std::string& path, bool create, bool durable) {
-    const bool isShared = IsShared(std::filesystem::path(path).parent_path());
-    int code = sqlite3_open_v2(path.c_str(), Out(m_handle),
-                               SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
-                                   (create ? SQLITE_OPEN_CREATE : 0) |
-                                   (isShared ? SQLITE_OPEN_NOFOLLOW : 0),
-                               nullptr);
+    int code = OpenSqlite(path, create, m_handle);
     if (code != SQLITE_OK) {
         return code;
     }
-    sqlite3_extended_result_codes(m_handle.get(), 1);
-    sqlite3_busy_handler(m_handle.get(), OnBusy, nullptr);
+    sqlite3_limit(m_handle.get(), SQLITE_LIMIT_LENGTH, kMaxEntryBytes);
     code = Execute(durable ? "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL"
                            : "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = OFF");
     if (code != SQLITE_OK) {
@@ -164,6 +150,7 @@ int ConfigDatabase::Prepare(StatementPtr& slot, const char* sql) {
 }
 
 int ConfigDatabase::Select(const std::string& key, ConfigLookup& lookup) {
+    m_subject = key;
     int code = Prepare(m_select, "SELECT type, value, revision FROM entries WHERE key = ?1");
     if (code != SQLITE_OK) {
         return code;
@@ -184,20 +171,30 @@ int ConfigDatabase::Select(const std::string& key, ConfigLookup& lookup) {
 }
 
 int ConfigDatabase::SelectAll(std::vector<ConfigEntry>& entries) {
-    int code = Prepare(m_selectAll, "SELECT key, type, value FROM entries ORDER BY key");
+    m_subject = "a key";
+    int code = Prepare(m_selectKeys, "SELECT key FROM entries ORDER BY key");
     if (code != SQLITE_OK) {
         return code;
     }
-    sqlite3_stmt* select = m_selectAll.get();
-    const StatementUse use(select);
-    while ((code = sqlite3_step(select)) == SQLITE_ROW) {
-        entries.push_back({ColumnText(select, 0), ColumnValue(select, 1)});
+    const StatementUse use(m_selectKeys.get());
+    while ((code = sqlite3_step(m_selectKeys.get())) == SQLITE_ROW) {
+        ConfigLookup lookup;
+        const std::string key = ColumnText(m_selectKeys.get(), 0);
+        // Each by itself, so that one that is too large can be named.
+        code = Select(key, lookup);
+        if (code != SQLITE_OK) {
+            return code;
+        }
+        entries.push_back({key, std::move(lookup.value)});
     }
     return code == SQLITE_DONE ? SQLITE_OK : code;
 }
 
 int ConfigDatabase::AdvanceSequence() {
-    int code = Prepare(m_advance, "UPDATE sequence SET revision = max(revision + 1, ?1)");
+    // A number that no clock made, near the largest one above all, would leave no room to rise.
+    int code = Prepare(m_advance,
+                       "UPDATE sequence SET revision = CASE WHEN typeof(revision) = 'integer' AND "
+                       "revision BETWEEN 0 AND ?1 + ?2 THEN max(revision + 1, ?1) ELSE ?1 END");
     if (code != SQLITE_OK) {
         return code;
     }
@@ -206,12 +203,16 @@ int ConfigDatabase::AdvanceSequence() {
     // The time keeps a file that replaces this one from repeating a revision with another value.
     code = sqlite3_bind_int64(advance, 1, NowUs());
     if (code == SQLITE_OK) {
+        code = sqlite3_bind_int64(advance, 2, kMaxAheadUs);
+    }
+    if (code == SQLITE_OK) {
         code = sqlite3_step(advance);
     }
     return code == SQLITE_DONE ? SQLITE_OK : code;
 }
 
 int ConfigDatabase::Write(const std::string& key, const ConfigValue& value) {
+    m_subject = key;
     int code = AdvanceSequence();
     if (code == SQLITE_OK) {
         code = Prepare(m_write,
@@ -252,16 +253,8 @@ int ConfigDatabase::Delete(const std::string& key, bool& existed) {
 }
 
 std::string ConfigDatabase::Explain(int code) const {
-    const int primary = code & 0xFF;
-    // "SQL logic error" says nothing; the connection knows which.
-    std::string text = primary == SQLITE_ERROR && m_handle != nullptr
-                           ? sqlite3_errmsg(m_handle.get())
-                           : sqlite3_errstr(code);
-    const int systemError = m_handle != nullptr ? sqlite3_system_errno(m_handle.get()) : 0;
-    if ((primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR) && systemError != 0) {
-        text += std::string(" (") + std::strerror(systemError) + ")";
-    }
-    return text;
+    return code == SQLITE_TOOBIG ? m_subject + " has more than 1 MiB"
+                                 : DescribeSqlite(m_handle.get(), code);
 }
 
 }  // namespace Platform

@@ -39,7 +39,7 @@ public:
     // Whether this is still the file that `now` describes and can be written if `forWriting`.
     [[nodiscard]] bool IsCurrent(const struct stat& now, bool forWriting) const;
 
-    // SQLITE_OK with kOk or kAbsent in the lookup.
+    // SQLITE_OK with kOk or kAbsent in the lookup; SQLITE_TOOBIG for an entry of more than 1 MiB.
     [[nodiscard]] int Select(const std::string& key, ConfigLookup& lookup);
     [[nodiscard]] int SelectAll(std::vector<ConfigEntry>& entries);
 
@@ -58,8 +58,9 @@ private:
     SqlitePtr m_handle;
     struct stat m_identity = {};  // of the file that is open
     bool m_hasSchema = false;
+    std::string m_subject;  // the key that is being read or written
     StatementPtr m_select;
-    StatementPtr m_selectAll;
+    StatementPtr m_selectKeys;
     StatementPtr m_advance;
     StatementPtr m_write;
     StatementPtr m_delete;

@@ -3,6 +3,7 @@
 #include "platform/linux/ConfigFile.h"
 
 #include <fcntl.h>
+#include <glib.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -20,6 +21,12 @@ namespace {
 // Longer than the step in which others ask for a file that is held.
 constexpr std::chrono::milliseconds kTurn(3);
 
+// Names the turn of the main loop that this code runs in; empty outside of one.
+std::optional<int64_t> LoopTurn() {
+    GSource* const source = g_main_current_source();
+    return source == nullptr ? std::nullopt : std::optional(g_source_get_time(source));
+}
+
 }  // namespace
 
 ConfigFile::ConfigFile(std::string folder, Kind kind)
@@ -31,17 +38,32 @@ ConfigFile::ConfigFile(std::string folder, Kind kind)
 ConfigLookup ConfigFile::Lookup(const std::string& key) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     ConfigLookup lookup;
-    lookup.status = Open(Access::kRead);
-    if (lookup.status != ConfigStatus::kOk) {
+    // What is decided in one turn is decided from the same state: a value that could not be read
+    // must not pass for an absent one beside values that were.
+    const auto turn = LoopTurn();
+    if (turn && turn == m_failedTurn) {
+        lookup.status = m_failedStatus;
         return lookup;
+    }
+    lookup.status = Read(key, lookup);
+    if (IsFailure(lookup.status)) {
+        m_failedTurn = turn;
+        m_failedStatus = lookup.status;
+    }
+    return lookup;
+}
+
+ConfigStatus ConfigFile::Read(const std::string& key, ConfigLookup& lookup) {
+    const ConfigStatus opened = Open(Access::kRead);
+    if (opened != ConfigStatus::kOk) {
+        return opened;
     }
     const int code = m_database->Select(key, lookup);
     if (code != SQLITE_OK) {
-        lookup.status = FailSqlite(Access::kRead, code);
-    } else {
-        Worked(Access::kRead);
+        return FailSqlite(Access::kRead, code);
     }
-    return lookup;
+    Worked(Access::kRead);
+    return lookup.status;
 }
 
 ConfigStatus ConfigFile::Store(const std::string& key, const ConfigValue& value,
@@ -145,13 +167,10 @@ ConfigStatus ConfigFile::Open(Access access) {
         if (error != ENOENT || m_kind == Kind::kDurable || m_wasThere) {
             Fail(access, m_path + ": " + std::strerror(error));
         }
-        return error == ENOENT ? ConfigStatus::kNoFile : ConfigStatus::kFailed;
+        return error == ENOENT && !m_wasThere ? ConfigStatus::kNoFile : ConfigStatus::kFailed;
     }
-    if (!isThere) {
-        if (!MakeFolders(m_folder)) {
-            return Fail(access, m_folder + ": " + std::strerror(errno));
-        }
-        MakeSharedFile(m_path);
+    if (!isThere && !MakeFolders(m_folder)) {
+        return Fail(access, m_folder + ": " + std::strerror(errno));
     }
     return OpenDatabase(access);
 }
@@ -179,6 +198,7 @@ void ConfigFile::LetOthersIn() const {
 
 void ConfigFile::TellWatchers() {
     MakeSharedFile(m_notificationPath);
+    const OwnerIdentity identity(m_folder);
     const FileDescriptor file(open(m_notificationPath.c_str(),
                                    O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
     if (file.IsOpen()) {
@@ -193,6 +213,9 @@ ConfigStatus ConfigFile::FailSqlite(Access access, int code) {
     Fail(access, m_path + ": " + m_database->Explain(code));
     if ((code & 0xFF) == SQLITE_BUSY) {
         return ConfigStatus::kBusy;
+    }
+    if (code == SQLITE_TOOBIG) {
+        return ConfigStatus::kTooLarge;
     }
     // Not closed here, for a transaction may still be on it. The next access opens what is there
     // by then: the mended file, or the one that replaced it.

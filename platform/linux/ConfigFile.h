@@ -18,8 +18,9 @@ namespace Platform {
 
 // One file of typed values, shared by processes. Reading never creates it. The file may be missing,
 // damaged, locked or replaced at any time: each access then fails, one log line says so, and
-// accesses work again as soon as the file does. Any thread; a call waits about 1 s at most for
-// another process.
+// accesses work again as soon as the file does. Once a read has failed in a turn of the main loop,
+// those that follow in that turn fail, too. Any thread; a call waits about 1 s at most for another
+// process, and one soon after a call that waited in vain does not wait.
 class ConfigFile {
 public:
     enum class Kind {
@@ -51,6 +52,7 @@ public:
 private:
     enum class Access { kRead, kWrite };
 
+    ConfigStatus Read(const std::string& key, ConfigLookup& lookup);
     [[nodiscard]] ConfigStatus Open(Access access);
     [[nodiscard]] ConfigStatus OpenDatabase(Access access);
     void LetOthersIn() const;
@@ -71,6 +73,8 @@ private:
     std::unique_ptr<ConfigDatabase> m_database;
     bool m_isStale = false;  // to be opened anew by the next access
     bool m_wasThere = false;
+    std::optional<int64_t> m_failedTurn;  // of the main loop, in which a read failed
+    ConfigStatus m_failedStatus = ConfigStatus::kFailed;
     std::chrono::steady_clock::time_point m_lastWrite;
     FaultLog m_readFault;
     FaultLog m_writeFault;

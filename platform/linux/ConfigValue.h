@@ -23,12 +23,19 @@ struct ConfigEntry {
 
 enum class ConfigStatus {
     kOk,
-    kAbsent,   // the key was never written, or was unset
-    kNoFile,   // nothing was ever written here, or the file went away, which is then logged
-    kChanged,  // the key was written since the caller read it
-    kBusy,     // another process holds the file; logged when that began, worth another attempt
-    kFailed    // the file cannot be used; logged when that began
+    kAbsent,    // the key was never written, or was unset
+    kNoFile,    // nothing was ever written here; logged for a durable file
+    kChanged,   // the key was written since the caller read it
+    kBusy,      // another process holds the file; logged when that began, worth another attempt
+    kTooLarge,  // the key with its value has more than 1 MiB; logged
+    kFailed     // the file cannot be used, or went away; logged when that began
 };
+
+// Whether nothing is known of the key, not even that it is absent.
+inline bool IsFailure(ConfigStatus status) {
+    return status == ConfigStatus::kBusy || status == ConfigStatus::kTooLarge ||
+           status == ConfigStatus::kFailed;
+}
 
 struct ConfigLookup {
     ConfigStatus status = ConfigStatus::kFailed;

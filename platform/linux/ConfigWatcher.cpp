@@ -18,10 +18,13 @@ namespace Platform {
 
 namespace {
 
-constexpr guint kRetryMs = 1000;
+constexpr int kRetryMs = 1000;
+constexpr int kMaxRetryMs = 60000;
 constexpr int64_t kNeverSeen = -1;
 
 }  // namespace
+
+ConfigWatcher::ConfigWatcher(ConfigFile& file) : m_file(file), m_retryMs(kRetryMs) {}
 
 bool ConfigWatcher::Add(const std::string& key, vconf_callback_fn callback, void* userData) {
     if (!Start()) {
@@ -29,10 +32,10 @@ bool ConfigWatcher::Add(const std::string& key, vconf_callback_fn callback, void
     }
     // Read after the watch stands: a write from now on is a change.
     const ConfigLookup present = m_file.Lookup(key);
-    const bool isMissed = m_hasMissedRead || present.status == ConfigStatus::kBusy;
+    const bool isMissed = m_hasMissedRead || IsMissed(present.status);
     const int64_t revision = isMissed ? kNeverSeen : present.revision;
     if (isMissed) {
-        RetrySoon();
+        RetryLater();
     }
     m_registrations.push_back(
         std::make_shared<Registration>(Registration{key, callback, userData, revision, true}));
@@ -63,13 +66,17 @@ void ConfigWatcher::MissedRead() {
         registration->lastSeen = kNeverSeen;
     }
     if (!m_registrations.empty()) {
-        RetrySoon();
+        RetryLater();
     }
 }
 
-void ConfigWatcher::RetrySoon() {
-    if (!m_retry.IsActive()) {
-        m_retry = MainLoopSource(g_timeout_add(kRetryMs, OnRetry, this));
+void ConfigWatcher::RetryLater() {
+    if (!m_retry.IsRunning()) {
+        m_retry = Timer::Once(m_retryMs, [this] {
+            m_retryMs = std::min(2 * m_retryMs, kMaxRetryMs);
+            m_retry.Cancel();
+            TellChanges();
+        });
     }
 }
 
@@ -90,7 +97,7 @@ bool ConfigWatcher::Start() {
 
 void ConfigWatcher::Stop() {
     m_source = MainLoopSource();
-    m_retry = MainLoopSource();
+    m_retry.Cancel();
     m_watch.reset();
 }
 
@@ -101,13 +108,6 @@ gboolean ConfigWatcher::OnReadable(gint /*fd*/, GIOCondition /*condition*/,
         self->TellChanges();
     }
     return G_SOURCE_CONTINUE;
-}
-
-gboolean ConfigWatcher::OnRetry(gpointer userData) noexcept {
-    auto* self = static_cast<ConfigWatcher*>(userData);
-    self->m_retry.Release();
-    self->TellChanges();
-    return G_SOURCE_REMOVE;
 }
 
 void ConfigWatcher::TellChanges() {
@@ -123,9 +123,6 @@ void ConfigWatcher::TellChanges() {
             known = lookups.emplace(registration->key, m_file.Lookup(registration->key)).first;
         }
         const ConfigLookup& lookup = known->second;
-        if (lookup.status == ConfigStatus::kBusy) {
-            RetrySoon();
-        }
         // A file that is gone or broken is a fault and not a write.
         const bool isKnown =
             lookup.status == ConfigStatus::kOk || lookup.status == ConfigStatus::kAbsent;
@@ -134,6 +131,14 @@ void ConfigWatcher::TellChanges() {
             _keynode_t node = {registration->key};
             registration->callback(&node, registration->userData);
         }
+    }
+    const bool isMissed = std::any_of(lookups.begin(), lookups.end(), [](const auto& lookup) {
+        return IsMissed(lookup.second.status);
+    });
+    if (isMissed) {
+        RetryLater();
+    } else if (!m_retry.IsRunning()) {
+        m_retryMs = kRetryMs;
     }
 }
 

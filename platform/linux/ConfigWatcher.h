@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Timer.h"
 #include "platform/config_store.h"
 #include "platform/linux/ConfigFile.h"
 #include "platform/linux/Handles.h"
@@ -23,7 +24,7 @@ namespace Platform {
 class ConfigWatcher {
 public:
     // `file` must outlive the watcher.
-    explicit ConfigWatcher(ConfigFile& file) : m_file(file) {}
+    explicit ConfigWatcher(ConfigFile& file);
     ConfigWatcher(const ConfigWatcher&) = delete;
     ConfigWatcher& operator=(const ConfigWatcher&) = delete;
 
@@ -31,9 +32,13 @@ public:
     [[nodiscard]] bool Add(const std::string& key, vconf_callback_fn callback, void* userData);
     // False when there is no such registration.
     [[nodiscard]] bool Remove(const std::string& key, vconf_callback_fn callback);
-    // A reader could not wait for another process that held the file and took a value for missing:
-    // once the file can be read, every watched key counts as changed.
+    // A reader could not read the file and took a value for missing: once the file can be read,
+    // every watched key counts as changed.
     void MissedRead();
+    // Whether a lookup that gave this status is such a read; what is too large waits for a write.
+    [[nodiscard]] static bool IsMissed(ConfigStatus status) {
+        return IsFailure(status) && status != ConfigStatus::kTooLarge;
+    }
 
 private:
     struct Registration {
@@ -47,16 +52,17 @@ private:
     bool Start();
     void Stop();
     void TellChanges();
-    void RetrySoon();
+    // Looks again after a pause, which doubles as long as the file cannot be read.
+    void RetryLater();
     static gboolean OnReadable(gint fd, GIOCondition condition, gpointer userData) noexcept;
-    static gboolean OnRetry(gpointer userData) noexcept;
 
     ConfigFile& m_file;
     // Shared with a round of callbacks under way, in which one may be removed.
     std::vector<std::shared_ptr<Registration>> m_registrations;
     std::unique_ptr<PathWatch> m_watch;
     MainLoopSource m_source;
-    MainLoopSource m_retry;
+    Timer m_retry;
+    int m_retryMs;
     bool m_hasMissedRead = false;
 };
 

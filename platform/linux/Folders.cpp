@@ -3,7 +3,9 @@
 #include "platform/linux/Folders.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <grp.h>
+#include <sys/fsuid.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,9 +19,21 @@ namespace Platform {
 
 namespace {
 
-// It comes to its place with its mode, so that nobody finds it before it is shared. Nothing is done
-// by name to what somebody else may have put there meanwhile.
+// The user as whom this thread reaches files; the call changes nothing.
+uid_t FileUser() {
+    return static_cast<uid_t>(setfsuid(static_cast<uid_t>(-1)));
+}
+
+// Of this thread only; the C library's function would change every thread's.
+void SetThreadGroups(const std::vector<gid_t>& groups) {
+    syscall(SYS_setgroups, groups.size(), groups.data());
+}
+
+// The folder is created under a temporary name, given its mode, then renamed, so that nobody finds
+// it before it is shared. Nothing is done by name to what somebody else may have put there
+// meanwhile.
 bool MakeSharedFolder(const std::filesystem::path& folder) {
+    const OwnerIdentity identity(folder.parent_path());
     std::string name = folder.string() + ".XXXXXX";
     if (mkdtemp(name.data()) == nullptr) {
         return false;
@@ -27,7 +41,7 @@ bool MakeSharedFolder(const std::filesystem::path& folder) {
     const FileDescriptor made(open(name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status = {};
     errno = EPERM;
-    if (made.IsOpen() && fstat(made.Get(), &status) == 0 && status.st_uid == geteuid() &&
+    if (made.IsOpen() && fstat(made.Get(), &status) == 0 && status.st_uid == FileUser() &&
         fchmod(made.Get(), S_ISGID | S_IRWXU | S_IRWXG) == 0 &&
         renameat2(AT_FDCWD, name.c_str(), AT_FDCWD, folder.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
@@ -38,14 +52,15 @@ bool MakeSharedFolder(const std::filesystem::path& folder) {
     return false;
 }
 
-bool IsReachedByPlantedLink(const std::filesystem::path& folder) {
-    std::error_code ignored;
-    for (auto part = folder; part.has_relative_path(); part = part.parent_path()) {
-        if (std::filesystem::is_symlink(part, ignored) && IsShared(part.parent_path())) {
-            return true;
-        }
+bool IsPlantedLink(const std::filesystem::path& path) {
+    struct stat link = {};
+    if (lstat(path.c_str(), &link) != 0 || !S_ISLNK(link.st_mode)) {
+        return false;
     }
-    return false;
+    struct stat folder = {};
+    const bool isShared = IsShared(path.parent_path(), folder);
+    const bool isStrangers = link.st_uid != 0 && link.st_uid != geteuid();
+    return isShared || ((folder.st_mode & S_IWOTH) != 0 && isStrangers);
 }
 
 bool MakeFoldersFrom(const std::filesystem::path& folder) {
@@ -72,9 +87,46 @@ bool MakeFoldersFrom(const std::filesystem::path& folder) {
 }  // namespace
 
 bool IsShared(const std::filesystem::path& folder) {
-    constexpr mode_t kShared = S_ISGID | S_IWGRP;
     struct stat status = {};
+    return IsShared(folder, status);
+}
+
+bool IsShared(const std::filesystem::path& folder, struct stat& status) {
+    constexpr mode_t kShared = S_ISGID | S_IWGRP;
+    status = {};
     return stat(folder.c_str(), &status) == 0 && (status.st_mode & kShared) == kShared;
+}
+
+bool IsReachedByPlantedLink(const std::filesystem::path& path) {
+    for (auto part = path; part.has_relative_path(); part = part.parent_path()) {
+        if (IsPlantedLink(part)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+OwnerIdentity::OwnerIdentity(const std::filesystem::path& folder) {
+    struct stat status = {};
+    if (geteuid() != 0 || !IsShared(folder, status) || status.st_uid == 0) {
+        return;
+    }
+    const int count = getgroups(0, nullptr);
+    m_groups.resize(static_cast<std::size_t>(count < 0 ? 0 : count));
+    m_isTaken = getgroups(static_cast<int>(m_groups.size()), m_groups.data()) >= 0;
+    if (m_isTaken) {
+        SetThreadGroups({});
+        m_group = static_cast<gid_t>(setfsgid(status.st_gid));
+        m_user = static_cast<uid_t>(setfsuid(status.st_uid));
+    }
+}
+
+OwnerIdentity::~OwnerIdentity() {
+    if (m_isTaken) {
+        setfsuid(m_user);
+        setfsgid(m_group);
+        SetThreadGroups(m_groups);
+    }
 }
 
 bool MakeFolders(const std::filesystem::path& folder) {
@@ -85,15 +137,18 @@ bool MakeFolders(const std::filesystem::path& folder) {
     return MakeFoldersFrom(folder);
 }
 
-void MakeSharedFile(const std::filesystem::path& file) {
-    if (!IsShared(file.parent_path())) {
-        return;
+bool MakeSharedFile(const std::filesystem::path& file) {
+    const std::filesystem::path folder = file.parent_path();
+    if (!IsShared(folder) || IsReachedByPlantedLink(folder)) {
+        return false;
     }
+    const OwnerIdentity identity(folder);
     constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP;
     const FileDescriptor made(open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode));
     if (made.IsOpen()) {
         static_cast<void>(fchmod(made.Get(), kMode));
     }
+    return made.IsOpen();
 }
 
 }  // namespace Platform

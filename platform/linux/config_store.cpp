@@ -39,8 +39,9 @@ ConfigWatcher* WatcherOf(const char* key) {
 
 ConfigLookup Read(const char* key) {
     ConfigLookup lookup = ConfigStore::Instance().Lookup(key);
-    if (lookup.status == ConfigStatus::kBusy) {
-        WatcherOf(key)->MissedRead();
+    ConfigWatcher* watcher = WatcherOf(key);
+    if (watcher != nullptr && ConfigWatcher::IsMissed(lookup.status)) {
+        watcher->MissedRead();
     }
     return lookup;
 }

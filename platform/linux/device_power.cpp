@@ -11,7 +11,6 @@
 
 namespace {
 
-using Platform::ConfigStatus;
 using Platform::ConfigStore;
 using Platform::GetState;
 using Platform::MainLoopSource;
@@ -27,8 +26,7 @@ MainLoopSource& LockEnd() {
 }
 
 int ForgetLock() {
-    const ConfigStatus status = ConfigStore::Instance().Unset(Platform::StateKey(kStandbyLock));
-    return status == ConfigStatus::kFailed || status == ConfigStatus::kBusy ? -1 : 0;
+    return IsFailure(ConfigStore::Instance().Unset(Platform::StateKey(kStandbyLock))) ? -1 : 0;
 }
 
 gboolean OnLockEnd(gpointer /*userData*/) noexcept {

@@ -28,8 +28,7 @@ int sound_manager_get_device_mute(sound_tv_device_e device, bool* mute) {
         return -EINVAL;
     }
     const auto lookup = Platform::ConfigStore::Instance().Lookup(Platform::StateKey(kSpeakerMute));
-    if (lookup.status == Platform::ConfigStatus::kFailed ||
-        lookup.status == Platform::ConfigStatus::kBusy) {
+    if (IsFailure(lookup.status)) {
         return -EIO;
     }
     *mute = lookup.status == Platform::ConfigStatus::kOk && lookup.value.number != 0;

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
+#include <sstream>
 
 #include "platform/config_store.h"
 #include "tests/e2e/Bench.h"
@@ -28,8 +30,19 @@ GVariant* Text(const std::string& text) {
 }
 
 class Signals : public Bench {};
-class Keys : public Bench {};
-class Files : public Bench {};
+class Files : public Bench {
+protected:
+    // Another program at work on a configuration file; the connection stays until the next one.
+    void Sql(const std::string& sql, const std::string& folder = "/var/lib") {
+        ASSERT_EQ(sqlite3_open((Root() + folder + "/tv-platform/config.db").c_str(), Out(m_other)),
+                  SQLITE_OK);
+        ASSERT_EQ(sqlite3_exec(m_other.get(), sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(m_other.get());
+    }
+
+    SqlitePtr m_other;
+};
+class Keys : public Files {};
 class Daemon : public Bench {};
 class BrokenPlayer : public Bench {
 protected:
@@ -92,7 +105,7 @@ TEST_F(Keys, WhateverTheyHoldTheServiceStartsAndFollowsTheNextGoodValue) {
         {"{\"address\":\"A0:11:22:33:44:01\"}", "Json exception : "},
         {R"([{"address":{},"value":"Y"}])", "Json exception : "},
         {R"([7])", "Json exception : "},
-        {std::string(1 << 20, 'x'), "exception : "},
+        {std::string(1 << 19, 'x'), "exception : "},
     };
     for (const auto& [value, line] : bad) {
         ASSERT_EQ(vconf_set_str(kSettingsKey, value.c_str()), 0);
@@ -103,6 +116,13 @@ TEST_F(Keys, WhateverTheyHoldTheServiceStartsAndFollowsTheNextGoodValue) {
     ASSERT_EQ(vconf_set_int(kSettingsKey, 5), 0);
     ASSERT_EQ(vconf_set_bool(kAutoOnOffKey, 1), 0);
     AwaitLog("No device which enable bt auto connection");
+    EXPECT_LT(vconf_set_str(kSettingsKey, std::string(1 << 20, ' ').c_str()), 0);
+    Sql("UPDATE entries SET type = 'string', value = printf('%2000000d', 1) WHERE key = '" +
+        std::string(kSettingsKey) + "'; UPDATE sequence SET revision = 9223372036854775806");
+    for (const char* text : {"a", "b", "c"}) {
+        ASSERT_EQ(vconf_set_str(kAutoOnOffKey, text), 0);
+        AwaitLog(std::string(kSettingsKey) + " has more than 1 MiB");
+    }
     ASSERT_EQ(vconf_set_str(kSettingsKey, good.c_str()), 0);
     Tvctl({"conf", "unset", kAutoOnOffKey});
     AwaitLog("AutoOnOffDevices is empty");
@@ -122,9 +142,8 @@ TEST_F(Files, AConfigurationThatIsNoDatabaseIsReportedOnceAndItsReplacementIsRea
     StartService();
     EXPECT_EQ(CountLog("file is not a database"), 1U);
     EXPECT_GE(CountLog("fail to get vconfkey"), 1U);
+    // Its keys have the revisions that they had, and nobody tells that it is back.
     fs::rename(kept, database);
-    // Any write tells the service to look again.
-    Tvctl({"phone", "add", kBen});
     AwaitLog("enable auto on/off and bt auto connection");
     Wake();
     AwaitEvent("phone Alice: plays");
@@ -134,23 +153,37 @@ TEST_F(Files, AConfigurationThatAnotherProcessHoldsIsReadOnceItIsFree) {
     StartSimulator(kAlicePhone);
     SetUpTv();
     StartService();
-    SqlitePtr holder;
-    ASSERT_EQ(sqlite3_open((Root() + "/var/lib/tv-platform/config.db").c_str(), Out(holder)), 0);
-    ASSERT_EQ(sqlite3_exec(holder.get(), "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), 0);
+    Sql("BEGIN EXCLUSIVE");
     Emit("AutoConMobileUpdate", Text("{}"));
     AwaitLog("No device which enable bt auto connection");
-    ASSERT_EQ(sqlite3_exec(holder.get(), "COMMIT", nullptr, nullptr, nullptr), 0);
+    m_other.reset();
     AwaitLog("enable auto on/off and bt auto connection");
     Wake();
     AwaitEvent("phone Alice: plays");
+}
+
+TEST_F(Files, AWakeUpReasonThatCannotBeReadStartsNothing) {
+    StartSimulator(kAlicePhone);
+    SetUpTv();
+    Tvctl({"power", "set", "wakeup-reason", "94"});
+    StartService();
+    Sql("BEGIN EXCLUSIVE", "/run");
+    Wake();
+    // Free again just before the ambient state is read, which would let the attempt begin.
+    AwaitLog("Start ZEMI bluetooth auto connection");
+    m_other.reset();
+    AwaitLog("Not supported condition");
+    Wake();
+    AwaitLog("Not support power reason");
+    EXPECT_EQ(CountLog("Start LE scan"), 0U);
 }
 
 TEST_F(Files, FeaturesThatCannotBeReadMakeItAnotherTvUntilTheyAreMended) {
     StartSimulator(kAlicePhone);
     SetUpTv();
     const fs::path features = Root() + "/etc/tv-platform/features.conf";
-    const fs::path kept = Root() + "/kept.conf";
-    fs::copy_file(features, kept);
+    std::stringstream good;
+    good << std::ifstream(features).rdbuf();
     StartService();
     for (const char* content :
          {"", "[com.velmora/featureconf]\ndisplay_rotator_supported=perhaps\n",
@@ -160,12 +193,21 @@ TEST_F(Files, FeaturesThatCannotBeReadMakeItAnotherTvUntilTheyAreMended) {
         AwaitLog("Failed to get com.velmora/featureconf/display_rotator_supported");
         AwaitLog("Not the zemi tv");
     }
+    // As long and as old as the good one.
+    Overwrite(features, good.str());
+    const auto time = fs::last_write_time(features);
+    Wake();
+    AwaitLog("Start ZEMI bluetooth auto connection");
+    Overwrite(features, std::regex_replace(good.str(), std::regex("=true"), "=fals"));
+    fs::last_write_time(features, time);
+    Wake();
+    AwaitLog("Not the zemi tv");
     fs::remove(features);
     fs::create_directory(features);
     Wake();
     AwaitLog("Not the zemi tv");
     fs::remove(features);
-    fs::rename(kept, features);
+    Overwrite(features, good.str());
     Wake();
     AwaitEvent("phone Alice: plays");
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/database.h"
 #include "tests/e2e/Bench.h"
 
 // What an engineer asks and changes with tvctl, with the real files and the simulated adapter.
@@ -62,6 +63,11 @@ bonded=false
 )";
 constexpr const char* kBar = "A0:00:00:00:00:07";
 
+void Sql(const SqlitePtr& connection, const std::string& sql) {
+    EXPECT_EQ(sqlite3_exec(connection.get(), sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(connection.get());
+}
+
 class Devices : public Bench {
 protected:
     [[nodiscard]] std::string Database() const {
@@ -101,6 +107,15 @@ TEST_F(Devices, KeepTheirFlagAndHistoryUntilTheyAreForgotten) {
     Tvctl({"device", "dont-use", kBar});
     Tvctl({"device", "forget", kBar});
     EXPECT_THAT(Tvctl({"device", "history", kBar}), ElementsAre("no"));
+    EXPECT_THAT(TvctlFailure({"device", "forget", kBar}), HasSubstr("has nothing about"));
+    Tvctl({"device", "history", "--record", kBar});
+    {
+        // Somebody who reads keeps others from writing.
+        SqlitePtr reader;
+        ASSERT_EQ(sqlite3_open(Database().c_str(), Out(reader)), SQLITE_OK);
+        Sql(reader, "BEGIN; SELECT * FROM volume_info");
+        EXPECT_THAT(TvctlFailure({"device", "forget", kBar}), HasSubstr("did not take the change"));
+    }
     EXPECT_THAT(Tvctl({"device", "list"})[6], EndsWith("\tuse\t[AV] Bar"));
     EXPECT_THAT(TvctlFailure({"device", "use", "A0:00:00:00:00:05"}), HasSubstr("'Cans' is no"));
     EXPECT_THAT(TvctlFailure({"device", "type", "A0:00:00:00:00:0A"}), HasSubstr("not bonded"));
@@ -187,9 +202,103 @@ TEST_F(Box, DoesNotFollowWhatAMemberOfTheGroupPlanted) {
     std::filesystem::create_symlink(Root() + "/made", state + "config.db");
     TvctlFailure({"conf", "set", "db/box/key", "1"});
     EXPECT_FALSE(std::filesystem::exists(Root() + "/made"));
+    std::filesystem::remove(state + "config.db");
     struct stat status = {};
     ASSERT_EQ(stat(target.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 0400U);
+}
+
+// As SQLite leaves it when it dies in a transaction of two databases (SQLite's file format, 3),
+// both of which are to be found through `superJournal`.
+void LeaveJournal(const std::string& journal, const std::string& superJournal) {
+    const auto number = [](std::uint32_t value) {
+        std::string bytes;
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            bytes += static_cast<char>(value >> shift);
+        }
+        return bytes;
+    };
+    const std::string magic = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
+    std::string content = magic + number(0) + number(0) + number(1) + number(512) + number(4096);
+    content.resize(512);
+    std::uint32_t sum = 0;
+    for (const char c : superJournal) {
+        sum += static_cast<std::uint32_t>(c);
+    }
+    std::ofstream(journal) << content << number(1) << superJournal
+                           << number(static_cast<std::uint32_t>(superJournal.size())) << number(sum)
+                           << magic;
+}
+
+TEST_F(Box, HarmsNothingElseWhateverLiesBesideItsDatabases) {
+    const std::string victim = Root() + "/victim";
+    std::ofstream(victim) << "mine";
+    StartSimulator(kDevices);
+    Tvctl({"device", "history", "--record", kBar});
+    Tvctl({"conf", "set", "db/box/key", "1"});
+    const std::string config = Root() + "/var/lib/tv-platform/config.db";
+    const std::string devices =
+        Root() + "/opt/usr/home/owner/apps_rw/org.orlix.nirvo/data/BT_Connection_record.db";
+    LeaveJournal(config + "-journal", victim);
+    LeaveJournal(devices + "-journal", victim);
+    EXPECT_THAT(Tvctl({"conf", "list", "db/"}), ElementsAre("db/box/key\tint\t1"));
+    EXPECT_THAT(Tvctl({"device", "history", kBar}), ElementsAre("yes"));
+    EXPECT_TRUE(std::filesystem::exists(victim));
+
+    // A pipe would be waited for until somebody writes to it.
+    std::filesystem::remove(config + "-journal");
+    ASSERT_EQ(mkfifo((config + "-journal").c_str(), 0666), 0);
+    EXPECT_THAT(TvctlFailure({"conf", "list"}), HasSubstr("Operation not permitted"));
+    std::filesystem::remove(config + "-journal");
+
+    constexpr const char* kEndless =
+        "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i + 1 FROM n) "
+        "SELECT 'k', 'int', 1, max(i) FROM n";
+    SqlitePtr other;
+    ASSERT_EQ(sqlite3_open(config.c_str(), Out(other)), SQLITE_OK);
+    Sql(other, std::string("ALTER TABLE entries RENAME TO kept; CREATE VIEW entries"
+                           "(key, type, value, revision) AS ") +
+                   kEndless);
+    EXPECT_THAT(TvctlFailure({"conf", "get", "db/box/key"}), HasSubstr("config.db: "));
+    other.reset();
+    ASSERT_EQ(db_util_open(devices.c_str(), Out(other), 1), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(other.get(), kEndless, nullptr, nullptr, nullptr), SQLITE_INTERRUPT);
+}
+
+TEST_F(Box, WaitsOnceForADatabaseThatIsHeldAndGetsItDurableOrNotAtAll) {
+    const std::string file = Root() + "/held.db";
+    SqlitePtr holder;
+    SqlitePtr own;
+    ASSERT_EQ(sqlite3_open(file.c_str(), Out(holder)), SQLITE_OK);
+    Sql(holder, "CREATE TABLE t(x); BEGIN EXCLUSIVE");
+    const gint64 start = g_get_monotonic_time();
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(db_util_open(file.c_str(), Out(own), 1), SQLITE_BUSY);
+    }
+    // Twenty waits would take twenty seconds; a machine that is busy gets ten for one.
+    EXPECT_LT(g_get_monotonic_time() - start, 10 * G_USEC_PER_SEC);
+    Sql(holder, "COMMIT");
+    ASSERT_EQ(db_util_open(file.c_str(), Out(own), 1), SQLITE_OK);
+    StatementPtr setting;
+    ASSERT_EQ(sqlite3_prepare_v2(own.get(), "PRAGMA synchronous", -1, Out(setting), nullptr),
+              SQLITE_OK);
+    ASSERT_EQ(sqlite3_step(setting.get()), SQLITE_ROW);
+    EXPECT_EQ(sqlite3_column_int(setting.get(), 0), 3) << "EXTRA";
+}
+
+TEST_F(Box, MayHaveItsStateOnAnotherDisk) {
+    namespace fs = std::filesystem;
+    fs::remove_all(Root() + "/var/lib");
+    SharedFolder("/disk/lib/tv-platform");
+    fs::create_directories(Root() + "/var");
+    fs::create_directory_symlink(Root() + "/disk/lib", Root() + "/var/lib");
+    Tvctl({"conf", "set", "db/box/key", "1"});
+    EXPECT_THAT(Tvctl({"conf", "get", "db/box/key"}), ElementsAre("1"));
+    // A value is shown, and not carried out by the terminal that shows it.
+    Tvctl({"conf", "set", "db/box/key", "--type", "string",
+           "a\tb\n\x1b[2J\r\xc2\x9b\xe2\x80\xae\xe2\x80\xa8\xff"});
+    EXPECT_THAT(Tvctl({"conf", "get", "db/box/key"}),
+                ElementsAre("a\tb", "\\x1B[2J\\x0D\\xC2\\x9B\\xE2\\x80\\xAE\\xE2\\x80\\xA8\\xFF"));
 }
 
 TEST_F(Box, IsWokenOnceMoreWhenItsAdapterComesBack) {

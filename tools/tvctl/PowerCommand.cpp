@@ -84,7 +84,7 @@ ExitCode PowerCommand::Show(const Arguments& arguments, Console& console) {
         }
         const std::string key = KeyOf(known.name);
         const ConfigLookup lookup = ConfigStore::Instance().Lookup(key);
-        if (lookup.status == ConfigStatus::kFailed || lookup.status == ConfigStatus::kBusy) {
+        if (IsFailure(lookup.status)) {
             return console.Fail(ConfigStore::Instance().LastFailure(key));
         }
         json[known.name] = NumberIn(lookup);
