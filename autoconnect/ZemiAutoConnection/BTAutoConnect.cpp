@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/src/AutoConnectDbg.h"
 #include "common/CHandle.h"
 #include "utility/AppManagerUtil.h"
@@ -19,19 +20,13 @@ namespace {
 enum Status { kIdle = 0, kScanning = 1, kConnecting = 2 };
 
 constexpr int kMsPerSec = 1000;
-constexpr unsigned int kWakeUpWindowMs = 10000;
 // The phone's player shows up over AVRCP some time after the audio connection.
 constexpr unsigned int kPlaybackCheckDelayMs = 3000;
-
-constexpr int kAmbientModePicture = 1;
-constexpr int kAmbientTypeGeneral = 1 << 0;
 
 // Where a phone's advertisement carries its address, most significant byte first.
 constexpr int kMinManufacturerDataSize = 15;
 constexpr int kAddressStart = 7;
 constexpr int kAddressSize = 6;
-
-constexpr const char* kMediaPlayerAppId = "com.velmora.tv.bmp";
 
 void CheckPlayback() {
     bt_avrcp_player_state_e state = BT_AVRCP_PLAYER_STATE_STOPPED;
@@ -44,7 +39,7 @@ void CheckPlayback() {
         return;
     }
     BTLOG_INFO("send play cmd to bmplayer");
-    Util::AppManagerUtil::LaunchApp(kMediaPlayerAppId, {{"cmd", "play"}}, true);
+    Util::AppManagerUtil::LaunchApp(Conditions::kMediaPlayerAppId, {{"cmd", "play"}}, true);
 }
 
 int OnPlaybackCheckTimer(void* /*user_data*/) noexcept {
@@ -85,8 +80,8 @@ void CBtAutoConnect::StartAutoConnect() {
 }
 
 bool CBtAutoConnect::IsValidCondition() const {
-    if (Util::TvStatusUtil::GetAmbientMode() != kAmbientModePicture ||
-        (Util::TvStatusUtil::GetAmbientType() & kAmbientTypeGeneral) == 0) {
+    if (!Conditions::IsAmbientModeAccepted(Util::TvStatusUtil::GetAmbientMode()) ||
+        !Conditions::IsAmbientTypeAccepted(Util::TvStatusUtil::GetAmbientType())) {
         return false;
     }
     BTLOG_INFO("Ambient mode");
@@ -172,7 +167,7 @@ void CBtAutoConnect::SetWakeUpTime(bool on) {
     BTLOG_DEBUG("Turn On TV : %d", on);
     if (on) {
         Util::CommonUtil::RemoveTimer(&m_wakeUpTimer);
-        m_wakeUpTimer = g_timeout_add(kWakeUpWindowMs, OnWakeUptimer, this);
+        m_wakeUpTimer = g_timeout_add(Conditions::kWakeUpWindowMs, OnWakeUptimer, this);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/src/AutoConnectDbg.h"
 #include "utility/CommonUtil.h"
 #include "utility/JsonUtil.h"
@@ -14,9 +15,9 @@
 
 namespace {
 
-constexpr std::size_t kAddressLength = 17;
-// A masked address and the separator behind it.
-constexpr std::size_t kPackedStride = kAddressLength + 1;
+using Conditions::kAddressLength;
+using Conditions::kPackedStride;
+
 constexpr const char* kEnabled = "Y";
 
 std::string ReadKey(int id) {

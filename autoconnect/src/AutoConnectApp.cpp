@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/src/AudioConnectionListener.h"
 #include "autoconnect/src/AutoConnectDbg.h"
 #include "autoconnect/src/DbusInterface.h"
@@ -26,8 +27,7 @@ AutoConnectApp::AutoConnectApp() {
 }
 
 AutoConnectApp::~AutoConnectApp() {
-    static_assert(__LINE__ == 29, "readers of the log know the tracer by its line");
-    BTLOG_TRACE();
+    BTLOG_TRACE_AT(30);
 }
 
 // Asking for the bus name before there is a loop is safe: the answers are dispatched by the loop,
@@ -55,8 +55,7 @@ void AutoConnectApp::CloseMainLoop() {
 
 // On a failure the service goes on without a name, until somebody who read the log ends it.
 void AutoConnectApp::InitDbus() {
-    static_assert(__LINE__ == 58, "readers of the log know the tracer by its line");
-    BTLOG_TRACE();
+    BTLOG_TRACE_AT(59);
     m_InterfaceVTable.method_call = OnMethodCall;
     GErrorPtr error;
     m_IntrospectionData = g_dbus_node_info_new_for_xml(kIntrospectionXml, Out(error));
@@ -180,8 +179,7 @@ bool AutoConnectApp::CheckZemiAutoConnectCondition() const {
     int blocked = 0;
     Util::VconfUtil::GetVconf(Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL, blocked);
     const int reason = Util::TvStatusUtil::GetDeviceWakeUpReason();
-    // What these reasons mean is the platform's affair.
-    if (reason == 94 || reason == 95 || reason == 41 || blocked == 1) {
+    if (!Conditions::IsWakeUpReasonAccepted(reason) || Conditions::IsBlocked(blocked)) {
         BTLOG_WARN("Not support power reason");
         return false;
     }

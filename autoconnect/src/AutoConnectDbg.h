@@ -63,9 +63,10 @@ constexpr std::size_t BaseNameOffset(const char* path) {
     (&__FILE__[std::integral_constant<std::size_t, \
                                       AutoConnectDbg::BaseNameOffset(__FILE__)>::value])
 
-#define BTLOG_TAGGED(tag, priority, format, ...)                                                   \
+#define BTLOG_AT(line, tag, priority, format, ...)                                                 \
     static_cast<void>(__dlog_print(LOG_ID_MAIN, priority, tag, "%s: %s(%d) > " format, BTLOG_FILE, \
-                                   __func__, __LINE__, ##__VA_ARGS__))
+                                   __func__, line, ##__VA_ARGS__))
+#define BTLOG_TAGGED(tag, priority, ...) BTLOG_AT(__LINE__, tag, priority, __VA_ARGS__)
 
 #define BTLOG_DEBUG(...) BTLOG_TAGGED(BTLOG_TAG, DLOG_DEBUG, __VA_ARGS__)
 #define BTLOG_INFO(...) BTLOG_TAGGED(BTLOG_TAG, DLOG_INFO, __VA_ARGS__)
@@ -73,10 +74,13 @@ constexpr std::size_t BaseNameOffset(const char* path) {
 #define BTLOG_ERROR(...) BTLOG_TAGGED(BTLOG_TAG, DLOG_ERROR, __VA_ARGS__)
 
 // Traces the enclosing function; stands as its first statement. The line it reports is its own.
-#define BTLOG_TRACE() const ApiTracker btlogTracker(__PRETTY_FUNCTION__, __LINE__)
+#define BTLOG_TRACE() BTLOG_TRACE_AT(__LINE__)
+// The same under a line number that readers of the log know, wherever the function stands by now.
+#define BTLOG_TRACE_AT(line) const ApiTracker btlogTracker(__PRETTY_FUNCTION__, line)
 
 // Logs that a function was entered when it is made, and that it was left when it is destroyed,
-// which is on every way out of the scope. Its lines carry the service's tag wherever it stands:
+// which is on every way out of the scope. Its lines carry the service's tag wherever it stands, and
+// line numbers that readers of the log know:
 //
 //     AutoConnectDbg.h: ApiTracker(90) > IN >> [SIGNATURE(LINE)]
 //     AutoConnectDbg.h: ~ApiTracker(94) > OUT << [SIGNATURE(LINE)]
@@ -86,12 +90,10 @@ public:
     // that declares the tracer.
     // NOLINTNEXTLINE(modernize-pass-by-value): the signature is fixed
     ApiTracker(const std::string& signature, int line) : m_signature(signature), m_line(line) {
-        static_assert(__LINE__ == 89, "readers of the log know the tracer by its lines");
-        BTLOG_TAGGED("BT_AUTO_CONNECT", DLOG_DEBUG, "IN >> [%s(%d)]", m_signature.c_str(), m_line);
+        BTLOG_AT(90, "BT_AUTO_CONNECT", DLOG_DEBUG, "IN >> [%s(%d)]", m_signature.c_str(), m_line);
     }
     ~ApiTracker() {
-        static_assert(__LINE__ == 93, "readers of the log know the tracer by its lines");
-        BTLOG_TAGGED("BT_AUTO_CONNECT", DLOG_DEBUG, "OUT << [%s(%d)]", m_signature.c_str(), m_line);
+        BTLOG_AT(94, "BT_AUTO_CONNECT", DLOG_DEBUG, "OUT << [%s(%d)]", m_signature.c_str(), m_line);
     }
     ApiTracker(const ApiTracker&) = delete;
     ApiTracker& operator=(const ApiTracker&) = delete;

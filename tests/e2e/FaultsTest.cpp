@@ -76,7 +76,7 @@ TEST_F(Signals, AnUnknownNameEndsTheServiceInOrder) {
           "AutoConnectApp::InitDbus()(59)]",
           "D BT_AUTO_CONNECT: AutoConnectDbg.h: ~ApiTracker(94) > OUT << [void "
           "AutoConnectApp::InitDbus()(59)]",
-          "OnBusAcquired(77) > pThis->m_IntrospectionData:0x",
+          "> pThis->m_IntrospectionData:0x",
           "> pThis->m_IntrospectionData->interfaces[0]:com.velmora.tv.bt.autoconnect"}) {
         EXPECT_EQ(CountLog(line), 1U) << line;
     }

@@ -8,6 +8,7 @@
 #include "common/CHandle.h"
 #include "tests/unit/Phones.h"
 #include "tests/unit/PlatformTest.h"
+#include "tools/tvctl/Diagnosis.h"
 
 using ::testing::Contains;
 using ::testing::Each;
@@ -116,6 +117,60 @@ TEST_F(AutoConnectAppTest, RefusesOtherWakeUps) {
             EXPECT_EQ(story, expected) << c.reason;
         }
     }
+}
+
+// What keeps the service from trying the phone is what the doctor names, and nothing else.
+TEST_F(AutoConnectAppTest, DoesWhatTheDoctorSays) {
+    int attempts = 0;
+    const auto agree = [&](const Tvctl::Examination& examination) {
+        auto& world = Fake::TheWorld();
+        world.features["com.velmora/featureconf/display_rotator_supported"] = examination.isZemi;
+        world.wakeUpReason = examination.wakeUpReason;
+        Fake::WriteKey(kBlockKey, examination.blocked);
+        world.adapterOn = examination.bluetoothObstacle.empty();
+        world.ambientMode = examination.ambientMode;
+        world.ambientType = examination.ambientType;
+        const bool isListed = !examination.phones.empty();
+        world.devices = {{kA, {isListed && examination.phones[0].isBonded}}};
+        Register(isListed ? Texts({kA}) : Texts());
+        Fake::RunPending();
+        Fake::ClearRecord();
+        Send(kPrepareCommand);
+        Fake::Advance(60000);
+        const auto findings = Tvctl::Diagnose(examination);
+        const auto broken = std::find_if(findings.begin(), findings.end(),
+                                         [](const auto& finding) { return !finding.holds; });
+        const bool isTried = !Fake::Calls("bt_audio_connect").empty();
+        EXPECT_EQ(isTried, broken == findings.end())
+            << (isTried ? broken->condition : "the doctor finds nothing") << "\n"
+            << Joined(Fake::Story("service"), "\n");
+        attempts += isTried ? 1 : 0;
+    };
+    Tvctl::Examination examination;
+    examination.isServiceRunning = true;
+    examination.isPlayerInstalled = true;
+    examination.hasSink = true;
+    for (examination.wakeUpReason = 0; examination.wakeUpReason < 100; ++examination.wakeUpReason) {
+        for (examination.blocked = 0; examination.blocked < 3; ++examination.blocked) {
+            examination.isZemi = true;
+            examination.phones = {{kA, true, true, false}};
+            examination.ambientMode = examination.ambientType = 1;
+            agree(examination);
+        }
+    }
+    EXPECT_EQ(attempts, 97 * 2);
+    attempts = 0;
+    examination.wakeUpReason = examination.blocked = 0;
+    for (int state = 0; state < 1 << 8; ++state) {
+        examination.isZemi = (state & 1) != 0;
+        examination.bluetoothObstacle = (state & 2) != 0 ? "" : "off";
+        examination.phones = {{kA, (state & 8) != 0, true, false}};
+        examination.phones.resize((state & 4) != 0 ? 1 : 0);
+        examination.ambientMode = (state >> 4) % 4;
+        examination.ambientType = (state >> 6) % 4;
+        agree(examination);
+    }
+    EXPECT_EQ(attempts, 2) << "the types 1 and 3";
 }
 
 TEST_F(AutoConnectAppTest, MobileUpdateReachesTheList) {

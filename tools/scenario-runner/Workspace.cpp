@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "common/CHandle.h"
 
 namespace ScenarioRunner {
@@ -79,9 +80,9 @@ bool Workspace::Fill(const std::string& mediaPlayer, std::string& error) const {
             return false;
         }
     }
-    const std::string service =
-        "[D-BUS Service]\nName=com.velmora.tv.bmp\nExec=" + mediaPlayer + "\n";
-    return Write(services + "/com.velmora.tv.bmp.service", service, error) &&
+    const std::string service = std::string("[D-BUS Service]\nName=") +
+                                Conditions::kMediaPlayerAppId + "\nExec=" + mediaPlayer + "\n";
+    return Write(services + "/" + Conditions::kMediaPlayerAppId + ".service", service, error) &&
            Write(BusConfiguration(), BusConfigurationText(BusAddress(), services), error);
 }
 

@@ -24,7 +24,7 @@ CommandGroup DoctorCommand::Group() {
 ExitCode DoctorCommand::Examine(const Arguments& /*arguments*/, Console& console) {
     Json::Value json(Json::arrayValue);
     int broken = 0;
-    for (const Finding& finding : Diagnose()) {
+    for (const Finding& finding : Diagnose(Tvctl::Examine())) {
         broken += finding.holds ? 0 : 1;
         Json::Value item;
         item["condition"] = finding.condition;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/ZemiAutoConnection/MobileList.h"
 #include "platform/linux/ConfigStore.h"
 #include "utility/CommonUtil.h"
@@ -20,11 +21,8 @@ using Platform::ConfigStatus;
 using Platform::ConfigStore;
 using Platform::ConfigType;
 
-constexpr size_t kSettingsId = 12;
-constexpr size_t kMasksId = 30;
-// Masks are packed with one character behind each.
-constexpr size_t kMaskSize = 17;
-constexpr size_t kMaskStride = 18;
+constexpr size_t kSettingsId = Util::VCONF_KEY_DB_NIRVO_MUSICTV_PAIRED3;
+constexpr size_t kMasksId = Util::VCONF_KEY_DB_ORG_ORLIX_BLEAPP_ADDED_MOBILE_KEYLIST;
 constexpr char kMaskSeparator = ',';
 // Others write the keys, too; each attempt begins with what they wrote.
 constexpr int kMaxAttempts = 20;
@@ -114,13 +112,13 @@ bool PhoneRegistry::LoadMasks() {
     if (!text) {
         return false;
     }
-    const size_t tail = text->size() % kMaskStride;
-    if (tail != 0 && tail != kMaskSize) {
+    const size_t tail = text->size() % Conditions::kPackedStride;
+    if (tail != 0 && tail != Conditions::kAddressLength) {
         return Fail(KeyName(kMasksId) + " ends within a masked address and is left alone");
     }
     m_masks.clear();
-    for (size_t at = 0; at < text->size(); at += kMaskStride) {
-        m_masks.push_back(text->substr(at, kMaskSize));
+    for (size_t at = 0; at < text->size(); at += Conditions::kPackedStride) {
+        m_masks.push_back(text->substr(at, Conditions::kAddressLength));
     }
     return true;
 }

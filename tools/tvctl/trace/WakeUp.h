@@ -8,12 +8,14 @@
 #include <string>
 #include <vector>
 
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
+
 namespace Tvctl {
 
 // What one wake-up led to, as far as the log tells. Every time is in seconds from its signal, and
 // an end that is missing did not come into the log.
 
-inline constexpr double kWindowSeconds = 10;
+inline constexpr double kWindowSeconds = Conditions::kWakeUpWindowMs / 1000.0;
 
 struct Window {
     double begin = 0;
