@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/BluezScan.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "common/AdvertisingData.h"
@@ -14,12 +15,10 @@ namespace Bluez {
 
 namespace {
 
-constexpr const char* kAdapterInterface = "org.bluez.Adapter1";
 // Less than the five seconds after which the engine stops its scan, so that the log gets to say it.
 constexpr int kStartTimeoutMs = 4000;
-constexpr int kStopTimeoutMs = 2000;
-// The kernel may be busy with another start; it is soon done.
-constexpr int kStartRetryMs = 300;
+// How long a connection waits for the radio.
+constexpr int kPatienceMs = 2000;
 
 }  // namespace
 
@@ -35,8 +34,7 @@ int Scan::Start(bt_adapter_le_scan_result_cb callback, void* userData) {
     if (callback == nullptr) {
         return BT_ERROR_INVALID_PARAMETER;
     }
-    const bool isStopping = m_state == State::kStoppingTheStart || m_state == State::kStopping;
-    if (m_restart || (m_state != State::kIdle && !isStopping)) {
+    if (m_callback != nullptr) {
         return BT_ERROR_NOW_IN_PROGRESS;
     }
     const std::string adapter = m_mirror.PoweredAdapter();
@@ -45,185 +43,107 @@ int Scan::Start(bt_adapter_le_scan_result_cb callback, void* userData) {
     }
     m_callback = callback;
     m_userData = userData;
-    if (isStopping) {
-        m_restart = true;
-    } else {
-        Begin(adapter);
-    }
+    m_adapter = adapter;
+    m_deadline = Timer::Once(kStartTimeoutMs, [this] { OnStartOverdue(); });
+    DiscoveryOn(adapter).SetWanted(true);
     return BT_ERROR_NONE;
 }
 
 int Scan::Stop() {
-    m_isHearing = false;
-    switch (m_state) {
-        case State::kIdle:
-            return BT_ERROR_NOT_IN_PROGRESS;
-        case State::kPreparing:
-            Finish();
-            return BT_ERROR_NONE;
-        case State::kStarting:
-            // bluetoothd refuses to stop what is still being started.
-            m_state = State::kStoppingTheStart;
-            m_deadline.Cancel();
-            m_timer = Timer::Once(kStopTimeoutMs, [this] { Finish(); });
-            return BT_ERROR_NONE;
-        case State::kScanning:
-            StopDiscovery();
-            return BT_ERROR_NONE;
-        case State::kStoppingTheStart:
-        case State::kStopping:
-            return std::exchange(m_restart, false) ? BT_ERROR_NONE : BT_ERROR_NOT_IN_PROGRESS;
+    if (m_callback == nullptr) {
+        return BT_ERROR_NOT_IN_PROGRESS;
     }
-    return BT_ERROR_NOT_IN_PROGRESS;
+    End();
+    return BT_ERROR_NONE;
 }
 
 void Scan::WhenStopped(std::function<void()> action) {
-    if (m_state == State::kStopping || m_state == State::kStoppingTheStart) {
-        m_whenStopped.push_back(std::move(action));
-    } else {
+    if (m_callback != nullptr || IsQuiet()) {
+        action();
+        return;
+    }
+    if (m_whenStopped.empty()) {
+        m_patience = Timer::Once(kPatienceMs, [this] { RunWhenStopped(); });
+    }
+    m_whenStopped.push_back(std::move(action));
+}
+
+Discovery& Scan::DiscoveryOn(const std::string& adapter) {
+    return m_discoveries
+        .try_emplace(
+            adapter, m_mirror.Connection(), adapter,
+            [this](const GError* error) { OnDiscovery(error); }, [this] { OnQuiet(); })
+        .first->second;
+}
+
+bool Scan::IsQuiet() const {
+    return std::all_of(m_discoveries.begin(), m_discoveries.end(),
+                       [](const auto& entry) { return entry.second.IsQuiet(); });
+}
+
+void Scan::OnQuiet() {
+    if (IsQuiet()) {
+        RunWhenStopped();
+    }
+}
+
+// One of them may start a scan.
+void Scan::RunWhenStopped() {
+    for (const std::function<void()>& action : std::exchange(m_whenStopped, {})) {
         action();
     }
 }
 
-void Scan::Begin(const std::string& adapter) {
-    m_adapter = adapter;
-    m_state = State::kPreparing;
-    m_deadline = Timer::Once(kStartTimeoutMs, [this] { OnStartOverdue(); });
-    SetFilter();
-}
-
-// DuplicateData: without it a phone whose bytes are those of its last visit is not reported again.
-void Scan::SetFilter() {
-    GVariantBuilder filter;
-    g_variant_builder_init(&filter, G_VARIANT_TYPE_VARDICT);
-    g_variant_builder_add(&filter, "{sv}", "Transport", g_variant_new_string("le"));
-    g_variant_builder_add(&filter, "{sv}", "DuplicateData", g_variant_new_boolean(TRUE));
-    m_call = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "SetDiscoveryFilter",
-                  g_variant_new("(a{sv})", &filter), G_MAXINT,
-                  [this](GVariant* /*reply*/, const GError* error) {
-                      if (error == nullptr) {
-                          StartDiscovery(true);
-                      } else {
-                          OnStartFailed(*error);
-                      }
-                  });
-}
-
-void Scan::StartDiscovery(bool mayRetry) {
-    m_state = State::kStarting;
-    // The first advertisement may overtake the answer.
-    m_isHearing = true;
-    m_start = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "StartDiscovery", nullptr,
-                   G_MAXINT, [this, mayRetry](GVariant* /*reply*/, const GError* error) {
-                       m_start.Drop();
-                       OnStartAnswered(error, mayRetry);
-                   });
+void Scan::OnDiscovery(const GError* error) {
+    m_deadline.Cancel();
+    if (error != nullptr) {
+        PLATFORM_WARN("LE scan on %s does not start: %s", m_adapter.c_str(),
+                      Platform::DescribeError(*error).c_str());
+        Fail(ErrorCode(*error));
+    }
 }
 
 void Scan::OnStartOverdue() {
-    PLATFORM_WARN("LE scan on %s does not start: no answer within %d s", m_adapter.c_str(),
+    PLATFORM_WARN("LE scan on %s does not start: no success within %d s", m_adapter.c_str(),
                   kStartTimeoutMs / 1000);
     Fail(BT_ERROR_TIMED_OUT);
 }
 
-void Scan::OnStartAnswered(const GError* error, bool mayRetry) {
-    if (m_state == State::kStoppingTheStart) {
-        if (error == nullptr) {
-            StopDiscovery();
-        } else {
-            Finish();
-        }
-    } else if (m_state != State::kStarting) {
-        // Given up meanwhile; nobody else would end this session.
-        if (error == nullptr && m_state == State::kIdle) {
-            Request(m_mirror.Connection(), m_adapter, kAdapterInterface, "StopDiscovery", nullptr,
-                    "ending an overdue LE scan");
-        }
-    } else if (error == nullptr) {
-        m_deadline.Cancel();
-        m_state = State::kScanning;
-    } else if (mayRetry && IsInProgress(*error)) {
-        m_state = State::kPreparing;
-        m_isHearing = false;
-        m_timer = Timer::Once(kStartRetryMs, [this] { StartAnew(); });
-    } else {
-        OnStartFailed(*error);
-    }
-}
-
-// In progress is our own session alone: one that started after its answer was given up.
-void Scan::StartAnew() {
-    m_call = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "StopDiscovery", nullptr,
-                  kStopTimeoutMs,
-                  [this](GVariant* /*reply*/, const GError* /*error*/) { StartDiscovery(false); });
-}
-
-void Scan::OnStartFailed(const GError& error) {
-    PLATFORM_WARN("LE scan on %s does not start: %s", m_adapter.c_str(),
-                  Platform::DescribeError(error).c_str());
-    Fail(ErrorCode(error));
-}
-
-void Scan::StopDiscovery() {
-    m_state = State::kStopping;
-    m_timer.Cancel();
-    m_call = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, "StopDiscovery", nullptr,
-                  kStopTimeoutMs, [this](GVariant* /*reply*/, const GError* error) {
-                      if (error != nullptr) {
-                          PLATFORM_DEBUG("LE scan on %s does not stop: %s", m_adapter.c_str(),
-                                         Platform::DescribeError(*error).c_str());
-                      }
-                      Finish();
-                  });
-}
-
-void Scan::Finish() {
-    m_call.Drop();
+void Scan::End() {
+    m_callback = nullptr;
     m_deadline.Cancel();
-    m_timer.Cancel();
-    m_isHearing = false;
-    m_state = State::kIdle;
-    // One of them may stop or start a scan.
-    for (const std::function<void()>& action : std::exchange(m_whenStopped, {})) {
-        action();
-    }
-    if (m_state == State::kIdle && std::exchange(m_restart, false)) {
-        const std::string adapter = m_mirror.PoweredAdapter();
-        if (adapter.empty()) {
-            m_callback(BT_ERROR_NOT_ENABLED, nullptr, m_userData);
-        } else {
-            Begin(adapter);
-        }
+    const auto discovery = m_discoveries.find(m_adapter);
+    if (discovery != m_discoveries.end()) {
+        discovery->second.SetWanted(false);
     }
 }
 
 void Scan::Fail(int result) {
-    Finish();
-    m_callback(result, nullptr, m_userData);
+    const bt_adapter_le_scan_result_cb callback = m_callback;
+    End();
+    callback(result, nullptr, m_userData);
 }
 
 void Scan::OnServiceGone() {
+    m_discoveries.clear();
     OnLost("bluetoothd is gone");
 }
 
 void Scan::OnAdapterLost(const std::string& path) {
-    if (path == m_adapter) {
-        OnLost("the adapter is gone");
-    }
+    m_discoveries.erase(path);
+    OnLost("the adapter is gone");
 }
 
 void Scan::OnLost(const char* reason) {
-    if (m_state == State::kPreparing || m_state == State::kStarting ||
-        m_state == State::kScanning) {
+    if (m_callback != nullptr && m_discoveries.count(m_adapter) == 0) {
         PLATFORM_WARN("LE scan on %s ended, %s", m_adapter.c_str(), reason);
         Fail(BT_ERROR_NOT_ENABLED);
-    } else if (m_state != State::kIdle) {
-        Finish();
     }
+    OnQuiet();
 }
 
 void Scan::OnAdvertisement(const std::string& path, GVariant* manufacturerData, int rssi) {
-    if (!m_isHearing || !IsBehind(path, m_adapter)) {
+    if (m_callback == nullptr || !IsBehind(path, m_adapter)) {
         return;
     }
     GVariantIter iter;
@@ -233,7 +153,7 @@ void Scan::OnAdvertisement(const std::string& path, GVariant* manufacturerData, 
     while (g_variant_iter_next(&iter, "{qv}", &company, &content)) {
         const GVariantPtr owner(content);
         // The one before may have stopped the scan.
-        if (m_isHearing) {
+        if (m_callback != nullptr) {
             Deliver(path, company, content, rssi);
         }
     }

@@ -3,17 +3,19 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "common/Timer.h"
 #include "platform/bluetooth.h"
+#include "platform/linux/BluezDiscovery.h"
 #include "platform/linux/BluezMirror.h"
 
 namespace Bluez {
 
-// The LE scan of this process: one discovery session of bluetoothd, which belongs to the bus
-// connection. Functions and result codes are those of the Bluetooth interface. Main loop only.
+// The LE scan of this process: somebody who listens, and the discovery session that makes the radio
+// hear. Functions and result codes are those of the Bluetooth interface. Main loop only.
 class Scan : private Listener {
 public:
     explicit Scan(Mirror& mirror);
@@ -22,30 +24,19 @@ public:
     int Start(bt_adapter_le_scan_result_cb callback, void* userData);
     int Stop();
 
-    // Runs `action` once no stop is under way: now, or when bluetoothd answered, or when it failed
-    // to for 2 s.
+    // Runs `action` once the radio is done with scans that were stopped: now, or when bluetoothd
+    // has answered, or after 2 s.
     void WhenStopped(std::function<void()> action);
 
 private:
-    enum class State {
-        kIdle,
-        kPreparing,         // nothing that would have to be stopped yet
-        kStarting,          // the start was not answered yet
-        kScanning,          //
-        kStoppingTheStart,  // to be stopped once the start was answered
-        kStopping           // the stop was not answered yet
-    };
-
-    void Begin(const std::string& adapter);
-    void SetFilter();
-    void StartDiscovery(bool mayRetry);
-    void OnStartAnswered(const GError* error, bool mayRetry);
+    Discovery& DiscoveryOn(const std::string& adapter);
+    [[nodiscard]] bool IsQuiet() const;
+    void OnQuiet();
+    void RunWhenStopped();
+    void OnDiscovery(const GError* error);
     void OnStartOverdue();
-    void StartAnew();
-    void OnStartFailed(const GError& error);
-    void StopDiscovery();
-    // Nothing runs any more: does what waited for that.
-    void Finish();
+    // Nobody listens any more.
+    void End();
     // Ends the scan and tells the one who started it.
     void Fail(int result);
 
@@ -56,17 +47,13 @@ private:
     void Deliver(const std::string& path, guint16 company, GVariant* content, int rssi);
 
     Mirror& m_mirror;
-    State m_state = State::kIdle;
-    bool m_isHearing = false;  // what comes now was received during the scan
-    bool m_restart = false;    // to be started again once it is stopped
-    std::string m_adapter;
-    bt_adapter_le_scan_result_cb m_callback = nullptr;
-    void* m_userData = nullptr;  // not owned
+    std::map<std::string, Discovery> m_discoveries;     // by adapter
+    bt_adapter_le_scan_result_cb m_callback = nullptr;  // whoever listens; NULL for nobody
+    void* m_userData = nullptr;                         // not owned
+    std::string m_adapter;                              // of the scan
+    Timer m_deadline;                                   // of its start
     std::vector<std::function<void()>> m_whenStopped;
-    Call m_call;
-    Call m_start;      // waited for even when the scan was given up, for then it must be stopped
-    Timer m_deadline;  // of the start, the filter and a second try included
-    Timer m_timer;
+    Timer m_patience;  // of those who wait for that
 };
 
 }  // namespace Bluez

@@ -265,6 +265,19 @@ TEST_F(Daemon, ThatNeverAnswersTheConnectionLeadsToTheNextPhone) {
     AwaitEvent("phone Ben: plays");
 }
 
+TEST_F(Daemon, ThatAnswersTheStartLateServesTheNextWakeUpAndIsToldToStop) {
+    SetUpTv();
+    StartSimulator(std::string(kAlicePhone) +
+                   "advertise-after-ms=10\n[adapter]\ndiscovery-takes-ms=6000\n");
+    AwaitEvent("adapter: powered on");
+    StartService();
+    Wake();
+    AwaitLog("LE scan on /org/bluez/hci0 does not start");
+    Wake();
+    AwaitLog(std::string("Found ") + kAlice + " in list");
+    AwaitEvent("adapter: discovery stopped");
+}
+
 TEST_F(Daemon, TellsOfAPhoneThatConnectsByItselfAndOfItsLeave) {
     SetUpTv();
     StartSimulator(std::string(kAlicePhone) +

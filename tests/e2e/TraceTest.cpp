@@ -74,7 +74,7 @@ const Story kStories[] = {
      "br-connection-page-timeout); TIMED_OUT (*\n"
      "connect   3 connected after N s\nplayback  play command sent\n*"},
     {"crowd", "*heard     * too short to *heard     1, which is registered\n*ended by a match *"},
-    {"silent-daemon", "*scan      failed: no answer within N s\n*"},
+    {"silent-daemon", "*scan      failed: no success within N s\n*"},
     {"nobody-home", "*: no phone was connected in 2 attempts\n*no more registered phone to try\n*"},
     {"leaves-early", "*not told to play: the phone had left\n*connect   1 is lost\n*"},
     {"already-playing", "*: 1 was connected and plays already\n*"},

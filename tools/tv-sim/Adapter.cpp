@@ -43,7 +43,8 @@ Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, const AdapterPla
       m_say(std::move(say)),
       m_observer(observer),
       m_discovery(
-          connection, m_say, [this] { OnDiscovery(true); }, [this] { OnDiscovery(false); }),
+          connection, plan.discoveryTakesMs, m_say, [this] { OnDiscovery(true); },
+          [this] { OnDiscovery(false); }),
       m_devices(tree, kPath, plan.forgetsAfterMs,
                 [this](const std::string& address, MethodCall call) {
                     m_observer.OnDeviceCall(address, std::move(call));

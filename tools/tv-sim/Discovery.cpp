@@ -9,8 +9,8 @@
 namespace TvSim {
 namespace {
 
-// What the controller needs to begin and to end a scan.
-constexpr int kControllerMs = 5;
+// What the controller needs to end a scan.
+constexpr int kStopMs = 5;
 
 bool StartsWith(const std::string& text, const std::string& prefix) {
     return text.compare(0, prefix.size(), prefix) == 0;
@@ -97,9 +97,10 @@ struct Discovery::Client {
     NameWatch watch;
 };
 
-Discovery::Discovery(GDBusConnection* connection, EventSink say, std::function<void()> started,
-                     std::function<void()> stopped)
+Discovery::Discovery(GDBusConnection* connection, int startMs, EventSink say,
+                     std::function<void()> started, std::function<void()> stopped)
     : m_connection(connection),
+      m_startMs(startMs),
       m_say(std::move(say)),
       m_started(std::move(started)),
       m_stopped(std::move(stopped)) {}
@@ -132,7 +133,7 @@ void Discovery::Start(MethodCall call) {
     client.state = State::kStarting;
     const std::string name = call.Sender();
     client.call.emplace(std::move(call));
-    client.timer = Timer::Once(kControllerMs, [this, name] { FinishStart(name); });
+    client.timer = Timer::Once(m_startMs, [this, name] { FinishStart(name); });
 }
 
 void Discovery::Stop(MethodCall call) {
@@ -150,7 +151,7 @@ void Discovery::Stop(MethodCall call) {
     client.state = State::kStopping;
     const std::string name = call.Sender();
     client.call.emplace(std::move(call));
-    client.timer = Timer::Once(kControllerMs, [this, name] { FinishStop(name); });
+    client.timer = Timer::Once(kStopMs, [this, name] { FinishStop(name); });
 }
 
 void Discovery::Abandon() {

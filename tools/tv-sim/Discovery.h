@@ -35,9 +35,10 @@ struct DiscoveryFilter {
 // adapter is powered.
 class Discovery {
 public:
-    // `started` when the first session begins, `stopped` when the last one ends.
-    Discovery(GDBusConnection* connection, EventSink say, std::function<void()> started,
-              std::function<void()> stopped);
+    // A session begins `startMs` after it was asked for. `started` when the first one begins,
+    // `stopped` when the last one ends.
+    Discovery(GDBusConnection* connection, int startMs, EventSink say,
+              std::function<void()> started, std::function<void()> stopped);
     ~Discovery();
     Discovery(const Discovery&) = delete;
     Discovery& operator=(const Discovery&) = delete;
@@ -65,6 +66,7 @@ private:
     void FollowSessions();
 
     GDBusConnection* m_connection;  // not owned
+    int m_startMs;
     EventSink m_say;
     std::function<void()> m_started;
     std::function<void()> m_stopped;

@@ -203,9 +203,18 @@ void ObjectTree::SetSilentMethods(const std::vector<std::string>& methods) {
     m_silentMethods = {methods.begin(), methods.end()};
 }
 
+void ObjectTree::RefuseOnce(const std::vector<std::pair<std::string, std::string>>& errors) {
+    m_refusals = {errors.begin(), errors.end()};
+}
+
 void ObjectTree::Dispatch(MethodCall call) {
     if (m_silentMethods.count(call.Method()) != 0) {
         m_say("bus", call.Method() + " of " + call.Sender() + " never answered");
+        return;
+    }
+    if (const auto refusal = m_refusals.extract(call.Method())) {
+        m_say("bus", call.Method() + " of " + call.Sender() + " refused");
+        call.Fail(refusal.mapped(), "refused once");
         return;
     }
     static const Interfaces kNone;

@@ -54,6 +54,8 @@ public:
 
     // Calls of these methods, of any interface, are taken and never answered.
     void SetSilentMethods(const std::vector<std::string>& methods);
+    // The next call of each method is refused with its error.
+    void RefuseOnce(const std::vector<std::pair<std::string, std::string>>& errors);
 
 private:
     using Interfaces = std::map<std::string, Interface>;
@@ -78,6 +80,7 @@ private:
     EventSink m_say;
     std::map<std::string, Interfaces> m_objects;  // by path
     std::set<std::string> m_silentMethods;
+    std::map<std::string, std::string> m_refusals;  // error by method
     std::shared_ptr<Inbox> m_inbox;
     guint m_filterId;
 };

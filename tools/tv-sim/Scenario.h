@@ -23,7 +23,10 @@ struct AdapterPlan {
     int appearsAfterMs = 0;      // an absent one appears then; 0: a present one is there at once
     int powersOnAfterMs = 0;     // 0: never by itself
     int forgetsAfterMs = 30000;  // a device that is not bonded, after it was heard last
+    int discoveryTakesMs = 5;    // until one that was asked for runs, and is answered
     std::vector<std::string> silentMethods;  // taken and never answered, by anybody
+    // The first call of a method is refused with that error.
+    std::vector<std::pair<std::string, std::string>> refusedOnce;
 };
 
 // How a phone answers a connection request of the TV.

@@ -19,7 +19,9 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   appears-after-ms=0         after the start; 0: at once, or never when present=false
   powers-on-after-ms=0       after it appeared; 0: never by itself
   forgets-after-ms=30000     devices that are not bonded, after they were heard last
+  discovery-takes-ms=5       until one that is asked for runs, and is answered
   silent-methods=            methods of org.bluez that are never answered, e.g. StartDiscovery;Play
+  refused-once=              METHOD:ERROR;... the first call of the method is refused with the error
 
 [phone NAME]                 any number of them
   address=AA:BB:CC:DD:EE:FF  needed

@@ -11,6 +11,7 @@ Simulator::Simulator(Scenario scenario, GDBusConnection* connection, EventSink s
       m_adapter(m_tree, connection, m_scenario.adapter, m_say, *this),
       m_strangers(m_scenario.strangers, m_adapter, m_say) {
     m_tree.SetSilentMethods(m_scenario.adapter.silentMethods);
+    m_tree.RefuseOnce(m_scenario.adapter.refusedOnce);
     for (const PhonePlan& plan : m_scenario.phones) {
         m_phones.push_back(std::make_unique<Phone>(plan, m_tree, m_adapter, m_say));
     }
