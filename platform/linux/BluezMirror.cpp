@@ -25,13 +25,18 @@ constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
 // What bluetoothd reports as RSSI when the controller gave none.
 constexpr int kUnknownRssi = 127;
 
+// How long to wait for the objects, and then until they are asked for again.
+constexpr int kFirstPatienceMs = 5000;
+constexpr int kLongestPatienceMs = 60000;
+
 bool HasRssi(GVariant* values) {
     return GVariantPtr(g_variant_lookup_value(values, "RSSI", G_VARIANT_TYPE_INT16)) != nullptr;
 }
 
 }  // namespace
 
-Mirror::Mirror() : m_busRequest(g_cancellable_new()) {
+Mirror::Mirror()
+    : m_patience(kFirstPatienceMs, kLongestPatienceMs), m_busRequest(g_cancellable_new()) {
     g_bus_get(
         G_BUS_TYPE_SYSTEM, m_busRequest.get(),
         [](GObject* /*source*/, GAsyncResult* result, gpointer data) noexcept {
@@ -103,18 +108,31 @@ void Mirror::Subscribe(const char* interface, const char* member) {
 
 void Mirror::OnServiceAppeared() {
     m_isAbsent = false;
-    m_managedObjects = Call(
-        m_connection.get(), "/", kObjectManagerInterface, "GetManagedObjects", nullptr, G_MAXINT,
-        [this](GVariant* reply, const GError* error) { OnManagedObjects(reply, error); });
+    m_patience.Reset();
+    ReadObjects();
+}
+
+void Mirror::ReadObjects() {
+    const int patienceMs = m_patience.Next();
+    m_managedObjects =
+        Call(m_connection.get(), "/", kObjectManagerInterface, "GetManagedObjects", nullptr,
+             patienceMs, [this, patienceMs](GVariant* reply, const GError* error) {
+                 m_managedObjects.Drop();
+                 m_retry = Timer::Once(patienceMs, [this] { Retry(); });
+                 OnManagedObjects(reply, error);
+             });
+}
+
+void Mirror::Retry() {
+    if (m_isRefused && !m_managedObjects) {
+        ReadObjects();
+    }
 }
 
 void Mirror::OnServiceVanished() {
     m_managedObjects.Drop();
-    if (m_isFilled) {
-        PLATFORM_WARN("bluetoothd left the bus");
-    } else {
-        PLATFORM_WARN("bluetoothd is not on the bus");
-    }
+    m_isRefused = false;
+    PLATFORM_WARN("%s", m_isFilled ? "bluetoothd left the bus" : "bluetoothd is not on the bus");
     m_isFilled = false;
     m_isAbsent = true;
     Clear();
@@ -123,10 +141,13 @@ void Mirror::OnServiceVanished() {
 
 void Mirror::OnManagedObjects(GVariant* reply, const GError* error) {
     if (reply == nullptr || !g_variant_is_of_type(reply, G_VARIANT_TYPE("(a{oa{sa{sv}}})"))) {
-        PLATFORM_WARN("bluetoothd does not tell its objects: %s",
-                      error == nullptr ? "malformed answer" : error->message);
+        if (!std::exchange(m_isRefused, true)) {
+            PLATFORM_WARN("bluetoothd does not tell its objects: %s",
+                          error == nullptr ? "malformed answer" : error->message);
+        }
         return;
     }
+    m_isRefused = false;
     const GVariantPtr objects(g_variant_get_child_value(reply, 0));
     // What streams and players say is about devices and adapters, which must be known by then.
     AddObjects(objects.get(), {kAdapterInterface, kDeviceInterface});

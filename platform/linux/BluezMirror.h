@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "common/CHandle.h"
+#include "common/Timer.h"
 #include "platform/linux/BluezCall.h"
 #include "platform/linux/BluezListener.h"
+#include "platform/linux/GrowingPause.h"
 
 namespace Bluez {
 
@@ -67,6 +69,9 @@ public:
     // Whether it is known if there is one: it is filled, or there is no bluetoothd or no bus.
     [[nodiscard]] bool IsSettled() const { return m_isFilled || m_isAbsent; }
 
+    // When bluetoothd did not tell its objects, asks for them again without waiting longer.
+    void Retry();
+
     // Path of the adapter in use: the powered one with the lowest number. Empty when none.
     [[nodiscard]] std::string PoweredAdapter() const;
     // Path of the adapter in use, else of the one with the lowest number; empty when none.
@@ -94,6 +99,7 @@ private:
     void OnConnection(GObjectPtr<GDBusConnection> connection);
     void OnServiceAppeared();
     void OnServiceVanished();
+    void ReadObjects();
     void OnManagedObjects(GVariant* reply, const GError* error);
     void OnSignal(const char* path, const char* member, GVariant* parameters);
     void Subscribe(const char* interface, const char* member);
@@ -141,7 +147,10 @@ private:
     std::map<std::string, std::string> m_addressedPlayers;  // device to player
     bool m_isFilled = false;
     bool m_isAbsent = false;
+    bool m_isRefused = false;  // it is there, and did not tell its objects
     Call m_managedObjects;
+    Timer m_retry;
+    Platform::GrowingPause m_patience;
     GObjectPtr<GCancellable> m_busRequest;
     std::vector<guint> m_subscriptions;
     guint m_nameWatch = 0;

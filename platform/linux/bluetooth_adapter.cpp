@@ -35,7 +35,8 @@ int bt_adapter_get_state(bt_adapter_state_e* state) {
     if (state == nullptr) {
         return BT_ERROR_INVALID_PARAMETER;
     }
-    const Bluez::Mirror& mirror = Service::Get().mirror;
+    Bluez::Mirror& mirror = Service::Get().mirror;
+    mirror.Retry();
     const bool isOn = !mirror.PoweredAdapter().empty();
     if (!isOn) {
         PLATFORM_WARN("Bluetooth is off: %s", WhyOff(mirror));

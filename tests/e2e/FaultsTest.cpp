@@ -227,6 +227,19 @@ TEST_F(Daemon, MayComeLateAndWithoutAnAdapterAtFirst) {
     AwaitEvent("phone Alice: plays");
 }
 
+TEST_F(Daemon, ThatDidNotTellItsObjectsIsAskedAgainAtTheNextWakeUp) {
+    SetUpTv();
+    StartService();
+    StartSimulator(std::string("[adapter]\nrefused-once=GetManagedObjects:a.b.Error\n") +
+                   kAlicePhone);
+    AwaitLog("bluetoothd does not tell its objects");
+    AwaitEvent("adapter: powered on");
+    Wake();
+    AwaitLog("bluetoothd is there, adapter /org/bluez/hci0");
+    Wake();
+    AwaitEvent("phone Alice: plays");
+}
+
 TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
     SetUpTv();
     StartSimulator(std::string(kAlicePhone) + "advertises=false\n");
