@@ -42,7 +42,8 @@ int Audio::Connect(const std::string& address) {
         return BT_ERROR_NOW_IN_PROGRESS;
     }
     entry->second = std::make_shared<Request>();
-    entry->second->deadline = Timer::Once(kAttemptMs, [this, address] { OnDeadline(address); });
+    entry->second->deadline =
+        Deadline(m_mirror.Connection(), kAttemptMs, [this, address] { OnDeadline(address); });
     // Paging while the radio scans fails more often, so the stop of the scan is waited for. The
     // request may be gone by then.
     m_scan.WhenStopped([this, weak = std::weak_ptr<Request>(entry->second), address] {
@@ -127,8 +128,8 @@ void Audio::Cancel(const std::string& address) {
     request.cancellation =
         Call(m_mirror.Connection(), request.device, kDeviceInterface, "Disconnect", nullptr,
              kCancellationMs, [](GVariant* /*reply*/, const GError* /*error*/) {});
-    request.deadline =
-        Timer::Once(kCancellationMs, [this, address] { Report(address, BT_ERROR_TIMED_OUT); });
+    request.deadline = Deadline(m_mirror.Connection(), kCancellationMs,
+                                [this, address] { Report(address, BT_ERROR_TIMED_OUT); });
 }
 
 void Audio::Report(const std::string& address, int result) {

@@ -9,6 +9,7 @@
 
 #include "common/Timer.h"
 #include "platform/bluetooth.h"
+#include "platform/linux/BluezDeadline.h"
 #include "platform/linux/BluezMirror.h"
 #include "platform/linux/BluezScan.h"
 
@@ -38,7 +39,7 @@ private:
         std::string device;  // object path; empty before the attempt
         Call attempt;
         Call cancellation;
-        Timer deadline;
+        Deadline deadline;
         Timer pause;
         bool isExplained = false;  // the log says why it fails
     };

@@ -12,9 +12,9 @@ namespace Bluez {
 
 constexpr const char* kBusName = "org.bluez";
 
-// A method call to bluetoothd that waits for its answer on the main loop. Dropping it drops the
-// answer: the action then never runs, so an operation that was overtaken cannot act on late news.
-// The daemon is never started by a call.
+// A method call to bluetoothd that waits for its answer on the main loop. Dropping it gives the
+// answer up: the action then never runs, so an operation that was overtaken cannot act on late
+// news. The daemon is never started by a call.
 class Call {
 public:
     // `reply` is the answer's tuple, NULL on an error; both are valid during the call.
@@ -22,8 +22,8 @@ public:
 
     // A call that is not there.
     Call() = default;
-    // `arguments` is a floating tuple or NULL. `timeoutMs`: -1 the bus library's default, G_MAXINT
-    // none.
+    // `arguments` is a floating tuple or NULL. Without an answer within `timeoutMs` the call is
+    // given up, and `done` gets G_IO_ERROR_TIMED_OUT.
     Call(GDBusConnection* connection, const std::string& path, const char* interface,
          const char* method, GVariant* arguments, int timeoutMs, Done done);
 
@@ -32,9 +32,10 @@ public:
     explicit operator bool() const { return m_pending != nullptr; }
 
 private:
-    struct Pending {
-        Done done;
-    };
+    struct Pending;
+    using WeakPending = std::weak_ptr<Pending>;
+    static void Finish(const WeakPending& weak, GVariant* reply, const GError* error);
+
     std::shared_ptr<Pending> m_pending;
 };
 

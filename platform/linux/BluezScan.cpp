@@ -44,7 +44,7 @@ int Scan::Start(bt_adapter_le_scan_result_cb callback, void* userData) {
     m_callback = callback;
     m_userData = userData;
     m_adapter = adapter;
-    m_deadline = Timer::Once(kStartTimeoutMs, [this] { OnStartOverdue(); });
+    m_deadline = Deadline(m_mirror.Connection(), kStartTimeoutMs, [this] { OnStartOverdue(); });
     DiscoveryOn(adapter).SetWanted(true);
     return BT_ERROR_NONE;
 }
@@ -63,7 +63,7 @@ void Scan::WhenStopped(std::function<void()> action) {
         return;
     }
     if (m_whenStopped.empty()) {
-        m_patience = Timer::Once(kPatienceMs, [this] { RunWhenStopped(); });
+        m_patience = Deadline(m_mirror.Connection(), kPatienceMs, [this] { RunWhenStopped(); });
     }
     m_whenStopped.push_back(std::move(action));
 }

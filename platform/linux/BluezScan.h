@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "common/Timer.h"
 #include "platform/bluetooth.h"
+#include "platform/linux/BluezDeadline.h"
 #include "platform/linux/BluezDiscovery.h"
 #include "platform/linux/BluezMirror.h"
 
@@ -51,9 +51,9 @@ private:
     bt_adapter_le_scan_result_cb m_callback = nullptr;  // whoever listens; NULL for nobody
     void* m_userData = nullptr;                         // not owned
     std::string m_adapter;                              // of the scan
-    Timer m_deadline;                                   // of its start
+    Deadline m_deadline;                                // of its start
     std::vector<std::function<void()>> m_whenStopped;
-    Timer m_patience;  // of those who wait for that
+    Deadline m_patience;  // of those who wait for that
 };
 
 }  // namespace Bluez

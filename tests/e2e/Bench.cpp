@@ -138,6 +138,14 @@ void Bench::Emit(const char* name, GVariant* parameters, const char* path, const
     ASSERT_TRUE(g_dbus_connection_flush_sync(m_connection.get(), nullptr, nullptr));
 }
 
+void Bench::Stall(int ms) {
+    m_service->Signal(SIGSTOP);
+    bool isOver = false;
+    const Timer end = Timer::Once(ms, [&isOver] { isOver = true; });
+    AwaitThat([&isOver] { return isOver; });
+    m_service->Signal(SIGCONT);
+}
+
 std::string Bench::Call(const char* method) {
     GErrorPtr error;
     const GVariantPtr reply(g_dbus_connection_call_sync(

@@ -39,6 +39,9 @@ protected:
               const char* path = "/com/velmora/tv/bt/autoconnect",
               const char* interface = "com.velmora.tv.bt.autoconnect");
 
+    // Stops the service for that long and lets it go on.
+    void Stall(int ms);
+
     // Calls a method of the service's object; the name of the error that came back.
     std::string Call(const char* method);
 

@@ -291,6 +291,22 @@ TEST_F(Daemon, ThatAnswersTheStartLateServesTheNextWakeUpAndIsToldToStop) {
     AwaitEvent("adapter: discovery stopped");
 }
 
+TEST_F(Daemon, WhoseAnswersWaitWhileTheServiceIsStoppedIsBelieved) {
+    SetUpTv();
+    StartSimulator(std::string(kAlicePhone) +
+                   "connect-after-ms=500\n[adapter]\ndiscovery-takes-ms=500\n");
+    AwaitEvent("adapter: powered on");
+    StartService();
+    Wake();
+    AwaitEvent("discovery started");
+    Stall(4200);
+    AwaitEvent("phone Alice: connection asked");
+    Stall(10200);
+    AwaitEvent("phone Alice: plays");
+    EXPECT_EQ(CountLog("does not start"), 0U);
+    EXPECT_EQ(CountLog("is not connected"), 0U);
+}
+
 TEST_F(Daemon, TellsOfAPhoneThatConnectsByItselfAndOfItsLeave) {
     SetUpTv();
     StartSimulator(std::string(kAlicePhone) +
