@@ -80,8 +80,8 @@ void Ask(const Stack& stack) {
     const Bluez::Device* phone = nullptr;
     Check((Bluez::FindBonded(mirror, kPhone, &phone) == BT_ERROR_NONE) == (phone != nullptr),
           "a bonded phone is known");
-    Check(stack.audio.LastConnected().empty() || stack.audio.ConnectedCount() > 0,
-          "who was connected last is connected");
+    Check(stack.audio.CurrentPhone().empty() || stack.audio.ConnectedCount() > 0,
+          "the phone is connected");
     static_cast<void>(mirror.FindPlayer(mirror.PlayerPath(stack.audio.LastOfConnected())));
 }
 

@@ -82,7 +82,7 @@ std::optional<bool> IsInstalled(const std::string& applicationId) {
     return false;
 }
 
-GVariant* LaunchArguments(const LaunchExtras& extras) {
+GVariant* LaunchArguments(const LaunchExtras& extras, const std::string& phone) {
     GVariantBuilder pairs;
     g_variant_builder_init(&pairs, G_VARIANT_TYPE("a(ss)"));
     for (const auto& [key, value] : extras) {
@@ -93,6 +93,10 @@ GVariant* LaunchArguments(const LaunchExtras& extras) {
     g_variant_builder_add(&parameters, "v", g_variant_builder_end(&pairs));
     GVariantBuilder platformData;
     g_variant_builder_init(&platformData, G_VARIANT_TYPE_VARDICT);
+    if (!phone.empty()) {
+        g_variant_builder_add(&platformData, "{sv}", kPhoneData,
+                              g_variant_new_string(phone.c_str()));
+    }
     return g_variant_new("(sava{sv})", kLaunchAction, &parameters, &platformData);
 }
 

@@ -23,6 +23,9 @@ using LaunchExtras = std::vector<std::pair<std::string, std::string>>;
 inline constexpr char kApplicationInterface[] = "org.freedesktop.Application";
 inline constexpr char kLaunchAction[] = "launch";
 
+// The platform data of a launch that name the phone which it is about: its address, a text.
+inline constexpr char kPhoneData[] = "com.velmora.tv.phone";
+
 [[nodiscard]] bool IsApplicationId(const std::string& id);
 
 // Where the application's object stands: dots become slashes and '-' becomes '_', as
@@ -36,7 +39,7 @@ inline constexpr char kLaunchAction[] = "launch";
 [[nodiscard]] std::optional<bool> IsRunning(const std::string& applicationId);
 [[nodiscard]] std::optional<bool> IsInstalled(const std::string& applicationId);
 
-// The arguments of ActivateAction for a launch; floating.
-[[nodiscard]] GVariant* LaunchArguments(const LaunchExtras& extras);
+// The arguments of ActivateAction for a launch, about a phone unless that is empty; floating.
+[[nodiscard]] GVariant* LaunchArguments(const LaunchExtras& extras, const std::string& phone);
 
 }  // namespace Platform

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/AskedPhone.h"
 #include "platform/linux/BluezError.h"
 #include "platform/linux/BluezPath.h"
 #include "platform/linux/BluezProperties.h"
@@ -140,6 +141,8 @@ void Audio::Report(const std::string& address, int result) {
     const std::string& device = request.mapped()->device;
     if (result == BT_ERROR_NONE) {
         AddConnected(device, address);
+        m_phone = device;
+        Platform::AskedPhone() = address;
     }
     Tell(result, true, address);
     // The phone may have connected by itself while the attempt was being cancelled.
@@ -159,7 +162,6 @@ void Audio::AddConnected(const std::string& device, const std::string& address) 
         m_connected.erase(known);
     }
     m_connected.push_back({device, address});
-    m_last = device;
 }
 
 void Audio::RemoveConnected(const std::string& device) {
@@ -167,11 +169,15 @@ void Audio::RemoveConnected(const std::string& device) {
     if (known != m_connected.end()) {
         const std::string address = known->address;
         m_connected.erase(known);
-        if (m_last == device) {
-            m_last.clear();
-        }
         Tell(BT_ERROR_NONE, false, address);
     }
+}
+
+std::string Audio::CurrentPhone() const {
+    const bool isThere =
+        std::any_of(m_connected.begin(), m_connected.end(),
+                    [this](const Connection& connection) { return connection.device == m_phone; });
+    return isThere ? m_phone : "";
 }
 
 std::string Audio::LastOfConnected() const {
@@ -226,6 +232,9 @@ void Audio::OnTransportAdded(const std::string& device) {
     if (FindConnected(device) == m_connected.end() && m_requests.count(address) == 0 &&
         IsBehind(device, m_mirror.PoweredAdapter())) {
         AddConnected(device, address);
+        if (Platform::AskedPhone().empty()) {
+            m_phone = device;
+        }
         Tell(BT_ERROR_NONE, true, address);
     }
 }

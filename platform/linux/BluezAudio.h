@@ -26,9 +26,10 @@ public:
     // `address` is well-formed.
     int Connect(const std::string& address);
 
-    // Path of the device that was connected last; empty when that one has left, whoever else is
-    // still there: what is meant for it is not meant for another.
-    [[nodiscard]] std::string LastConnected() const { return m_last; }
+    // Path of the device whose connection was asked for last and came about; before there was one,
+    // of the device that connected last. Empty when that one has left, whoever else is still there:
+    // what is meant for it is not meant for another.
+    [[nodiscard]] std::string CurrentPhone() const;
     // Path of the one of those still connected that came last; empty when none.
     [[nodiscard]] std::string LastOfConnected() const;
     [[nodiscard]] std::size_t ConnectedCount() const { return m_connected.size(); }
@@ -76,7 +77,7 @@ private:
     void* m_userData = nullptr;                                  // not owned
     std::map<std::string, std::shared_ptr<Request>> m_requests;  // by address
     std::vector<Connection> m_connected;                         // the last one last
-    std::string m_last;
+    std::string m_phone;                                         // CurrentPhone while it is there
 };
 
 }  // namespace Bluez

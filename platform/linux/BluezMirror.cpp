@@ -176,15 +176,23 @@ void Mirror::OnSignal(const char* path, const char* member, GVariant* parameters
     }
 }
 
+// Streams in the order in which they came to be: the last one counts.
 void Mirror::AddObjects(GVariant* objects, const std::vector<std::string>& wanted) {
-    GVariantIter iter;
-    g_variant_iter_init(&iter, objects);
-    const char* path = nullptr;
-    GVariant* interfaces = nullptr;
-    while (g_variant_iter_loop(&iter, "{&o@a{sa{sv}}}", &path, &interfaces)) {
+    std::multimap<int, GVariantPtr> inOrder;
+    for (gsize i = 0; i < g_variant_n_children(objects); ++i) {
+        GVariantPtr object(g_variant_get_child_value(objects, i));
+        const GVariantPtr path(g_variant_get_child_value(object.get(), 0));
+        const int number = TransportNumber(g_variant_get_string(path.get(), nullptr));
+        inOrder.emplace(number, std::move(object));
+    }
+    for (const auto& [number, object] : inOrder) {
+        const char* path = nullptr;
+        GVariantPtr interfaces;
+        g_variant_get(object.get(), "{&o@a{sa{sv}}}", &path,
+                      static_cast<GVariant**>(Out(interfaces)));
         for (const std::string& interface : wanted) {
-            const GVariantPtr values(
-                g_variant_lookup_value(interfaces, interface.c_str(), G_VARIANT_TYPE_VARDICT));
+            const GVariantPtr values(g_variant_lookup_value(interfaces.get(), interface.c_str(),
+                                                            G_VARIANT_TYPE_VARDICT));
             if (values) {
                 ApplyProperties(path, interface, values.get());
             }
@@ -319,7 +327,7 @@ void Mirror::ApplyTransport(const std::string& path, GVariant* values) {
     if (AddressOfPath(device).empty() || g_ascii_strcasecmp(uuid.c_str(), kA2dpSinkUuid) != 0) {
         return;
     }
-    m_transports[path] = Transport{device, ++m_transportsSeen};
+    m_transports[path] = device;
     ForEachListener([&device](Listener& listener) { listener.OnTransportAdded(device); });
 }
 
@@ -375,7 +383,7 @@ void Mirror::DropTransport(const std::string& path) {
     const auto transport = m_transports.extract(path);
     if (!transport.empty()) {
         ForEachListener(
-            [&](Listener& listener) { listener.OnTransportRemoved(transport.mapped().device); });
+            [&](Listener& listener) { listener.OnTransportRemoved(transport.mapped()); });
     }
 }
 

@@ -36,12 +36,6 @@ struct Device {
     [[nodiscard]] bool HoldsBond() const { return isBonded.value_or(isPaired); }
 };
 
-// An A2DP stream of a device; this machine is the sink.
-struct Transport {
-    std::string device;  // object path
-    unsigned int order;  // rises with each one that came
-};
-
 struct Player {
     std::string device;                 // object path
     std::optional<std::string> status;  // the player has not told it yet when empty
@@ -90,7 +84,8 @@ public:
     // has none.
     [[nodiscard]] std::string PlayerPath(const std::string& device) const;
     [[nodiscard]] const Player* FindPlayer(const std::string& path) const;
-    // Connected devices with an A2DP stream, the one that came last first.
+    // Connected devices with an A2DP stream, the one that connected last first, also when that was
+    // before there was a mirror.
     [[nodiscard]] std::vector<std::string> DevicesWithTransport() const;
 
 private:
@@ -141,8 +136,8 @@ private:
     std::vector<Listener*> m_listeners;  // not owned
     std::map<std::string, Adapter> m_adapters;
     std::unordered_map<std::string, Device> m_devices;
-    std::map<std::string, Transport> m_transports;
-    unsigned int m_transportsSeen = 0;
+    // The A2DP streams in which this machine is the sink, and whose they are: path to device.
+    std::map<std::string, std::string> m_transports;
     std::map<std::string, Player> m_players;
     std::map<std::string, std::string> m_addressedPlayers;  // device to player
     bool m_isFilled = false;

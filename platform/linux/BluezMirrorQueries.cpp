@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <functional>
 
 #include "platform/linux/BluezMirror.h"
 #include "platform/linux/BluezPath.h"
@@ -86,7 +87,7 @@ std::string Mirror::AddressOf(const std::string& device) const {
 
 bool Mirror::HasTransport(const std::string& device) const {
     return std::any_of(m_transports.begin(), m_transports.end(),
-                       [&device](const auto& entry) { return entry.second.device == device; });
+                       [&device](const auto& entry) { return entry.second == device; });
 }
 
 std::string Mirror::PlayerPath(const std::string& device) const {
@@ -108,15 +109,14 @@ const Player* Mirror::FindPlayer(const std::string& path) const {
 }
 
 std::vector<std::string> Mirror::DevicesWithTransport() const {
-    std::vector<Transport> transports;
-    for (const auto& [path, transport] : m_transports) {
-        transports.push_back(transport);
+    std::multimap<int, std::string, std::greater<>> newestFirst;
+    for (const auto& [path, device] : m_transports) {
+        newestFirst.emplace(TransportNumber(path), device);
     }
-    std::sort(transports.begin(), transports.end(),
-              [](const Transport& a, const Transport& b) { return a.order > b.order; });
-    std::vector<std::string> devices(transports.size());
-    std::transform(transports.begin(), transports.end(), devices.begin(),
-                   [](const Transport& transport) { return transport.device; });
+    std::vector<std::string> devices;
+    for (const auto& [number, device] : newestFirst) {
+        devices.push_back(device);
+    }
     return devices;
 }
 

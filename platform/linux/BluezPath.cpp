@@ -5,6 +5,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <charconv>
 
 namespace Bluez {
 
@@ -26,6 +27,15 @@ std::string AddressOfPath(const std::string& path) {
 bool IsBehind(const std::string& path, const std::string& adapter) {
     return path.size() > adapter.size() && path[adapter.size()] == '/' &&
            path.compare(0, adapter.size(), adapter) == 0;
+}
+
+int TransportNumber(const std::string& path) {
+    const std::size_t name = path.rfind("/fd");
+    int number = -1;
+    if (name != std::string::npos) {
+        std::from_chars(path.data() + name + 3, path.data() + path.size(), number);
+    }
+    return number;
 }
 
 }  // namespace Bluez

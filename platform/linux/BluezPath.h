@@ -12,5 +12,9 @@ std::string MakeDevicePath(const std::string& adapter, const std::string& addres
 std::string AddressOfPath(const std::string& path);
 // Whether the object at `path` is behind the adapter.
 bool IsBehind(const std::string& path, const std::string& adapter);
+// The number of the stream at `path`; -1 when it has none. The higher one is the newer: bluetoothd
+// ends these paths in '/fdN', with N from one counter that rises over all devices for as long as it
+// runs (BlueZ, profiles/audio/transport.c, media_transport_create).
+int TransportNumber(const std::string& path);
 
 }  // namespace Bluez

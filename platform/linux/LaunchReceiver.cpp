@@ -51,6 +51,29 @@ std::optional<LaunchExtras> ReadExtras(GVariant* parameter) {
     return extras;
 }
 
+// The launch that the arguments of ActivateAction ask for; when they ask for none, `fault` says
+// why.
+std::optional<Launch> ReadLaunch(GVariant* arguments, std::string& fault) {
+    const char* action = nullptr;
+    GVariantPtr parameter;
+    GVariantPtr platformData;
+    g_variant_get(arguments, "(&s@av@a{sv})", &action, static_cast<GVariant**>(Out(parameter)),
+                  static_cast<GVariant**>(Out(platformData)));
+    const GVariantPtr phone(g_variant_lookup_value(platformData.get(), kPhoneData, nullptr));
+    auto extras = ReadExtras(parameter.get());
+    if (std::strcmp(action, kLaunchAction) != 0) {
+        fault = std::string("no action is called ") + action;
+    } else if (!extras) {
+        fault = "the action's parameter is not one array of string pairs";
+    } else if (phone && !g_variant_is_of_type(phone.get(), G_VARIANT_TYPE_STRING)) {
+        fault = std::string(kPhoneData) + " is not a text";
+    } else {
+        return Launch{std::move(*extras),
+                      phone ? g_variant_get_string(phone.get(), nullptr) : std::string()};
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 LaunchReceiver::LaunchReceiver(std::string applicationId, LaunchHandler onLaunch,
@@ -98,26 +121,18 @@ void LaunchReceiver::OnMethodCall(GDBusConnection* /*bus*/, const char* /*sender
                                   const char* method, GVariant* parameters,
                                   GDBusMethodInvocation* invocation, gpointer userData) noexcept {
     auto* self = static_cast<LaunchReceiver*>(userData);
-    LaunchExtras extras;
+    std::string fault = "nothing can be opened";
+    std::optional<Launch> launch;
     if (std::strcmp(method, "ActivateAction") == 0) {
-        const GVariantPtr action(g_variant_get_child_value(parameters, 0));
-        const GVariantPtr parameter(g_variant_get_child_value(parameters, 1));
-        const char* name = g_variant_get_string(action.get(), nullptr);
-        if (std::strcmp(name, kLaunchAction) != 0) {
-            self->Refuse(invocation, std::string("no action is called ") + name);
-            return;
-        }
-        auto given = ReadExtras(parameter.get());
-        if (!given) {
-            self->Refuse(invocation, "the action's parameter is not one array of string pairs");
-            return;
-        }
-        extras = std::move(*given);
-    } else if (std::strcmp(method, "Activate") != 0) {
-        self->Refuse(invocation, "nothing can be opened");
+        launch = ReadLaunch(parameters, fault);
+    } else if (std::strcmp(method, "Activate") == 0) {
+        launch.emplace();
+    }
+    if (!launch) {
+        self->Refuse(invocation, fault);
         return;
     }
-    self->m_onLaunch(extras);
+    self->m_onLaunch(*launch);
     g_dbus_method_invocation_return_value(invocation, nullptr);
 }
 

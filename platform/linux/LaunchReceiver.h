@@ -12,14 +12,18 @@
 
 namespace Platform {
 
+struct Launch {
+    LaunchExtras extras;  // in order; a mere activation comes without any
+    std::string phone;    // address of the phone that it is about, as told; empty when none was
+};
+
 // An application's side of a launch: owns the application's name on the system bus, stands there as
 // org.freedesktop.Application and hands each launch to a function on the main loop. Main loop's
 // thread only.
 class LaunchReceiver {
 public:
-    // A launch with its extras in order; a mere activation comes without any. The sender has its
-    // answer when the function returns.
-    using LaunchHandler = std::function<void(const LaunchExtras& extras)>;
+    // The sender has its answer when the function returns.
+    using LaunchHandler = std::function<void(const Launch& launch)>;
     // The name could not be had, or is no longer: there is no bus, or another process has it.
     using NameLostHandler = std::function<void()>;
 

@@ -8,6 +8,7 @@
 
 #include "platform/application.h"
 #include "platform/linux/ApplicationBus.h"
+#include "platform/linux/AskedPhone.h"
 #include "platform/linux/DbusError.h"
 #include "platform/linux/PlatformLog.h"
 
@@ -58,7 +59,10 @@ public:
 
 private:
     PendingLaunch(app_control_s request, app_control_result_cb callback, void* userData)
-        : m_request(std::move(request)), m_callback(callback), m_userData(userData) {}
+        : m_request(std::move(request)),
+          m_phone(Platform::AskedPhone()),
+          m_callback(callback),
+          m_userData(userData) {}
 
     static void OnBus(GObject* /*source*/, GAsyncResult* result, gpointer userData) noexcept {
         auto* self = static_cast<PendingLaunch*>(userData);
@@ -71,8 +75,9 @@ private:
         const std::string& id = self->m_request.appId;
         g_dbus_connection_call(bus.get(), id.c_str(), Platform::ObjectPathOf(id).c_str(),
                                Platform::kApplicationInterface, "ActivateAction",
-                               Platform::LaunchArguments(self->m_request.extras), nullptr,
-                               G_DBUS_CALL_FLAGS_NONE, kAsyncTimeoutMs, nullptr, OnReply, self);
+                               Platform::LaunchArguments(self->m_request.extras, self->m_phone),
+                               nullptr, G_DBUS_CALL_FLAGS_NONE, kAsyncTimeoutMs, nullptr, OnReply,
+                               self);
     }
 
     static void OnReply(GObject* source, GAsyncResult* result, gpointer userData) noexcept {
@@ -100,6 +105,7 @@ private:
     }
 
     app_control_s m_request;
+    std::string m_phone;  // when it was asked for: another one may be when the bus is reached
     app_control_result_cb m_callback;
     void* m_userData;
 };
@@ -111,7 +117,7 @@ int LaunchAndWait(const app_control_s& request) {
         const GVariantPtr reply(g_dbus_connection_call_sync(
             bus.get(), request.appId.c_str(), Platform::ObjectPathOf(request.appId).c_str(),
             Platform::kApplicationInterface, "ActivateAction",
-            Platform::LaunchArguments(request.extras), nullptr, G_DBUS_CALL_FLAGS_NONE,
+            Platform::LaunchArguments(request.extras, ""), nullptr, G_DBUS_CALL_FLAGS_NONE,
             kSyncTimeoutMs, nullptr, Out(error)));
     }
     if (error == nullptr) {

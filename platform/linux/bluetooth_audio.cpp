@@ -38,7 +38,7 @@ int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state) {
         return BT_ERROR_INVALID_PARAMETER;
     }
     const Service& service = Service::Get();
-    const std::string device = service.audio.LastConnected();
+    const std::string device = service.audio.CurrentPhone();
     if (device.empty()) {
         return BT_ERROR_REMOTE_DEVICE_NOT_CONNECTED;
     }

@@ -163,4 +163,15 @@ TEST_F(BluetoothContractTest, PhoneComesAndGoesByItself) {
     EXPECT_TRUE(m_events.empty());
 }
 
+TEST_F(BluetoothContractTest, PhoneThatWasAskedForIsMeantAlsoWhenAnotherComesAndItLeaves) {
+    bt_avrcp_player_state_e player = BT_AVRCP_PLAYER_STATE_PAUSED;
+    m_world->TurnOn();
+    EXPECT_EQ(Connect(alice.c_str()), BT_ERROR_NONE);
+    Expect(m_events, {"up " + alice});
+    m_world->SetConnected(kPhones[1], true);
+    m_world->SetConnected(kPhones[0], false);
+    Expect(m_events, {"up " + ben, "down " + alice});
+    EXPECT_EQ(bt_avrcp_control_get_play_status(&player), BT_ERROR_REMOTE_DEVICE_NOT_CONNECTED);
+}
+
 }  // namespace

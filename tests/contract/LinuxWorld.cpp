@@ -89,7 +89,7 @@ public:
     }
     void StartPlayer() override {
         m_player.emplace(
-            kPlayer, [](const Platform::LaunchExtras&) {}, nullptr);
+            kPlayer, [](const Platform::Launch&) {}, nullptr);
         EXPECT_TRUE(AwaitThat([] { return Platform::IsRunning(kPlayer) == true; }));
     }
     void TurnOn() override {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "common/Timer.h"
+#include "platform/linux/ApplicationBus.h"
 
 using ScenarioRunner::ChildProcess;
 
@@ -39,7 +40,8 @@ Bench::Bench(std::string mediaPlayer) {
     m_bus = Start("dbus-daemon",
                   {"--config-file=" + m_workspace->BusConfiguration(), "--nofork", "--nopidfile",
                    "--print-address=1"},
-                  {[&isUp](const std::string&) { isUp = true; }, nullptr, nullptr});
+                  {[&isUp](const std::string&) { isUp = true; },
+                   [this](const std::string& line) { m_playerLog.all.push_back(line); }, nullptr});
     Check(AwaitThat([&isUp] { return isUp; }), "no bus");
     GErrorPtr failure;
     m_connection.reset(g_dbus_connection_new_for_address_sync(
@@ -74,10 +76,22 @@ void Bench::StartSimulator(const std::string& scenario) {
     m_simulator = Start(
         std::string(BIN_DIR) + "/tv-sim", {"--scenario", file},
         {[this](const std::string& line) { m_events.all.push_back(line); }, nullptr, nullptr});
+    m_isSimulated = true;
     AwaitEvent("bus: name org.bluez acquired");
     if (scenario.find("[adapter]") == std::string::npos) {
         AwaitEvent("adapter: powered on");
     }
+}
+
+std::unique_ptr<TvSim::Simulator> Bench::Simulate(TvSim::Scenario scenario) {
+    auto simulator =
+        std::make_unique<TvSim::Simulator>(std::move(scenario), m_connection.get(),
+                                           [this](const std::string& who, const std::string& what) {
+                                               m_events.all.push_back(who + ": " + what);
+                                           });
+    m_isSimulated = true;
+    AwaitEvent("adapter: powered on");
+    return simulator;
 }
 
 void Bench::KillSimulator() {
@@ -94,7 +108,7 @@ void Bench::StartService() {
     const std::size_t start = m_log.read;
     AwaitLog("Name acquired com.velmora.tv.bt.autoconnect");
     m_log.read = start;
-    AwaitLog(m_simulator ? "bluetoothd is there" : "bluetoothd is not on the bus");
+    AwaitLog(m_isSimulated ? "bluetoothd is there" : "bluetoothd is not on the bus");
 }
 
 void Bench::RunTvctl(const std::vector<std::string>& arguments, TvctlRun& run) {
@@ -142,8 +156,18 @@ void Bench::Stall(int ms) {
     m_service->Signal(SIGSTOP);
     bool isOver = false;
     const Timer end = Timer::Once(ms, [&isOver] { isOver = true; });
-    AwaitThat([&isOver] { return isOver; });
+    EXPECT_TRUE(AwaitThat([&isOver] { return isOver; }));
     m_service->Signal(SIGCONT);
+}
+
+void Bench::LaunchPlay(const std::string& phone) {
+    GErrorPtr error;
+    const GVariantPtr reply(
+        g_dbus_connection_call_sync(m_connection.get(), "com.velmora.tv.bmp", "/com/velmora/tv/bmp",
+                                    Platform::kApplicationInterface, "ActivateAction",
+                                    Platform::LaunchArguments({{"cmd", "play"}}, phone), nullptr,
+                                    G_DBUS_CALL_FLAGS_NONE, kDeadlineMs, nullptr, Out(error)));
+    ASSERT_TRUE(reply) << error->message;
 }
 
 std::string Bench::Call(const char* method) {
@@ -156,8 +180,7 @@ std::string Bench::Call(const char* method) {
     return name ? name.get() : "";
 }
 
-template <typename Condition>
-bool Bench::AwaitThat(Condition condition) {
+bool Bench::AwaitThat(const std::function<bool()>& condition) {
     bool isLate = false;
     const Timer deadline = Timer::Once(kDeadlineMs, [&isLate] { isLate = true; });
     while (!condition() && !isLate) {
@@ -186,20 +209,24 @@ void Bench::AwaitEvent(const std::string& text) {
     Await(m_events, text);
 }
 
+void Bench::AwaitPlayer(const std::string& text) {
+    Await(m_playerLog, text);
+}
+
 std::string Bench::AwaitEnd() {
     return AwaitThat([this] { return m_serviceEnd.has_value(); }) ? *m_serviceEnd : "runs on";
 }
 
-std::size_t Bench::CountLog(const std::string& text) const {
+std::size_t Bench::Count(const Lines& lines, const std::string& text) {
     std::size_t count = 0;
-    for (const std::string& line : m_log.all) {
+    for (const std::string& line : lines.all) {
         count += line.find(text) != std::string::npos ? 1 : 0;
     }
     return count;
 }
 
 void Bench::ShowLogs() const {
-    for (const Lines* lines : {&m_events, &m_log}) {
+    for (const Lines* lines : {&m_events, &m_playerLog, &m_log}) {
         for (const std::string& line : lines->all) {
             std::cerr << line << "\n";
         }

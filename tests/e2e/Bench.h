@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@
 #include "common/CHandle.h"
 #include "tools/scenario-runner/ChildProcess.h"
 #include "tools/scenario-runner/Workspace.h"
+#include "tools/tv-sim/Simulator.h"
 
 // The real executables on a bus of their own, driven by verbs. Waiting is waiting for a line, never
 // for a time; a line that does not come within the deadline fails the test and shows the log.
@@ -23,6 +25,9 @@ protected:
 
     // `scenario` is the text of a scenario file, [phone] sections above all.
     void StartSimulator(const std::string& scenario);
+    // The same in this process, for a test that says what phones do when. Its answers take a loop
+    // that runs, so they come during the waits.
+    std::unique_ptr<TvSim::Simulator> Simulate(TvSim::Scenario scenario);
     void KillSimulator();
     // Starts it and waits until it owns its name; with the simulator there, until it knows the
     // objects.
@@ -41,6 +46,9 @@ protected:
 
     // Stops the service for that long and lets it go on.
     void Stall(int ms);
+    // Launches the media player with cmd=play, about a phone unless that is empty; the answer has
+    // come.
+    void LaunchPlay(const std::string& phone = "");
 
     // Calls a method of the service's object; the name of the error that came back.
     std::string Call(const char* method);
@@ -49,10 +57,17 @@ protected:
     // `text`; lines before it are passed over and do not count again.
     void AwaitLog(const std::string& text);
     void AwaitEvent(const std::string& text);
+    // Likewise of what the bus and what it started have to say: the media player's log.
+    void AwaitPlayer(const std::string& text);
+    // Lets this process work until the condition holds; false when it never does.
+    [[nodiscard]] bool AwaitThat(const std::function<bool()>& condition);
     // Waits until the service ended; "" for status 0.
     [[nodiscard]] std::string AwaitEnd();
     // How many lines of the service's log so far hold `text`.
-    [[nodiscard]] std::size_t CountLog(const std::string& text) const;
+    [[nodiscard]] std::size_t CountLog(const std::string& text) const { return Count(m_log, text); }
+    [[nodiscard]] std::size_t CountEvents(const std::string& text) const {
+        return Count(m_events, text);
+    }
     [[nodiscard]] std::string Root() const { return m_workspace->Root(); }
 
     static constexpr const char* kAlice = "A0:11:22:33:44:01";
@@ -75,16 +90,17 @@ private:
     ChildPtr Start(const std::string& program, std::vector<std::string> arguments,
                    ScenarioRunner::ChildProcess::Handlers handlers);
     void Await(Lines& lines, const std::string& text);
-    template <typename Condition>
-    bool AwaitThat(Condition condition);
+    static std::size_t Count(const Lines& lines, const std::string& text);
     void ShowLogs() const;
 
     std::optional<ScenarioRunner::Workspace> m_workspace;
     Lines m_log;
     Lines m_events;
+    Lines m_playerLog;
     std::optional<std::string> m_serviceEnd;
     ChildPtr m_bus;
     ChildPtr m_simulator;
+    bool m_isSimulated = false;  // in either way
     ChildPtr m_service;
     GObjectPtr<GDBusConnection> m_connection;
 };

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/media-player/MediaPlayer.h"
 
+#include "platform/linux/BluezRecord.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
 namespace {
@@ -14,7 +15,7 @@ constexpr int kIdleExitMs = 30000;
 MediaPlayer::MediaPlayer()
     : m_loop(g_main_loop_new(nullptr, FALSE)),
       m_receiver(
-          kAppId, [this](const Platform::LaunchExtras& extras) { OnLaunch(extras); },
+          kAppId, [this](const Platform::Launch& launch) { OnLaunch(launch); },
           [this] { Quit(); }) {
     ExitWhenIdle();
 }
@@ -23,26 +24,34 @@ void MediaPlayer::Run() {
     g_main_loop_run(m_loop.get());
 }
 
-void MediaPlayer::OnLaunch(const Platform::LaunchExtras& extras) {
-    for (const auto& [key, value] : extras) {
+void MediaPlayer::OnLaunch(const Platform::Launch& launch) {
+    const std::string phone = Bluez::CanonicalAddress(launch.phone.c_str());
+    if (phone.empty() && !launch.phone.empty()) {
+        PLAYER_WARN("launched for a phone whose address is none: %s", launch.phone.c_str());
+        return;
+    }
+    for (const auto& [key, value] : launch.extras) {
         if (key == "cmd" && value == "play") {
-            Play();
+            Play(phone);
         } else {
             PLAYER_WARN("unknown extra %s=%s", key.c_str(), value.c_str());
         }
     }
 }
 
-void MediaPlayer::Play() {
-    if (m_command) {
+void MediaPlayer::Play(const std::string& phone) {
+    std::unique_ptr<PlayCommand>& command = m_commands[phone];
+    if (command) {
         PLAYER_INFO("play: the phone is being asked already");
         return;
     }
-    PLAYER_INFO("play");
+    PLAYER_INFO("play on %s", phone.empty() ? "the phone that connected last" : phone.c_str());
     m_idle.Cancel();
-    m_command = std::make_unique<PlayCommand>(m_mirror, [this](bool /*plays*/) {
-        m_command.reset();
-        ExitWhenIdle();
+    command = std::make_unique<PlayCommand>(m_mirror, phone, [this, phone](bool /*plays*/) {
+        m_commands.erase(phone);
+        if (m_commands.empty()) {
+            ExitWhenIdle();
+        }
     });
 }
 

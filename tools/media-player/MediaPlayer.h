@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <map>
 #include <memory>
+#include <string>
 
 #include "common/CHandle.h"
 #include "common/Timer.h"
@@ -21,14 +23,14 @@ public:
     void Run();
 
 private:
-    void OnLaunch(const Platform::LaunchExtras& extras);
-    void Play();
+    void OnLaunch(const Platform::Launch& launch);
+    void Play(const std::string& phone);
     void ExitWhenIdle();
     void Quit();
 
     GMainLoopPtr m_loop;
     Bluez::Mirror m_mirror;
-    std::unique_ptr<PlayCommand> m_command;
+    std::map<std::string, std::unique_ptr<PlayCommand>> m_commands;  // by phone, "" for none named
     Timer m_idle;
     Platform::LaunchReceiver m_receiver;
 };

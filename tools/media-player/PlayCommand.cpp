@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/BluezPath.h"
 #include "platform/linux/DbusError.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
@@ -18,40 +19,70 @@ constexpr const char* kPlaying = "playing";
 
 }  // namespace
 
-PlayCommand::PlayCommand(Bluez::Mirror& mirror, std::function<void(bool plays)> whenDone)
-    : m_mirror(mirror), m_whenDone(std::move(whenDone)) {
+PlayCommand::PlayCommand(Bluez::Mirror& mirror, std::string phone,
+                         std::function<void(bool plays)> whenDone)
+    : m_mirror(mirror), m_phone(std::move(phone)), m_whenDone(std::move(whenDone)) {
     m_mirror.AddListener(this);
     m_deadline = Timer::Once(kAppearMs, [this] { OnDeadline(); });
-    m_look = Timer::Once(0, [this] { Look(); });
+    LookSoon();
 }
 
 PlayCommand::~PlayCommand() {
     m_mirror.RemoveListener(this);
 }
 
-// Looks whether the player of the phone that connected last can be told to play, and whether it
-// then does. Other phones are none of its business: their owners did not just come home.
+// Looks whether the phone's player can be told to play, and whether it then does.
 void PlayCommand::Look() {
     const std::vector<std::string> devices = m_mirror.DevicesWithTransport();
-    if (devices.empty()) {
-        m_isLacking = "no phone is connected";
+    if (m_phone.empty() && !devices.empty()) {
+        m_phone = m_mirror.AddressOf(devices.front());
+    }
+    const std::string path = PlayerPath();
+    const Bluez::Player* player = m_mirror.FindPlayer(path);
+    if (player == nullptr || !player->status) {
         return;
     }
-    const std::string path = m_mirror.PlayerPath(devices.front());
-    const Bluez::Player* player = m_mirror.FindPlayer(path);
-    if (player == nullptr) {
-        m_isLacking = "the phone shows no player";
-    } else if (!player->status) {
-        m_isLacking = "the phone's player has not told its state";
-    } else if (*player->status == kPlaying) {
-        PLAYER_INFO("%s plays", m_mirror.AddressOf(devices.front()).c_str());
+    if (*player->status == kPlaying) {
+        PLAYER_INFO("%s plays", m_phone.c_str());
         Finish(true);
-    } else {
-        m_isLacking = "the phone was told to play and does not, its player says " + *player->status;
-        if (m_player.empty()) {
-            Play(path);
+    } else if (m_player.empty()) {
+        Play(path);
+    }
+}
+
+// Not at once: the mirror is in the middle of telling its listeners.
+void PlayCommand::LookSoon() {
+    m_look = Timer::Once(0, [this] { Look(); });
+}
+
+std::string PlayCommand::Device() const {
+    for (const std::string& device : m_mirror.DevicesWithTransport()) {
+        if (m_mirror.AddressOf(device) == m_phone) {
+            return device;
         }
     }
+    return "";
+}
+
+std::string PlayCommand::PlayerPath() const {
+    const std::string device = Device();
+    return device.empty() ? "" : m_mirror.PlayerPath(device);
+}
+
+std::string PlayCommand::WhySilent() const {
+    if (!m_mirror.IsFilled()) {
+        return m_mirror.IsSettled() ? "bluetoothd is not there" : "bluetoothd does not answer";
+    }
+    if (Device().empty()) {
+        return m_phone.empty() ? "no phone is connected" : "the phone has left";
+    }
+    const Bluez::Player* player = m_mirror.FindPlayer(PlayerPath());
+    if (player == nullptr) {
+        return "the phone shows no player";
+    }
+    return player->status
+               ? "the phone was told to play and does not, its player says " + *player->status
+               : "the phone's player has not told its state";
 }
 
 void PlayCommand::Play(const std::string& player) {
@@ -68,8 +99,8 @@ void PlayCommand::Play(const std::string& player) {
 }
 
 void PlayCommand::OnDeadline() {
-    PLAYER_ERROR("no music: %s",
-                 m_isLacking.empty() ? "bluetoothd is not there" : m_isLacking.c_str());
+    const std::string phone = m_phone.empty() ? "" : " from " + m_phone;
+    PLAYER_ERROR("no music%s: %s", phone.c_str(), WhySilent().c_str());
     Finish(false);
 }
 
@@ -82,11 +113,9 @@ void PlayCommand::Finish(bool plays) {
     }
 }
 
-// Not at once: the mirror is in the middle of telling its listeners.
-void PlayCommand::OnPlayerChanged(const std::string& /*path*/) {
-    m_look = Timer::Once(0, [this] { Look(); });
-}
-
-void PlayCommand::OnServiceGone() {
-    m_isLacking = "bluetoothd is not there";
+// Should it come back in time, it is told anew.
+void PlayCommand::OnDeviceDisconnected(const std::string& path) {
+    if (Bluez::IsBehind(m_player, path)) {
+        m_player.clear();
+    }
 }

@@ -218,9 +218,11 @@ typedef enum {
     BT_AVRCP_PLAYER_STATE_PAUSED = 2
 } bt_avrcp_player_state_e;
 
-/* What the player of the phone that was connected last says. REMOTE_DEVICE_NOT_CONNECTED: it has
- * left, whoever else is connected. OPERATION_FAILED: it has no player, or the player has not told
- * its state yet. INVALID_PARAMETER: state is NULL. *state is written on success alone. */
+/* What the player of the phone says: the one whose bt_audio_connect succeeded last or, where none
+ * has, the one that connected last; another one that connects by itself meanwhile is not meant.
+ * REMOTE_DEVICE_NOT_CONNECTED: it has left, whoever else is connected. OPERATION_FAILED: it has no
+ * player, or the player has not told its state yet. INVALID_PARAMETER: state is NULL. *state is
+ * written on success alone. */
 int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state);
 
 /* Sends a command to the phone's remote-control target. NOT_SUPPORTED: not by this platform. */

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "common/CHandle.h"
+#include "platform/bluetooth.h"
+#include "tests/e2e/Bench.h"
+
+// The media player: which phone it has play, and what it says of that one.
+
+namespace {
+
+class Player : public Bench {};
+
+TEST_F(Player, AsksThePhoneOfTheLaunchWhateverAnotherOneDoesAndWhenItLeft) {
+    TvSim::Scenario scenario;
+    scenario.phones = {TvSim::MakePhone("Alice", kAlice), TvSim::MakePhone("Ben", kBen)};
+    scenario.phones[0].playsOnPlay = false;
+    const auto simulator = Simulate(scenario);
+    TvSim::Phone& alice = *simulator->FindPhone("Alice");
+    TvSim::Phone& ben = *simulator->FindPhone("Ben");
+
+    ASSERT_TRUE(alice.ConnectByItself());
+    LaunchPlay(kAlice);
+    AwaitPlayer(std::string("play on ") + kAlice);
+    alice.Disconnect();
+    ASSERT_TRUE(ben.ConnectByItself());
+    AwaitEvent("phone Ben: tells its status paused");
+    AwaitPlayer(std::string("no music from ") + kAlice + ": the phone has left");
+
+    ASSERT_TRUE(alice.ConnectByItself());
+    LaunchPlay(kAlice);
+    AwaitEvent("phone Alice: play asked");
+    ben.SetStatus("playing");
+    AwaitPlayer(std::string("no music from ") + kAlice +
+                ": the phone was told to play and does "
+                "not, its player says paused");
+    EXPECT_EQ(CountEvents("phone Ben: play asked"), 0U);
+}
+
+TEST_F(Player, IsToldByTheServiceWhichPhoneItConnectedNotWhichCameLast) {
+    TvSim::Scenario scenario;
+    scenario.phones = {TvSim::MakePhone("Alice", kAlice), TvSim::MakePhone("Ben", kBen)};
+    scenario.phones[1].advertises = false;
+    scenario.phones[1].playerStatus = "playing";
+    SetUpTv();
+    const auto simulator = Simulate(scenario);
+    StartService();
+    Wake();
+    AwaitLog(std::string("result : 0, address : ") + kAlice);
+    ASSERT_TRUE(simulator->FindPhone("Ben")->ConnectByItself());
+    AwaitEvent("phone Alice: plays");
+    AwaitPlayer(std::string(kAlice) + " plays");
+    EXPECT_EQ(CountEvents("phone Ben: play asked"), 0U);
+}
+
+// Eleven, for the last stream's number is not the last in the order of texts.
+TEST_F(Player, WithoutAPhoneInTheLaunchAsksTheOneThatConnectedLastWhoeverStartedWhen) {
+    TvSim::Scenario scenario;
+    for (int i = 0; i <= 10; ++i) {
+        scenario.phones.push_back(
+            TvSim::MakePhone(std::to_string(i), "A0:11:22:33:44:" + std::to_string(40 - i)));
+    }
+    const auto simulator = Simulate(scenario);
+    for (int i = 0; i <= 10; ++i) {
+        ASSERT_TRUE(simulator->FindPhone(std::to_string(i))->ConnectByItself());
+    }
+    LaunchPlay();
+    AwaitEvent("phone 10: plays");
+    AwaitPlayer("A0:11:22:33:44:30 plays");
+    EXPECT_EQ(CountEvents("play asked"), 1U);
+
+    // This process, too, comes later than all of them, and outlives the bus.
+    const GObjectPtr<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    bt_audio_connected_info_s* info = nullptr;
+    ASSERT_TRUE(AwaitThat([&info] {
+        bt_audio_free_connected_info(std::exchange(info, nullptr));
+        return bt_audio_get_connected_info(BT_AUDIO_PROFILE_TYPE_A2DP_SINK, &info) == 0 &&
+               info->connected_count == 11;
+    }));
+    EXPECT_STREQ(info->remote_address, "A0:11:22:33:44:30");
+    bt_audio_free_connected_info(info);
+}
+
+}  // namespace
