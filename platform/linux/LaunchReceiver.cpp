@@ -108,9 +108,12 @@ void LaunchReceiver::OnBusAcquired(GDBusConnection* bus, const char* /*name*/,
     }
 }
 
-void LaunchReceiver::OnNameLost(GDBusConnection* /*bus*/, const char* /*name*/,
+void LaunchReceiver::OnNameLost(GDBusConnection* bus, const char* name,
                                 gpointer userData) noexcept {
     auto* self = static_cast<LaunchReceiver*>(userData);
+    PLATFORM_ERROR("%s cannot be launched: %s", name,
+                   bus == nullptr ? "the system bus cannot be reached"
+                                  : "another process has its name, or the bus refuses it");
     if (self->m_onNameLost) {
         self->m_onNameLost();
     }

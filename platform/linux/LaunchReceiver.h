@@ -24,7 +24,7 @@ class LaunchReceiver {
 public:
     // The sender has its answer when the function returns.
     using LaunchHandler = std::function<void(const Launch& launch)>;
-    // The name could not be had, or is no longer: there is no bus, or another process has it.
+    // The name could not be had, or is no longer, which the log says.
     using NameLostHandler = std::function<void()>;
 
     // `applicationId` is a valid bus name.

@@ -52,6 +52,23 @@ TEST_F(Player, IsToldByTheServiceWhichPhoneItConnectedNotWhichCameLast) {
     EXPECT_EQ(CountEvents("phone Ben: play asked"), 0U);
 }
 
+TEST_F(Player, SaysThatThereIsNoBluetoothAndThatAnotherInstanceRuns) {
+    LaunchPlay();
+    AwaitPlayer("no music: bluetoothd is not there");
+    std::string complaint;
+    std::optional<std::string> end;
+    const auto second = ScenarioRunner::ChildProcess::Start(
+        {{std::string(BIN_DIR) + "/media-player"}, {}},
+        {nullptr, [&](const std::string& line) { complaint += line; },
+         [&](const std::string& how) { end = how; }},
+        complaint);
+    ASSERT_TRUE(AwaitThat([&end] { return end.has_value(); }));
+    EXPECT_EQ(*end, "status 1");
+    EXPECT_NE(complaint.find("com.velmora.tv.bmp cannot be launched: another process has its name"),
+              std::string::npos)
+        << complaint;
+}
+
 // Eleven, for the last stream's number is not the last in the order of texts.
 TEST_F(Player, WithoutAPhoneInTheLaunchAsksTheOneThatConnectedLastWhoeverStartedWhen) {
     TvSim::Scenario scenario;

@@ -16,12 +16,13 @@ MediaPlayer::MediaPlayer()
     : m_loop(g_main_loop_new(nullptr, FALSE)),
       m_receiver(
           kAppId, [this](const Platform::Launch& launch) { OnLaunch(launch); },
-          [this] { Quit(); }) {
+          [this] { Quit(EXIT_FAILURE); }) {
     ExitWhenIdle();
 }
 
-void MediaPlayer::Run() {
+int MediaPlayer::Run() {
     g_main_loop_run(m_loop.get());
+    return m_status;
 }
 
 void MediaPlayer::OnLaunch(const Platform::Launch& launch) {
@@ -56,9 +57,10 @@ void MediaPlayer::Play(const std::string& phone) {
 }
 
 void MediaPlayer::ExitWhenIdle() {
-    m_idle = Timer::Once(kIdleExitMs, [this] { Quit(); });
+    m_idle = Timer::Once(kIdleExitMs, [this] { Quit(EXIT_SUCCESS); });
 }
 
-void MediaPlayer::Quit() {
+void MediaPlayer::Quit(int status) {
+    m_status = status;
     g_main_loop_quit(m_loop.get());
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <string>
@@ -19,16 +20,18 @@ class MediaPlayer {
 public:
     MediaPlayer();
 
-    // Returns when the player has had nothing to do for half a minute, or lost its name on the bus.
-    void Run();
+    // Returns when the player has had nothing to do for half a minute, or cannot be launched; the
+    // exit status of the process.
+    int Run();
 
 private:
     void OnLaunch(const Platform::Launch& launch);
     void Play(const std::string& phone);
     void ExitWhenIdle();
-    void Quit();
+    void Quit(int status);
 
     GMainLoopPtr m_loop;
+    int m_status = EXIT_SUCCESS;
     Bluez::Mirror m_mirror;
     std::map<std::string, std::unique_ptr<PlayCommand>> m_commands;  // by phone, "" for none named
     Timer m_idle;

@@ -4,6 +4,5 @@
 
 int main() {
     MediaPlayer player;
-    player.Run();
-    return 0;
+    return player.Run();
 }
