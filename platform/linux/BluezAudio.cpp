@@ -82,7 +82,7 @@ void Audio::Attempt(const std::string& address) {
     Request& request = *m_requests[address];
     request.attempt = Call(
         m_mirror.Connection(), request.device, kDeviceInterface, "ConnectProfile",
-        g_variant_new("(s)", kA2dpSourceUuid), G_MAXINT,
+        g_variant_new("(s)", kA2dpSourceUuid), kAttemptMs + kCancellationMs,
         [this, address](GVariant* /*reply*/, const GError* error) { OnAnswered(address, error); });
 }
 
@@ -203,13 +203,13 @@ void Audio::OnAdapterLost(const std::string& path) {
 void Audio::FailAll(const std::string& adapter, const char* reason) {
     std::vector<std::string> addresses;
     for (const auto& [address, request] : m_requests) {
-        if (adapter.empty() || IsBehind(request->device, adapter)) {
+        if (adapter.empty() || IsBelow(request->device, adapter)) {
             addresses.push_back(address);
         }
     }
     std::vector<std::string> devices;
     for (const Connection& connection : m_connected) {
-        if (adapter.empty() || IsBehind(connection.device, adapter)) {
+        if (adapter.empty() || IsBelow(connection.device, adapter)) {
             devices.push_back(connection.device);
         }
     }
@@ -230,7 +230,7 @@ void Audio::OnTransportAdded(const std::string& device) {
     const std::string address = m_mirror.AddressOf(device);
     // A request that runs reports its own end, and what another adapter does is not ours.
     if (FindConnected(device) == m_connected.end() && m_requests.count(address) == 0 &&
-        IsBehind(device, m_mirror.PoweredAdapter())) {
+        IsBelow(device, m_mirror.PoweredAdapter())) {
         AddConnected(device, address);
         if (Platform::AskedPhone().empty()) {
             m_phone = device;

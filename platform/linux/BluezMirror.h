@@ -71,10 +71,10 @@ public:
     // Path of the adapter in use, else of the one with the lowest number; empty when none.
     [[nodiscard]] std::string AnyAdapter() const;
     [[nodiscard]] const Adapter* FindAdapter(const std::string& path) const;
-    // Paths of the bonded devices behind the adapter, by address.
+    // Paths of the bonded devices below the adapter, by address.
     [[nodiscard]] std::vector<std::string> BondedDevices(const std::string& adapter) const;
     [[nodiscard]] const Device* FindDevice(const std::string& path) const;
-    // Path of the device with that address, in any case, behind that adapter; empty when unknown.
+    // Path of the device with that address, in any case, below that adapter; empty when unknown.
     [[nodiscard]] std::string DevicePath(const std::string& adapter,
                                          const std::string& address) const;
     // The address of the device at that path, known or not.

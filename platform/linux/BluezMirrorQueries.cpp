@@ -50,7 +50,7 @@ const Adapter* Mirror::FindAdapter(const std::string& path) const {
 std::vector<std::string> Mirror::BondedDevices(const std::string& adapter) const {
     std::vector<std::string> paths;
     for (const auto& [path, device] : m_devices) {
-        if (device.HoldsBond() && IsBehind(path, adapter)) {
+        if (device.HoldsBond() && IsBelow(path, adapter)) {
             paths.push_back(path);
         }
     }
@@ -72,7 +72,7 @@ std::string Mirror::DevicePath(const std::string& adapter, const std::string& ad
         return path;
     }
     for (const auto& [otherPath, other] : m_devices) {
-        if (IsBehind(otherPath, adapter) &&
+        if (IsBelow(otherPath, adapter) &&
             g_ascii_strcasecmp(other.address.c_str(), address.c_str()) == 0) {
             return otherPath;
         }
@@ -96,7 +96,7 @@ std::string Mirror::PlayerPath(const std::string& device) const {
         return addressed->second;
     }
     for (const auto& [path, player] : m_players) {
-        if (player.device == device || IsBehind(path, device)) {
+        if (player.device == device || IsBelow(path, device)) {
             return path;
         }
     }

@@ -24,9 +24,9 @@ std::string AddressOfPath(const std::string& path) {
     return address;
 }
 
-bool IsBehind(const std::string& path, const std::string& adapter) {
-    return path.size() > adapter.size() && path[adapter.size()] == '/' &&
-           path.compare(0, adapter.size(), adapter) == 0;
+bool IsBelow(const std::string& path, const std::string& parent) {
+    return !parent.empty() && path.size() > parent.size() && path[parent.size()] == '/' &&
+           path.compare(0, parent.size(), parent) == 0;
 }
 
 int TransportNumber(const std::string& path) {

@@ -10,11 +10,11 @@ namespace Bluez {
 std::string MakeDevicePath(const std::string& adapter, const std::string& address);
 // The address in such a path, upper case.
 std::string AddressOfPath(const std::string& path);
-// Whether the object at `path` is behind the adapter.
-bool IsBehind(const std::string& path, const std::string& adapter);
 // The number of the stream at `path`; -1 when it has none. The higher one is the newer: bluetoothd
 // ends these paths in '/fdN', with N from one counter that rises over all devices for as long as it
 // runs (BlueZ, profiles/audio/transport.c, media_transport_create).
 int TransportNumber(const std::string& path);
+// Whether the object at `path` is below the one at `parent`; nothing is when that is empty.
+bool IsBelow(const std::string& path, const std::string& parent);
 
 }  // namespace Bluez

@@ -143,7 +143,7 @@ void Scan::OnLost(const char* reason) {
 }
 
 void Scan::OnAdvertisement(const std::string& path, GVariant* manufacturerData, int rssi) {
-    if (m_callback == nullptr || !IsBehind(path, m_adapter)) {
+    if (m_callback == nullptr || !IsBelow(path, m_adapter)) {
         return;
     }
     GVariantIter iter;

@@ -170,6 +170,13 @@ void Bench::LaunchPlay(const std::string& phone) {
     ASSERT_TRUE(reply) << error->message;
 }
 
+void Bench::BecomeDaemon() {
+    ASSERT_TRUE(GVariantPtr(g_dbus_connection_call_sync(
+        m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "RequestName", g_variant_new("(su)", "org.bluez", 0U), nullptr, G_DBUS_CALL_FLAGS_NONE,
+        kDeadlineMs, nullptr, nullptr)));
+}
+
 std::string Bench::Call(const char* method) {
     GErrorPtr error;
     const GVariantPtr reply(g_dbus_connection_call_sync(

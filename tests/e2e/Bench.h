@@ -50,6 +50,9 @@ protected:
     // come.
     void LaunchPlay(const std::string& phone = "");
 
+    // Stands on the bus as org.bluez and answers nothing; Emit then speaks for it.
+    void BecomeDaemon();
+
     // Calls a method of the service's object; the name of the error that came back.
     std::string Call(const char* method);
 

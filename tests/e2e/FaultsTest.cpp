@@ -307,6 +307,27 @@ TEST_F(Daemon, WhoseAnswersWaitWhileTheServiceIsStoppedIsBelieved) {
     EXPECT_EQ(CountLog("is not connected"), 0U);
 }
 
+TEST_F(Daemon, MayTellOfAStreamWhileTheAdapterIsOffWhichIsNoConnection) {
+    StartService();
+    BecomeDaemon();
+    AwaitLog("bluetoothd does not tell its objects");
+    const auto add = [this](const char* object) {
+        Emit("InterfacesAdded", g_variant_new_parsed(object), "/",
+             "org.freedesktop.DBus.ObjectManager");
+    };
+    for (const char* adapter :
+         {"(objectpath '/org/bluez/hci0', {'org.bluez.Adapter1': {'Powered': <false>}})",
+          "(objectpath '/org/bluez/hci0', {'org.bluez.Adapter1': {'Powered': <true>}})"}) {
+        add(adapter);
+        add("(objectpath '/org/bluez/hci0/dev_A0_11_22_33_44_01/fd0', "
+            "{'org.bluez.MediaTransport1': "
+            "{'Device': <objectpath '/org/bluez/hci0/dev_A0_11_22_33_44_01'>, "
+            "'UUID': <'0000110b-0000-1000-8000-00805f9b34fb'>}})");
+    }
+    AwaitLog("adapter /org/bluez/hci0 is on");
+    AwaitLog("result : 0, address : A0:11:22:33:44:01");
+}
+
 TEST_F(Daemon, TellsOfAPhoneThatConnectsByItselfAndOfItsLeave) {
     SetUpTv();
     StartSimulator(std::string(kAlicePhone) +

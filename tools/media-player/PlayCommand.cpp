@@ -115,7 +115,7 @@ void PlayCommand::Finish(bool plays) {
 
 // Should it come back in time, it is told anew.
 void PlayCommand::OnDeviceDisconnected(const std::string& path) {
-    if (Bluez::IsBehind(m_player, path)) {
+    if (Bluez::IsBelow(m_player, path)) {
         m_player.clear();
     }
 }
