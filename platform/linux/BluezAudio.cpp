@@ -72,7 +72,7 @@ void Audio::Begin(const std::string& address) {
         Attempt(address);
         return;
     }
-    Explain(address, adapter.empty() ? "there is no powered adapter" : "it is not bonded");
+    Explain(address, adapter.empty() ? m_mirror.WhyOff() : "it is not bonded");
     const int result = adapter.empty() ? BT_ERROR_NOT_ENABLED : BT_ERROR_REMOTE_DEVICE_NOT_BONDED;
     // Not before Connect returned.
     request.pause = Timer::Once(0, [this, address, result] { Report(address, result); });

@@ -262,6 +262,7 @@ void Mirror::ApplyProperties(const std::string& path, const std::string& interfa
 
 void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
     Adapter& adapter = m_adapters[path];
+    m_hadAdapter = true;
     const bool wasPowered = adapter.isPowered;
     ForEachProperty(values, [&adapter](const char* name, GVariant* value) {
         if (Is(name, "Alias")) {
@@ -397,6 +398,7 @@ void Mirror::DropControl(const std::string& path) {
 
 void Mirror::Clear() {
     m_adapters.clear();
+    m_hadAdapter = false;
     m_devices.clear();
     m_transports.clear();
     m_players.clear();

@@ -70,6 +70,8 @@ public:
     [[nodiscard]] std::string PoweredAdapter() const;
     // Path of the adapter in use, else of the one with the lowest number; empty when none.
     [[nodiscard]] std::string AnyAdapter() const;
+    // Why there is no adapter in use, for a person.
+    [[nodiscard]] const char* WhyOff() const;
     [[nodiscard]] const Adapter* FindAdapter(const std::string& path) const;
     // Paths of the bonded devices below the adapter, by address.
     [[nodiscard]] std::vector<std::string> BondedDevices(const std::string& adapter) const;
@@ -135,6 +137,7 @@ private:
     GObjectPtr<GDBusConnection> m_connection;
     std::vector<Listener*> m_listeners;  // not owned
     std::map<std::string, Adapter> m_adapters;
+    bool m_hadAdapter = false;  // this bluetoothd
     std::unordered_map<std::string, Device> m_devices;
     // The A2DP streams in which this machine is the sink, and whose they are: path to device.
     std::map<std::string, std::string> m_transports;

@@ -42,6 +42,19 @@ std::string Mirror::AnyAdapter() const {
     return first;
 }
 
+const char* Mirror::WhyOff() const {
+    if (!IsSettled()) {
+        return "bluetoothd has not answered yet";
+    }
+    if (!m_isFilled) {
+        return "bluetoothd is not there";
+    }
+    if (!m_adapters.empty()) {
+        return "no adapter has power";
+    }
+    return m_hadAdapter ? "the adapter is gone" : "there is no adapter";
+}
+
 const Adapter* Mirror::FindAdapter(const std::string& path) const {
     const auto adapter = m_adapters.find(path);
     return adapter == m_adapters.end() ? nullptr : &adapter->second;

@@ -19,16 +19,6 @@ void RequestAdapterProperty(const std::string& adapter, const char* property, GV
                            value, std::move(then));
 }
 
-const char* WhyOff(const Bluez::Mirror& mirror) {
-    if (!mirror.IsSettled()) {
-        return "bluetoothd has not answered yet";
-    }
-    if (!mirror.IsFilled()) {
-        return "bluetoothd is not there";
-    }
-    return mirror.AnyAdapter().empty() ? "there is no adapter" : "no adapter has power";
-}
-
 }  // namespace
 
 int bt_adapter_get_state(bt_adapter_state_e* state) {
@@ -39,7 +29,7 @@ int bt_adapter_get_state(bt_adapter_state_e* state) {
     mirror.Retry();
     const bool isOn = !mirror.PoweredAdapter().empty();
     if (!isOn) {
-        PLATFORM_WARN("Bluetooth is off: %s", WhyOff(mirror));
+        PLATFORM_WARN("Bluetooth is off: %s", mirror.WhyOff());
     }
     *state = isOn ? BT_ADAPTER_ENABLED : BT_ADAPTER_DISABLED;
     return BT_ERROR_NONE;

@@ -40,12 +40,13 @@ int bt_adapter_get_bonded_device_info(const char* remote_address, bt_device_info
         return BT_ERROR_INVALID_PARAMETER;
     }
     const Bluez::Device* device = nullptr;
-    const int result = Bluez::FindBonded(Service::Get().mirror, remote_address, &device);
+    const Bluez::Mirror& mirror = Service::Get().mirror;
+    const int result = Bluez::FindBonded(mirror, remote_address, &device);
     // The engine asks this before it connects a phone, and says of neither which phone it was.
     if (result == BT_ERROR_REMOTE_DEVICE_NOT_BONDED) {
         PLATFORM_WARN("%s is not bonded", remote_address);
     } else if (result == BT_ERROR_NOT_ENABLED) {
-        PLATFORM_WARN("%s cannot be connected: there is no powered adapter", remote_address);
+        PLATFORM_WARN("%s cannot be connected: %s", remote_address, mirror.WhyOff());
     }
     if (result != BT_ERROR_NONE) {
         return result;

@@ -136,6 +136,9 @@ void Adapter::OnDiscovery(bool running) {
     m_tree.Change(kPath, kAdapterInterface, {{"Discovering", Bool(running)}});
     if (running) {
         m_observer.OnDiscoveryStarted();
+        if (m_plan.pulledAfterMs > 0) {
+            m_powerTimer = Timer::Once(m_plan.pulledAfterMs, [this] { SetPresent(false); });
+        }
     } else {
         m_observer.OnDiscoveryStopped();
         m_devices.OnDiscoveryStopped();

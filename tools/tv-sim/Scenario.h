@@ -22,6 +22,7 @@ struct AdapterPlan {
     bool powered = true;
     int appearsAfterMs = 0;      // an absent one appears then; 0: a present one is there at once
     int powersOnAfterMs = 0;     // 0: never by itself
+    int pulledAfterMs = 0;       // after a discovery began; 0: never
     int forgetsAfterMs = 30000;  // a device that is not bonded, after it was heard last
     int discoveryTakesMs = 5;    // until one that was asked for runs, and is answered
     std::vector<std::string> silentMethods;  // taken and never answered, by anybody

@@ -104,6 +104,7 @@ void ReadAdapter(KeyReader& keys, AdapterPlan& adapter) {
     keys.Read("powered", adapter.powered);
     keys.Read("appears-after-ms", adapter.appearsAfterMs, 0, kHourMs);
     keys.Read("powers-on-after-ms", adapter.powersOnAfterMs, 0, kHourMs);
+    keys.Read("pulled-after-ms", adapter.pulledAfterMs, 0, kHourMs);
     keys.Read("forgets-after-ms", adapter.forgetsAfterMs, 1, kHourMs);
     keys.Read("discovery-takes-ms", adapter.discoveryTakesMs, 0, kHourMs);
     keys.Read("silent-methods", adapter.silentMethods);

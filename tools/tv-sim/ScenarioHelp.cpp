@@ -18,6 +18,7 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   powered=true               bluetoothd switches it on just after it appeared
   appears-after-ms=0         after the start; 0: at once, or never when present=false
   powers-on-after-ms=0       after it appeared; 0: never by itself
+  pulled-after-ms=0          out of the TV, after a discovery began; 0: never
   forgets-after-ms=30000     devices that are not bonded, after they were heard last
   discovery-takes-ms=5       until one that is asked for runs, and is answered
   silent-methods=            methods of org.bluez that are never answered, e.g. StartDiscovery;Play
