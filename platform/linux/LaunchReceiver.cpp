@@ -88,9 +88,24 @@ LaunchReceiver::LaunchReceiver(std::string applicationId, LaunchHandler onLaunch
 }
 
 LaunchReceiver::~LaunchReceiver() {
-    g_bus_unown_name(m_nameOwner);
+    if (m_nameOwner != 0) {
+        g_bus_unown_name(m_nameOwner);
+    }
     if (m_registration != 0) {
         g_dbus_connection_unregister_object(m_bus.get(), m_registration);
+    }
+}
+
+// What the bus delivered before its answer to the release waits in the loop by then.
+void LaunchReceiver::GiveUpName() {
+    if (m_nameOwner == 0) {
+        return;
+    }
+    g_bus_unown_name(std::exchange(m_nameOwner, 0));
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+    if (m_bus) {
+        g_dbus_connection_flush_sync(m_bus.get(), nullptr, nullptr);
     }
 }
 

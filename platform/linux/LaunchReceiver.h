@@ -30,6 +30,10 @@ public:
     // `applicationId` is a valid bus name.
     LaunchReceiver(std::string applicationId, LaunchHandler onLaunch, NameLostHandler onNameLost);
     ~LaunchReceiver();
+    // For an application that is about to end: when it returns, no launch comes any more, each one
+    // that came is handed over and its sender has the answer, and a later one starts the
+    // application anew. The main loop runs meanwhile. Nothing happens a second time.
+    void GiveUpName();
     LaunchReceiver(const LaunchReceiver&) = delete;
     LaunchReceiver& operator=(const LaunchReceiver&) = delete;
 

@@ -71,6 +71,10 @@ protected:
     [[nodiscard]] std::size_t CountEvents(const std::string& text) const {
         return Count(m_events, text);
     }
+    [[nodiscard]] std::size_t CountPlayer(const std::string& text) const {
+        return Count(m_playerLog, text);
+    }
+    [[nodiscard]] GDBusConnection* Connection() const { return m_connection.get(); }
     [[nodiscard]] std::string Root() const { return m_workspace->Root(); }
 
     static constexpr const char* kAlice = "A0:11:22:33:44:01";

@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include "common/CHandle.h"
+#include "common/Timer.h"
 #include "platform/bluetooth.h"
+#include "platform/linux/ApplicationBus.h"
 #include "tests/e2e/Bench.h"
 
 // The media player: which phone it has play, and what it says of that one.
@@ -9,6 +11,29 @@
 namespace {
 
 class Player : public Bench {};
+
+// One that ends as soon as it has nothing to do.
+class RestlessPlayer : public Bench {
+protected:
+    RestlessPlayer() : Bench((setenv("TV_PLAYER_IDLE_MS", "200", 1), "media-player")) {}
+
+    static void OnReply(GObject* bus, GAsyncResult* result, gpointer test) noexcept {
+        GErrorPtr error;
+        const GVariantPtr reply(
+            g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, Out(error)));
+        EXPECT_TRUE(reply) << error->message;
+        --static_cast<RestlessPlayer*>(test)->m_unanswered;
+    }
+    void Activate() {
+        ++m_unanswered;
+        g_dbus_connection_call(Connection(), "com.velmora.tv.bmp", "/com/velmora/tv/bmp",
+                               Platform::kApplicationInterface, "Activate",
+                               g_variant_new("(a{sv})", nullptr), nullptr, G_DBUS_CALL_FLAGS_NONE,
+                               -1, nullptr, OnReply, this);
+    }
+
+    int m_unanswered = 0;
+};
 
 TEST_F(Player, AsksThePhoneOfTheLaunchWhateverAnotherOneDoesAndWhenItLeft) {
     TvSim::Scenario scenario;
@@ -67,6 +92,17 @@ TEST_F(Player, SaysThatThereIsNoBluetoothAndThatAnotherInstanceRuns) {
     EXPECT_NE(complaint.find("com.velmora.tv.bmp cannot be launched: another process has its name"),
               std::string::npos)
         << complaint;
+}
+
+TEST_F(RestlessPlayer, LosesNoLaunchThatComesWhileItEnds) {
+    Timer launches = Timer::Every(1, [this] {
+        Activate();
+        g_usleep(500);
+        Activate();
+    });
+    EXPECT_TRUE(AwaitThat([this] { return CountPlayer("Activating service") == 10; }));
+    launches.Cancel();
+    EXPECT_TRUE(AwaitThat([this] { return m_unanswered == 0; }));
 }
 
 // Eleven, for the last stream's number is not the last in the order of texts.

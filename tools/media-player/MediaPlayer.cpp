@@ -2,6 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/media-player/MediaPlayer.h"
 
+#include <glib-unix.h>
+
+#include <charconv>
+#include <csignal>
+#include <cstring>
+
 #include "platform/linux/BluezRecord.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
@@ -9,15 +15,36 @@ namespace {
 
 constexpr const char* kAppId = "com.velmora.tv.bmp";
 constexpr int kIdleExitMs = 30000;
+constexpr const char* kIdleVariable = "TV_PLAYER_IDLE_MS";
+
+int IdleMs() {
+    const char* text = std::getenv(kIdleVariable);
+    if (text == nullptr) {
+        return kIdleExitMs;
+    }
+    int ms = 0;
+    const char* end = text + std::strlen(text);
+    if (std::from_chars(text, end, ms).ptr == end && ms > 0) {
+        return ms;
+    }
+    PLAYER_WARN("%s is no number of milliseconds: %s", kIdleVariable, text);
+    return kIdleExitMs;
+}
 
 }  // namespace
 
 MediaPlayer::MediaPlayer()
     : m_loop(g_main_loop_new(nullptr, FALSE)),
+      m_idleMs(IdleMs()),
+      m_terminate(g_unix_signal_add(SIGTERM, OnTerminate, this)),
       m_receiver(
           kAppId, [this](const Platform::Launch& launch) { OnLaunch(launch); },
           [this] { Quit(EXIT_FAILURE); }) {
-    ExitWhenIdle();
+    EndWhenIdle();
+}
+
+MediaPlayer::~MediaPlayer() {
+    g_source_remove(m_terminate);
 }
 
 int MediaPlayer::Run() {
@@ -51,16 +78,34 @@ void MediaPlayer::Play(const std::string& phone) {
     command = std::make_unique<PlayCommand>(m_mirror, phone, [this, phone](bool /*plays*/) {
         m_commands.erase(phone);
         if (m_commands.empty()) {
-            ExitWhenIdle();
+            EndWhenIdle();
         }
     });
 }
 
-void MediaPlayer::ExitWhenIdle() {
-    m_idle = Timer::Once(kIdleExitMs, [this] { Quit(EXIT_SUCCESS); });
+void MediaPlayer::EndWhenIdle() {
+    if (m_isEnding) {
+        Quit(EXIT_SUCCESS);
+    } else {
+        m_idle = Timer::Once(m_idleMs, [this] { End(); });
+    }
+}
+
+void MediaPlayer::End() {
+    m_isEnding = true;
+    m_receiver.GiveUpName();
+    if (m_commands.empty()) {
+        Quit(EXIT_SUCCESS);
+    }
 }
 
 void MediaPlayer::Quit(int status) {
     m_status = status;
     g_main_loop_quit(m_loop.get());
+}
+
+// systemd sends it, too, as soon as the name is given up.
+gboolean MediaPlayer::OnTerminate(gpointer player) noexcept {
+    static_cast<MediaPlayer*>(player)->End();
+    return G_SOURCE_CONTINUE;
 }

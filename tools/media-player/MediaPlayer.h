@@ -19,21 +19,31 @@
 class MediaPlayer {
 public:
     MediaPlayer();
+    ~MediaPlayer();
+    MediaPlayer(const MediaPlayer&) = delete;
+    MediaPlayer& operator=(const MediaPlayer&) = delete;
 
-    // Returns when the player has had nothing to do for half a minute, or cannot be launched; the
-    // exit status of the process.
+    // Returns when the player has had nothing to do for half a minute, was told to terminate, or
+    // cannot be launched; the exit status of the process.
     int Run();
 
 private:
     void OnLaunch(const Platform::Launch& launch);
     void Play(const std::string& phone);
-    void ExitWhenIdle();
+    // After the last command: some time later, or at once when the name is given up.
+    void EndWhenIdle();
+    // Ends without losing a launch: what came until then is done first.
+    void End();
     void Quit(int status);
+    static gboolean OnTerminate(gpointer player) noexcept;
 
     GMainLoopPtr m_loop;
     int m_status = EXIT_SUCCESS;
     Bluez::Mirror m_mirror;
     std::map<std::string, std::unique_ptr<PlayCommand>> m_commands;  // by phone, "" for none named
     Timer m_idle;
+    const int m_idleMs;
+    bool m_isEnding = false;
+    guint m_terminate;
     Platform::LaunchReceiver m_receiver;
 };
