@@ -159,10 +159,14 @@ int app_control_set_app_id(app_control_h handle, const char* app_id) {
 }
 
 int app_control_add_extra_data(app_control_h handle, const char* key, const char* value) {
-    // The bus carries UTF-8 alone.
-    if (handle == nullptr || key == nullptr || value == nullptr ||
-        g_utf8_validate(key, -1, nullptr) == FALSE ||
+    if (handle == nullptr || key == nullptr || value == nullptr) {
+        return APP_CONTROL_ERROR_INVALID_PARAMETER;
+    }
+    // The bus carries nothing else.
+    if (g_utf8_validate(key, -1, nullptr) == FALSE ||
         g_utf8_validate(value, -1, nullptr) == FALSE) {
+        PLATFORM_WARN("launch of %s without the extra %s=%s: it is not UTF-8",
+                      handle->appId.c_str(), key, value);
         return APP_CONTROL_ERROR_INVALID_PARAMETER;
     }
     const auto present = FindExtra(handle, key);

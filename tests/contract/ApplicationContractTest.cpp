@@ -62,6 +62,9 @@ TEST_F(ApplicationContractTest, NullArgumentsFailAndTextsAreNullAfterAFailure) {
     EXPECT_TRUE(app_control_create(nullptr) < 0 && app_control_set_app_id(r, nullptr) < 0);
     EXPECT_TRUE(app_control_get_app_id(r, nullptr) < 0 && app_control_destroy(nullptr) < 0);
     EXPECT_TRUE(app_control_get_extra_data(r, nullptr, &value) < 0);
+    EXPECT_TRUE(app_control_add_extra_data(r, "none", "\xFF") < 0);
+    EXPECT_TRUE(app_control_add_extra_data(r, "\xFF", "none") < 0);
+    EXPECT_TRUE(app_control_get_extra_data(r, "none", &value) < 0 && value == nullptr);
     EXPECT_TRUE(app_control_foreach_extra_data(r, nullptr, nullptr) < 0);
     EXPECT_TRUE(app_control_send_launch_request(nullptr, nullptr, nullptr) < 0);
     EXPECT_TRUE(app_manager_is_running(kPlayer, nullptr) < 0);

@@ -1,7 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
 #include "common/CHandle.h"
 #include "common/Timer.h"
+#include "platform/application.h"
 #include "platform/bluetooth.h"
 #include "platform/linux/ApplicationBus.h"
 #include "tests/e2e/Bench.h"
@@ -103,6 +106,27 @@ TEST_F(RestlessPlayer, LosesNoLaunchThatComesWhileItEnds) {
     EXPECT_TRUE(AwaitThat([this] { return CountPlayer("Activating service") == 10; }));
     launches.Cancel();
     EXPECT_TRUE(AwaitThat([this] { return m_unanswered == 0; }));
+}
+
+TEST_F(Player, IsLaunchedWithoutAnExtraThatIsNoTextWhichTheLogSays) {
+    CPtr<app_control_s, app_control_destroy> request;
+    ASSERT_EQ(app_control_create(Out(request)), 0);
+    app_control_set_app_id(request.get(), "com.velmora.tv.bmp");
+    testing::internal::CaptureStderr();
+    app_control_add_extra_data(request.get(), "\xFF", "1");
+    app_control_add_extra_data(request.get(), "b", "\xC3(");
+    app_control_add_extra_data(request.get(), "c", "\xC3\xA4");
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(log, testing::HasSubstr("without the extra \\xFF=1: it is not UTF-8"));
+    EXPECT_THAT(log, testing::HasSubstr("without the extra b=\\xC3(: it is not UTF-8"));
+    bool isLaunched = false;
+    const auto onResult = [](app_control_h, app_control_error_e result, void* isDone) {
+        *static_cast<bool*>(isDone) = result == APP_CONTROL_ERROR_NONE;
+    };
+    ASSERT_EQ(app_control_send_launch_request_async(request.get(), onResult, nullptr, &isLaunched),
+              0);
+    EXPECT_TRUE(AwaitThat([&isLaunched] { return isLaunched; }));
+    AwaitPlayer("unknown extra c=");
 }
 
 // Eleven, for the last stream's number is not the last in the order of texts.

@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <glib.h>
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -137,7 +139,9 @@ int app_control_set_app_id(app_control_h handle, const char* app_id) {
 }
 
 int app_control_add_extra_data(app_control_h handle, const char* key, const char* value) {
-    FAKE_REFUSE_IF(handle == nullptr || key == nullptr || value == nullptr,
+    FAKE_REFUSE_IF(handle == nullptr || key == nullptr || value == nullptr ||
+                       g_utf8_validate(key, -1, nullptr) == FALSE ||
+                       g_utf8_validate(value, -1, nullptr) == FALSE,
                    APP_CONTROL_ERROR_INVALID_PARAMETER);
     const auto known = std::find_if(handle->extras.begin(), handle->extras.end(),
                                     [key](const auto& extra) { return extra.first == key; });
