@@ -19,7 +19,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// An event is raised while its file exists.
+// An event is raised while its file exists, below the folder of what does not survive a reboot:
+// the package's processes see no other one's /tmp.
 bool IsRaised(const std::string& path) {
     return access(path.c_str(), F_OK) == 0;
 }
@@ -41,7 +42,7 @@ int LwipcWaitEvent(const char* path, int timeout_ms) {
         return -EINVAL;
     }
     const auto deadline = Clock::now() + std::chrono::milliseconds(timeout_ms);
-    const std::string file = Platform::RootPath() + path;
+    const std::string file = Platform::RunFolder() + path;
     if (IsRaised(file)) {
         return 0;
     }

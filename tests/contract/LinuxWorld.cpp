@@ -84,7 +84,8 @@ public:
         }
     }
     void SetRaised(const std::string& event, bool raised) override {
-        const std::string file = m_host.folder.Root() + event;
+        const std::string file = m_host.folder.Root() + "/run/tv-platform" + event;
+        std::filesystem::create_directories(std::filesystem::path(file).parent_path());
         EXPECT_TRUE(raised ? std::ofstream(file).is_open() : std::filesystem::remove(file));
     }
     void StartPlayer() override {
