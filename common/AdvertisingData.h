@@ -25,6 +25,12 @@ constexpr std::size_t kManufacturerHeaderSize = 3;
 // A packet of extended advertising data has 255 bytes, its one structure's length among them.
 constexpr std::size_t kMaxManufacturerContent = 255 - 1 - kManufacturerHeaderSize;
 
+// How a phone names itself in such content of at least that many bytes: by its Bluetooth address,
+// most significant byte first.
+constexpr std::size_t kPhoneDataSize = 15;
+constexpr std::size_t kPhoneAddressStart = 7;
+constexpr std::size_t kPhoneAddressSize = 6;
+
 // The first manufacturer-specific structure that lies whole within the `size` bytes at `packet`
 // (NULL when size is 0). A length of 0 ends the data early, as the significant part is over.
 inline std::optional<ManufacturerData> FindManufacturerData(const std::uint8_t* packet,

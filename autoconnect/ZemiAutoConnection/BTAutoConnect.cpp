@@ -9,6 +9,7 @@
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/src/AutoConnectDbg.h"
+#include "common/AdvertisingData.h"
 #include "common/CHandle.h"
 #include "utility/AppManagerUtil.h"
 #include "utility/BluetoothUtil.h"
@@ -22,11 +23,6 @@ enum Status { kIdle = 0, kScanning = 1, kConnecting = 2 };
 constexpr int kMsPerSec = 1000;
 // The phone's player shows up over AVRCP some time after the audio connection.
 constexpr unsigned int kPlaybackCheckDelayMs = 3000;
-
-// Where a phone's advertisement carries its address, most significant byte first.
-constexpr int kMinManufacturerDataSize = 15;
-constexpr int kAddressStart = 7;
-constexpr int kAddressSize = 6;
 
 void CheckPlayback() {
     bt_avrcp_player_state_e state = BT_AVRCP_PLAYER_STATE_STOPPED;
@@ -237,11 +233,12 @@ void CBtAutoConnect::ProcessLEScanResult(bt_adapter_le_device_scan_result_info_s
         BTLOG_ERROR("fail to get manufacturer data");
         return;
     }
-    if (size < kMinManufacturerDataSize) {
+    if (size < static_cast<int>(kPhoneDataSize)) {
         BTLOG_ERROR("manufaturerDataLen size is small");
         return;
     }
-    const std::string address = ByteArrayToHexString(data.get(), kAddressStart, kAddressSize, ":");
+    const std::string address =
+        ByteArrayToHexString(data.get(), kPhoneAddressStart, kPhoneAddressSize, ":");
     if (m_mobileList.Exist(address)) {
         m_deviceFound = true;
         StopLEScan();

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "common/AdvertisingData.h"
 #include "platform/linux/BluezError.h"
 #include "platform/linux/BluezPath.h"
 #include "platform/linux/DbusError.h"
@@ -22,7 +21,7 @@ constexpr int kPatienceMs = 2000;
 
 }  // namespace
 
-Scan::Scan(Mirror& mirror) : m_mirror(mirror) {
+Scan::Scan(Mirror& mirror) : m_mirror(mirror), m_hearing(mirror) {
     m_mirror.AddListener(this);
 }
 
@@ -45,6 +44,7 @@ int Scan::Start(bt_adapter_le_scan_result_cb callback, void* userData) {
     m_userData = userData;
     m_adapter = adapter;
     m_deadline = Deadline(m_mirror.Connection(), kStartTimeoutMs, [this] { OnStartOverdue(); });
+    m_hearing.Begin(adapter);
     DiscoveryOn(adapter).SetWanted(true);
     return BT_ERROR_NONE;
 }
@@ -146,31 +146,15 @@ void Scan::OnAdvertisement(const std::string& path, GVariant* manufacturerData, 
     if (m_callback == nullptr || !IsBelow(path, m_adapter)) {
         return;
     }
-    GVariantIter iter;
-    g_variant_iter_init(&iter, manufacturerData);
-    guint16 company = 0;
-    GVariant* content = nullptr;
-    while (g_variant_iter_next(&iter, "{qv}", &company, &content)) {
-        const GVariantPtr owner(content);
+    for (Hearing::Packet& packet : m_hearing.Take(path, manufacturerData)) {
         // The one before may have stopped the scan.
         if (m_callback != nullptr) {
-            Deliver(path, company, content, rssi);
+            Deliver(path, packet, rssi);
         }
     }
 }
 
-void Scan::Deliver(const std::string& path, guint16 company, GVariant* content, int rssi) {
-    if (!g_variant_is_of_type(content, G_VARIANT_TYPE_BYTESTRING)) {
-        return;
-    }
-    gsize size = 0;
-    const auto* bytes = static_cast<const std::uint8_t*>(
-        g_variant_get_fixed_array(content, &size, sizeof(std::uint8_t)));
-    std::vector<std::uint8_t> packet = MakeManufacturerPacket(company, bytes, size);
-    if (packet.empty()) {
-        PLATFORM_DEBUG("advertisement of %s has %zu bytes, ignored", path.c_str(), size);
-        return;
-    }
+void Scan::Deliver(const std::string& path, Hearing::Packet& packet, int rssi) {
     std::string address = AddressOfPath(path);
     bt_adapter_le_device_scan_result_info_s info = {};
     info.remote_address = address.data();

@@ -10,6 +10,7 @@
 #include "platform/bluetooth.h"
 #include "platform/linux/BluezDeadline.h"
 #include "platform/linux/BluezDiscovery.h"
+#include "platform/linux/BluezHearing.h"
 #include "platform/linux/BluezMirror.h"
 
 namespace Bluez {
@@ -44,9 +45,10 @@ private:
     void OnAdapterLost(const std::string& path) override;
     void OnLost(const char* reason);
     void OnAdvertisement(const std::string& path, GVariant* manufacturerData, int rssi) override;
-    void Deliver(const std::string& path, guint16 company, GVariant* content, int rssi);
+    void Deliver(const std::string& path, Hearing::Packet& packet, int rssi);
 
     Mirror& m_mirror;
+    Hearing m_hearing;
     std::map<std::string, Discovery> m_discoveries;     // by adapter
     bt_adapter_le_scan_result_cb m_callback = nullptr;  // whoever listens; NULL for nobody
     void* m_userData = nullptr;                         // not owned

@@ -59,7 +59,7 @@ protected:
             info != nullptr ? info->adv_data : "",
             info != nullptr ? static_cast<std::size_t>(info->adv_data_len) : 0);
         static_cast<Texts*>(texts)->push_back(Parse({packet.begin(), packet.end()}));
-        if (static_cast<Texts*>(texts)->back() == "7:!") {
+        if (static_cast<Texts*>(texts)->back()[2] == '!') {
             EXPECT_EQ(bt_adapter_le_stop_scan(), BT_ERROR_NONE);
         }
     }
@@ -90,25 +90,27 @@ TEST_F(BluetoothContractTest, WithoutAdapterScansBreakAndNothingBegins) {
 }
 
 TEST_F(BluetoothContractTest, ResultsComeDuringTheScanAlone) {
+    // As long as what names a phone.
+    const auto bytes = [](char c) { return std::vector<unsigned char>(15, c); };
+    const auto text = [](char c) { return ":" + std::string(15, c); };
     m_world->TurnOn();
     for (const bool isStoppedByResult : {true, false}) {
         EXPECT_EQ(bt_adapter_le_start_scan(OnScan, &m_results), BT_ERROR_NONE);
         EXPECT_EQ(bt_adapter_le_start_scan(OnScan, nullptr), BT_ERROR_NOW_IN_PROGRESS);
-        EXPECT_TRUE(m_world->Await([&] { return m_world->Advertise({{1, {'a'}}}); }));
-        Expect(m_results, {"1:a"});
-        m_world->Advertise({{1, {'a'}}, {0xFFEE, {'b', 'c'}}, {2, {}}});
-        Expect(m_results, {"1:a", "65518:bc", "2:"});
+        EXPECT_TRUE(m_world->Await([&] { return m_world->Advertise({{1, bytes('a')}}); }));
+        Expect(m_results, {"1" + text('a')});
+        m_world->Advertise({{1, bytes('b')}, {0xFFEE, bytes('c')}});
+        Expect(m_results, {"1" + text('b'), "65518" + text('c')});
         // The radio has heard it, the loop has not.
-        m_world->Advertise(
-            {{7, {static_cast<unsigned char>(isStoppedByResult ? '!' : '?')}}, {8, {'d'}}});
+        m_world->Advertise({{7, bytes(isStoppedByResult ? '!' : '?')}, {8, bytes('d')}});
         if (isStoppedByResult) {
-            Expect(m_results, {"7:!"});
+            Expect(m_results, {"7" + text('!')});
         } else {
             EXPECT_EQ(bt_adapter_le_stop_scan(), BT_ERROR_NONE);
             m_results.clear();
         }
         EXPECT_EQ(bt_adapter_le_stop_scan(), BT_ERROR_NOT_IN_PROGRESS);
-        EXPECT_TRUE(m_world->Await([&] { return !m_world->Advertise({{9, {'e'}}}); }));
+        EXPECT_TRUE(m_world->Await([&] { return !m_world->Advertise({{9, bytes('e')}}); }));
         Expect(m_results, {});
     }
 }

@@ -44,6 +44,7 @@ protected:
 };
 class Keys : public Files {};
 class Daemon : public Bench {};
+class Air : public Bench {};
 class BrokenPlayer : public Bench {
 protected:
     BrokenPlayer() : Bench("/bin/false") {}
@@ -338,6 +339,35 @@ TEST_F(Daemon, TellsOfAPhoneThatConnectsByItselfAndOfItsLeave) {
     EXPECT_EQ(CountLog(std::string("result : 0, address : ") + kAlice), 2U);
     EXPECT_EQ(CountLog("OnAudioSinkDisconnected("), 1U);
     EXPECT_EQ(CountLog("bmplayer"), 0U);
+}
+
+// What the log says of results: too short for a phone's, and long enough.
+TEST_F(Air, APacketFullOfShortEntriesIsOneResultInAScan) {
+    std::string entries;
+    for (int company = 0; company < 63; ++company) {
+        entries += std::to_string(company) + ":00;";
+    }
+    SetUpTv();
+    StartSimulator(std::string(kAlicePhone) + "[phone Many]\nbonded=false\naddress=" + kBen +
+                   "\nadvertise-after-ms=10\nadvertise-every-ms=20\nmanufacturer-data=" + entries);
+    StartService();
+    Wake();
+    AwaitEvent("phone Alice: plays");
+    EXPECT_EQ(CountLog("manufaturerDataLen size is small"), 1U);
+}
+
+TEST_F(Air, AFloodFromEverNewAddressesNeitherFillsTheLogNorHidesThePhone) {
+    SetUpTv();
+    StartSimulator(
+        std::string(kAlicePhone) +
+        "advertise-count=1\n[strangers]\ncount=200\nevery-ms=100\nrotate-address-every=1\n");
+    StartService();
+    Wake();
+    AwaitLog(std::string("Found ") + kAlice + " in list");
+    // In each of the at most six seconds that a scan touches.
+    EXPECT_LE(CountLog("manufaturerDataLen size is small"), 6 * 20U);
+    EXPECT_LE(CountLog("ByteArrayToHexString"), 6 * 101U);
+    EXPECT_EQ(CountLog("a flood of advertisements"), 1U);
 }
 
 TEST_F(BrokenPlayer, CostsTheMusicAndNothingElse) {

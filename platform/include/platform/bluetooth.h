@@ -158,10 +158,11 @@ typedef struct {
 } bt_adapter_le_device_scan_result_info_s;
 
 /* Called for each advertisement heard while the scan runs; an advertisement with several
- * manufacturer entries is handed over as one result for each. With a `result` other than
- * BT_ERROR_NONE `info` is NULL and the scan is over: its start failed after the function returned,
- * or the adapter or the Bluetooth service went away. Data remembered from before the scan never
- * come. */
+ * manufacturer entries is handed over as one result for each. What repeats within a scan, what is
+ * too short to name a phone, and in a flood whatever names no bonded device, may be left out. With
+ * a `result` other than BT_ERROR_NONE `info` is NULL and the scan is over: its start failed after
+ * the function returned, or the adapter or the Bluetooth service went away. Data remembered from
+ * before the scan never come. */
 typedef void (*bt_adapter_le_scan_result_cb)(int result,
                                              bt_adapter_le_device_scan_result_info_s* info,
                                              void* user_data);
