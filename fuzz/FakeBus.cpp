@@ -47,11 +47,16 @@ void FakeBus::Signal(const char* path, const char* member, GVariant* parameters)
 }
 
 void FakeBus::Answer(GVariant* answer, const char* failure) {
-    if (calls.empty()) {
-        return;
+    bool isAnswered = false;
+    while (!calls.empty() && !isAnswered) {
+        const Call call = std::move(calls.front());
+        calls.pop_front();
+        isAnswered = g_cancellable_is_cancelled(call.cancellable.get()) == FALSE;
+        Finish(call, isAnswered ? answer : nullptr, isAnswered ? failure : "a.b.Cancelled");
     }
-    const Call call = calls.front();
-    calls.pop_front();
+}
+
+void FakeBus::Finish(const Call& call, GVariant* answer, const char* failure) {
     reply = answer;
     errorName = failure;
     call.done(reinterpret_cast<GObject*>(TheConnection()), nullptr, call.data);
@@ -72,7 +77,10 @@ void FakeBus::Settle() {
     while (!timers.empty() && timers.begin()->first <= nowMs) {
         Wait();
     }
-    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE || !signsOfLife.empty()) {
+        for (const Call& call : std::exchange(signsOfLife, {})) {
+            Finish(call, nullptr, "a.b.Alive");
+        }
     }
 }
 
@@ -115,15 +123,21 @@ guint g_bus_watch_name_on_connection(GDBusConnection* /*connection*/, const char
 void g_bus_unwatch_name(guint /*id*/) {}
 
 void g_dbus_connection_call(GDBusConnection* /*connection*/, const char* /*name*/,
-                            const char* /*path*/, const char* /*interface*/, const char* /*method*/,
+                            const char* /*path*/, const char* /*interface*/, const char* method,
                             GVariant* parameters, const GVariantType* /*replyType*/,
-                            GDBusCallFlags /*flags*/, gint /*timeout*/,
-                            GCancellable* /*cancellable*/, GAsyncReadyCallback callback,
-                            gpointer data) {
+                            GDBusCallFlags /*flags*/, gint /*timeout*/, GCancellable* cancellable,
+                            GAsyncReadyCallback callback, gpointer data) {
     if (parameters != nullptr) {
         const GVariantPtr sunk(g_variant_ref_sink(parameters));
     }
-    FakeBus::Get().calls.push_back({callback, data});
+    GObjectPtr<GCancellable> cancel(
+        cancellable == nullptr ? nullptr : static_cast<GCancellable*>(g_object_ref(cancellable)));
+    FakeBus::Call call{callback, data, std::move(cancel)};
+    if (g_strcmp0(method, "Ping") == 0) {
+        FakeBus::Get().signsOfLife.push_back(std::move(call));
+    } else {
+        FakeBus::Get().calls.push_back(std::move(call));
+    }
 }
 
 GVariant* g_dbus_connection_call_finish(GDBusConnection* /*connection*/, GAsyncResult* /*result*/,
@@ -132,7 +146,7 @@ GVariant* g_dbus_connection_call_finish(GDBusConnection* /*connection*/, GAsyncR
     if (bus.reply != nullptr) {
         return g_variant_ref(bus.reply);
     }
-    *error = g_dbus_error_new_for_dbus_error(bus.errorName, "no");
+    g_propagate_error(error, g_dbus_error_new_for_dbus_error(bus.errorName, "no"));
     return nullptr;
 }
 

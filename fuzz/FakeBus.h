@@ -27,8 +27,9 @@ public:
     void Vanish();
     // `parameters` is of any type.
     void Signal(const char* path, const char* member, GVariant* parameters);
-    // Answers the oldest call; nothing when there is none. Without an answer it fails with the
-    // D-Bus error of that name.
+    // Answers the oldest call that is still waited for; nothing when there is none. Without an
+    // answer it fails with the D-Bus error of that name. Signs of life are answered by the bus
+    // itself.
     void Answer(GVariant* answer, const char* failure);
     // Lets the time pass until the next timer is due.
     void Wait();
@@ -45,9 +46,12 @@ public:
     struct Call {
         GAsyncReadyCallback done;
         gpointer data;
+        GObjectPtr<GCancellable> cancellable;
     };
+    void Finish(const Call& call, GVariant* answer, const char* failure);
     std::deque<Call> calls;
-    GVariant* reply = nullptr;  // of the call that is being answered, not owned; NULL: it failed
+    std::deque<Call> signsOfLife;  // asked for
+    GVariant* reply = nullptr;     // of the call that is being answered, not owned; NULL: it failed
     const char* errorName = nullptr;
     guint64 nowMs = 0;
     std::multimap<guint64, SourcePtr> timers;  // by the time when they are due
