@@ -6,10 +6,10 @@
 #include "fuzz/FakeBus.h"
 #include "fuzz/Input.h"
 #include "platform/bluetooth.h"
-#include "platform/linux/BluezAudio.h"
-#include "platform/linux/BluezMirror.h"
-#include "platform/linux/BluezRecord.h"
-#include "platform/linux/BluezScan.h"
+#include "platform/linux/bluez/Audio.h"
+#include "platform/linux/bluez/Mirror.h"
+#include "platform/linux/bluez/Record.h"
+#include "platform/linux/bluez/Scan.h"
 
 // What bluetoothd says, during a scan and while a phone is connected: a GVariant a(sov) of a name,
 // a path and a message's arguments of any type. The name is that of a signal, or one of those in

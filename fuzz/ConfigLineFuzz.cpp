@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fuzz/Check.h"
 #include "fuzz/Input.h"
-#include "tools/tvctl/ConfigText.h"
+#include "tools/tvctl/model/ConfigText.h"
 
 // Lines of a file for tvctl conf load, and texts that tvctl conf list has to print as such lines.
 

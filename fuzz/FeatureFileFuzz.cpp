@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fuzz/Check.h"
 #include "fuzz/ScratchFile.h"
-#include "platform/linux/FeatureFile.h"
+#include "platform/linux/config/FeatureFile.h"
 
 // A features.conf that is read, and into which a feature is written.
 

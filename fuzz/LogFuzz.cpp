@@ -7,11 +7,11 @@
 #include "common/CHandle.h"
 #include "fuzz/Check.h"
 #include "fuzz/Input.h"
-#include "tools/tvctl/Console.h"
+#include "tools/tvctl/commands/Console.h"
 #include "tools/tvctl/trace/LogReader.h"
 #include "tools/tvctl/trace/Timeline.h"
-#include "tools/tvctl/trace/TimelineSvg.h"
 #include "tools/tvctl/trace/TimelineText.h"
+#include "tools/tvctl/trace/picture/TimelineSvg.h"
 #include "utility/JsonUtil.h"
 
 // A log for tvctl trace, to its text, its JSON and its picture.

@@ -7,10 +7,10 @@
 #include <utility>
 
 #include "platform/application.h"
-#include "platform/linux/ApplicationBus.h"
-#include "platform/linux/AskedPhone.h"
-#include "platform/linux/DbusError.h"
-#include "platform/linux/PlatformLog.h"
+#include "platform/linux/application/ApplicationBus.h"
+#include "platform/linux/application/AskedPhone.h"
+#include "platform/linux/base/DbusError.h"
+#include "platform/linux/base/PlatformLog.h"
 
 struct app_control_s {
     std::string operation;

@@ -8,10 +8,10 @@
 
 #include "common/CHandle.h"
 #include "platform/application.h"
-#include "platform/linux/ApplicationBus.h"
-#include "platform/linux/ConfigStore.h"
-#include "platform/linux/PlatformLog.h"
-#include "platform/linux/RootPath.h"
+#include "platform/linux/application/ApplicationBus.h"
+#include "platform/linux/base/PlatformLog.h"
+#include "platform/linux/base/RootPath.h"
+#include "platform/linux/config/ConfigStore.h"
 
 struct app_context_s {
     std::string appId;

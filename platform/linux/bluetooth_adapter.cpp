@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluetooth.h"
-#include "platform/linux/BluezRecord.h"
-#include "platform/linux/BluezService.h"
-#include "platform/linux/PlatformLog.h"
+#include "platform/linux/base/PlatformLog.h"
+#include "platform/linux/bluez/Record.h"
+#include "platform/linux/bluez/Service.h"
 
 // The switches of the adapter: each asks bluetoothd and does not wait for it.
 

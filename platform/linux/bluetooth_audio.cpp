@@ -4,8 +4,8 @@
 #include <string>
 
 #include "platform/bluetooth.h"
-#include "platform/linux/BluezRecord.h"
-#include "platform/linux/BluezService.h"
+#include "platform/linux/bluez/Record.h"
+#include "platform/linux/bluez/Service.h"
 
 // Audio connections and the phone's player.
 

@@ -4,10 +4,10 @@
 #include <cstdlib>
 
 #include "platform/bluetooth.h"
-#include "platform/linux/BluezPath.h"
-#include "platform/linux/BluezRecord.h"
-#include "platform/linux/BluezService.h"
-#include "platform/linux/PlatformLog.h"
+#include "platform/linux/base/PlatformLog.h"
+#include "platform/linux/bluez/Path.h"
+#include "platform/linux/bluez/Record.h"
+#include "platform/linux/bluez/Service.h"
 
 // Questions about known devices, and what may be changed of them.
 

@@ -7,7 +7,7 @@
 
 #include "common/AdvertisingData.h"
 #include "platform/bluetooth.h"
-#include "platform/linux/BluezService.h"
+#include "platform/linux/bluez/Service.h"
 
 // The LE scan.
 

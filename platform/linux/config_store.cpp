@@ -8,8 +8,8 @@
 #include <map>
 #include <memory>
 
-#include "platform/linux/ConfigStore.h"
-#include "platform/linux/ConfigWatcher.h"
+#include "platform/linux/config/ConfigStore.h"
+#include "platform/linux/config/ConfigWatcher.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
-#include "platform/linux/Folders.h"
-#include "platform/linux/SqliteConnection.h"
+#include "platform/linux/base/Folders.h"
+#include "platform/linux/base/SqliteConnection.h"
 
 // There are no collations to register on this host.
 int db_util_open(const char* path, sqlite3** db, int option) {

@@ -6,8 +6,8 @@
 
 #include <cerrno>
 
-#include "platform/linux/Handles.h"
-#include "platform/linux/PlatformState.h"
+#include "platform/linux/base/Handles.h"
+#include "platform/linux/config/PlatformState.h"
 
 namespace {
 

@@ -11,9 +11,9 @@
 #include <cstring>
 #include <string>
 
-#include "platform/linux/PathWatch.h"
-#include "platform/linux/PlatformLog.h"
-#include "platform/linux/RootPath.h"
+#include "platform/linux/base/PathWatch.h"
+#include "platform/linux/base/PlatformLog.h"
+#include "platform/linux/base/RootPath.h"
 
 namespace {
 

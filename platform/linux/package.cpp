@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/ApplicationBus.h"
-#include "platform/linux/ConfigStore.h"
-#include "platform/linux/PlatformState.h"
+#include "platform/linux/application/ApplicationBus.h"
+#include "platform/linux/config/ConfigStore.h"
+#include "platform/linux/config/PlatformState.h"
 
 // On this host a package is one application and has its id.
 struct package_info_s {

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "platform/linux/PlatformState.h"
+#include "platform/linux/config/PlatformState.h"
 
 int screen_manager_set_ambient_mode(int mode, int type) {
     const int result = Platform::SetState("ambient_type", type);

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "platform/linux/PlatformState.h"
+#include "platform/linux/config/PlatformState.h"
 
 namespace {
 

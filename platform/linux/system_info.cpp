@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/FeatureFile.h"
+#include "platform/linux/config/FeatureFile.h"
 
 namespace {
 

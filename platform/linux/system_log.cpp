@@ -26,7 +26,7 @@
 #include <string>
 
 #include "common/PrintableText.h"
-#include "platform/linux/PlatformLog.h"
+#include "platform/linux/base/PlatformLog.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/linux/LaunchReceiver.h"
+#include "platform/linux/application/LaunchReceiver.h"
 #include "tests/contract/World.h"
 #include "tools/scenario-runner/ChildProcess.h"
 #include "tools/scenario-runner/Workspace.h"

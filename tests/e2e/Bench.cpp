@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "common/Timer.h"
-#include "platform/linux/ApplicationBus.h"
+#include "platform/linux/application/ApplicationBus.h"
 
 using ScenarioRunner::ChildProcess;
 

@@ -6,7 +6,7 @@
 #include "common/Timer.h"
 #include "platform/application.h"
 #include "platform/bluetooth.h"
-#include "platform/linux/ApplicationBus.h"
+#include "platform/linux/application/ApplicationBus.h"
 #include "tests/e2e/Bench.h"
 
 // The media player: which phone it has play, and what it says of that one.

@@ -8,7 +8,7 @@
 #include "common/CHandle.h"
 #include "tests/unit/Phones.h"
 #include "tests/unit/PlatformTest.h"
-#include "tools/tvctl/Diagnosis.h"
+#include "tools/tvctl/model/Diagnosis.h"
 
 using ::testing::Contains;
 using ::testing::Each;

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <cstring>
 
-#include "platform/linux/BluezRecord.h"
+#include "platform/linux/bluez/Record.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
 namespace {

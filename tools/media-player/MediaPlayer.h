@@ -9,8 +9,8 @@
 
 #include "common/CHandle.h"
 #include "common/Timer.h"
-#include "platform/linux/BluezMirror.h"
-#include "platform/linux/LaunchReceiver.h"
+#include "platform/linux/application/LaunchReceiver.h"
+#include "platform/linux/bluez/Mirror.h"
 #include "tools/media-player/PlayCommand.h"
 
 // The Bluetooth media player application, which a TV has and a Linux box lacks: the bus starts it

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/BluezPath.h"
-#include "platform/linux/DbusError.h"
+#include "platform/linux/base/DbusError.h"
+#include "platform/linux/bluez/Path.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
 namespace {

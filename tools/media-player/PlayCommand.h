@@ -6,7 +6,7 @@
 #include <string>
 
 #include "common/Timer.h"
-#include "platform/linux/BluezMirror.h"
+#include "platform/linux/bluez/Mirror.h"
 
 // Has the player of a phone play, and finds out whether it then does: a phone agrees to every play
 // command, so its answer proves nothing and only its player's own state does. Waits a while for a

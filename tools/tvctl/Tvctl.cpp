@@ -2,14 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/Tvctl.h"
 
-#include "tools/tvctl/CommandLine.h"
-#include "tools/tvctl/ConfCommand.h"
-#include "tools/tvctl/DeviceCommand.h"
-#include "tools/tvctl/DoctorCommand.h"
-#include "tools/tvctl/FeatureCommand.h"
-#include "tools/tvctl/PhoneCommand.h"
-#include "tools/tvctl/PowerCommand.h"
-#include "tools/tvctl/WakeCommand.h"
+#include "tools/tvctl/commands/CommandLine.h"
+#include "tools/tvctl/commands/ConfCommand.h"
+#include "tools/tvctl/commands/DeviceCommand.h"
+#include "tools/tvctl/commands/DoctorCommand.h"
+#include "tools/tvctl/commands/FeatureCommand.h"
+#include "tools/tvctl/commands/PhoneCommand.h"
+#include "tools/tvctl/commands/PowerCommand.h"
+#include "tools/tvctl/commands/WakeCommand.h"
 #include "tools/tvctl/trace/TraceCommand.h"
 
 namespace Tvctl {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/tvctl/Console.h"
+#include "tools/tvctl/commands/Console.h"
 
 namespace Tvctl {
 

@@ -14,8 +14,8 @@
 #include "common/CHandle.h"
 #include "tools/tvctl/trace/LogReader.h"
 #include "tools/tvctl/trace/Timeline.h"
-#include "tools/tvctl/trace/TimelineSvg.h"
 #include "tools/tvctl/trace/TimelineText.h"
+#include "tools/tvctl/trace/picture/TimelineSvg.h"
 
 namespace Tvctl {
 

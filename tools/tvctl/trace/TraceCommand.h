@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "tools/tvctl/CommandLine.h"
+#include "tools/tvctl/commands/CommandLine.h"
 
 namespace Tvctl {
 

@@ -1,0 +1,113 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/bluez/Discovery.h"
+
+#include <utility>
+
+#include "platform/linux/base/DbusError.h"
+#include "platform/linux/base/PlatformLog.h"
+#include "platform/linux/bluez/Error.h"
+
+namespace Bluez {
+
+namespace {
+
+// For each answer. What was not answered by then may have been done all the same.
+constexpr int kAnswerMs = 10000;
+// The kernel may be busy with another start or stop; it is soon done.
+constexpr int kFirstPauseMs = 300;
+constexpr int kLongestPauseMs = 60000;
+
+bool IsUnclear(const GError& error) {
+    return IsInProgress(error) || ErrorCode(error) == BT_ERROR_TIMED_OUT;
+}
+
+}  // namespace
+
+Discovery::Discovery(GDBusConnection* connection, std::string adapter,
+                     std::function<void(const GError*)> told, std::function<void()> whenQuiet)
+    : m_connection(connection),
+      m_adapter(std::move(adapter)),
+      m_told(std::move(told)),
+      m_whenQuiet(std::move(whenQuiet)),
+      m_pause(kFirstPauseMs, kLongestPauseMs) {}
+
+void Discovery::SetWanted(bool isWanted) {
+    m_isWanted = isWanted;
+    m_pause.Reset();
+    Follow();
+}
+
+void Discovery::Follow() {
+    if (m_call || (m_isWanted && m_session == Session::kRuns)) {
+        return;
+    }
+    if (m_session != Session::kNone) {
+        Ask("StopDiscovery", nullptr, &Discovery::OnStopped);
+    } else if (m_isWanted) {
+        SetFilter();
+    } else {
+        m_whenQuiet();
+    }
+}
+
+void Discovery::FollowLater(const GError& error) {
+    PLATFORM_DEBUG("discovery on %s is asked for again: %s", m_adapter.c_str(),
+                   Platform::DescribeError(error).c_str());
+    m_session = Session::kUnclear;
+    m_again = Timer::Once(m_pause.Next(), [this] { Follow(); });
+}
+
+// DuplicateData: without it a phone whose bytes are those of its last visit is not reported again.
+void Discovery::SetFilter() {
+    GVariantBuilder filter;
+    g_variant_builder_init(&filter, G_VARIANT_TYPE_VARDICT);
+    g_variant_builder_add(&filter, "{sv}", "Transport", g_variant_new_string("le"));
+    g_variant_builder_add(&filter, "{sv}", "DuplicateData", g_variant_new_boolean(TRUE));
+    Ask("SetDiscoveryFilter", g_variant_new("(a{sv})", &filter), &Discovery::OnFilterSet);
+}
+
+void Discovery::Ask(const char* method, GVariant* arguments,
+                    void (Discovery::*then)(const GError* error)) {
+    m_call = Call(m_connection, m_adapter, "org.bluez.Adapter1", method, arguments, kAnswerMs,
+                  [this, then](GVariant* /*reply*/, const GError* error) {
+                      m_call.Drop();
+                      if (error != nullptr && IsUnclear(*error)) {
+                          FollowLater(*error);
+                      } else {
+                          (this->*then)(error);
+                      }
+                  });
+}
+
+void Discovery::OnFilterSet(const GError* error) {
+    if (error == nullptr && m_isWanted) {
+        Ask("StartDiscovery", nullptr, &Discovery::OnStarted);
+    } else {
+        Tell(error);
+    }
+}
+
+void Discovery::OnStarted(const GError* error) {
+    if (error == nullptr) {
+        m_session = Session::kRuns;
+    }
+    Tell(error);
+}
+
+// A refusal says that there is nothing to stop.
+void Discovery::OnStopped(const GError* /*error*/) {
+    m_session = Session::kNone;
+    Follow();
+}
+
+// Whoever is told may want something else at once.
+void Discovery::Tell(const GError* error) {
+    if (m_isWanted) {
+        m_isWanted = error == nullptr;
+        m_told(error);
+    }
+    Follow();
+}
+
+}  // namespace Bluez

@@ -1,0 +1,245 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/config/ConfigFile.h"
+
+#include <fcntl.h>
+#include <glib.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/base/Folders.h"
+#include "platform/linux/base/Handles.h"
+
+namespace Platform {
+
+namespace {
+
+// Longer than the step in which others ask for a file that is held.
+constexpr std::chrono::milliseconds kTurn(3);
+
+// Names the turn of the main loop that this code runs in; empty outside of one.
+std::optional<int64_t> LoopTurn() {
+    GSource* const source = g_main_current_source();
+    return source == nullptr ? std::nullopt : std::optional(g_source_get_time(source));
+}
+
+}  // namespace
+
+ConfigFile::ConfigFile(std::string folder, Kind kind)
+    : m_folder(std::move(folder)),
+      m_path(m_folder + "/config.db"),
+      m_notificationPath(m_folder + "/config.changed"),
+      m_kind(kind) {}
+
+ConfigLookup ConfigFile::Lookup(const std::string& key) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ConfigLookup lookup;
+    // What is decided in one turn is decided from the same state: a value that could not be read
+    // must not pass for an absent one beside values that were.
+    const auto turn = LoopTurn();
+    if (turn && turn == m_failedTurn) {
+        lookup.status = m_failedStatus;
+        return lookup;
+    }
+    lookup.status = Read(key, lookup);
+    if (IsFailure(lookup.status)) {
+        m_failedTurn = turn;
+        m_failedStatus = lookup.status;
+    }
+    return lookup;
+}
+
+ConfigStatus ConfigFile::Read(const std::string& key, ConfigLookup& lookup) {
+    const ConfigStatus opened = Open(Access::kRead);
+    if (opened != ConfigStatus::kOk) {
+        return opened;
+    }
+    const int code = m_database->Select(key, lookup);
+    if (code != SQLITE_OK) {
+        return FailSqlite(Access::kRead, code);
+    }
+    Worked(Access::kRead);
+    return lookup.status;
+}
+
+ConfigStatus ConfigFile::Store(const std::string& key, const ConfigValue& value,
+                               std::optional<int64_t> expectedRevision) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const ConfigStatus opened = Open(Access::kWrite);
+    if (opened != ConfigStatus::kOk) {
+        return opened;
+    }
+    LetOthersIn();
+    ConfigDatabase::Transaction transaction(*m_database);
+    int code = transaction.Begun();
+    if (code == SQLITE_OK && expectedRevision) {
+        ConfigLookup present;
+        code = m_database->Select(key, present);
+        if (code == SQLITE_OK && present.revision != *expectedRevision) {
+            return ConfigStatus::kChanged;
+        }
+    }
+    if (code == SQLITE_OK) {
+        code = m_database->Write(key, value);
+    }
+    return Finish(transaction, code, true);
+}
+
+ConfigStatus ConfigFile::Remove(const std::string& key) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    struct stat status = {};
+    if (stat(m_path.c_str(), &status) != 0 && errno == ENOENT) {
+        return ConfigStatus::kNoFile;
+    }
+    const ConfigStatus opened = Open(Access::kWrite);
+    if (opened != ConfigStatus::kOk) {
+        return opened;
+    }
+    ConfigDatabase::Transaction transaction(*m_database);
+    bool existed = false;
+    int code = transaction.Begun();
+    if (code == SQLITE_OK) {
+        code = m_database->Delete(key, existed);
+    }
+    return Finish(transaction, code, existed);
+}
+
+ConfigStatus ConfigFile::Finish(ConfigDatabase::Transaction& transaction, int code, bool changed) {
+    if (code == SQLITE_OK && !changed) {
+        return ConfigStatus::kAbsent;
+    }
+    if (code == SQLITE_OK) {
+        code = transaction.Commit();
+    }
+    if (code != SQLITE_OK) {
+        return FailSqlite(Access::kWrite, code);
+    }
+    m_lastWrite = std::chrono::steady_clock::now();
+    Worked(Access::kWrite);
+    TellWatchers();
+    return ConfigStatus::kOk;
+}
+
+std::optional<std::vector<ConfigEntry>> ConfigFile::List() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<ConfigEntry> entries;
+    const ConfigStatus opened = Open(Access::kRead);
+    if (opened == ConfigStatus::kNoFile) {
+        return entries;
+    }
+    if (opened != ConfigStatus::kOk) {
+        return std::nullopt;
+    }
+    const int code = m_database->SelectAll(entries);
+    if (code != SQLITE_OK) {
+        FailSqlite(Access::kRead, code);
+        return std::nullopt;
+    }
+    Worked(Access::kRead);
+    return entries;
+}
+
+std::string ConfigFile::LastFailure() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_lastFailure;
+}
+
+ConfigStatus ConfigFile::Open(Access access) {
+    struct stat now = {};
+    const bool forWriting = access == Access::kWrite;
+    const bool isFound = stat(m_path.c_str(), &now) == 0;
+    const int error = isFound ? ENOENT : errno;
+    // An empty one was just made, or its maker did not get to the first key.
+    const bool isThere = isFound && (forWriting || now.st_size > 0);
+    if (m_database != nullptr &&
+        (m_isStale || !isThere || !m_database->IsCurrent(now, forWriting))) {
+        m_database.reset();
+    }
+    if (m_database != nullptr) {
+        return ConfigStatus::kOk;
+    }
+    if (!isThere && (!forWriting || error != ENOENT)) {
+        // At boot nobody has written a volatile key yet; that is no fault.
+        if (error != ENOENT || m_kind == Kind::kDurable || m_wasThere) {
+            Fail(access, m_path + ": " + std::strerror(error));
+        }
+        return error == ENOENT && !m_wasThere ? ConfigStatus::kNoFile : ConfigStatus::kFailed;
+    }
+    if (!isThere && !MakeFolders(m_folder)) {
+        return Fail(access, m_folder + ": " + std::strerror(errno));
+    }
+    return OpenDatabase(access);
+}
+
+ConfigStatus ConfigFile::OpenDatabase(Access access) {
+    m_database = std::make_unique<ConfigDatabase>();
+    m_isStale = false;
+    const int code = m_database->Open(m_path, access == Access::kWrite, m_kind == Kind::kDurable);
+    if (code != SQLITE_OK) {
+        const ConfigStatus failed = FailSqlite(access, code);
+        m_database.reset();
+        return failed;
+    }
+    m_wasThere = true;
+    return ConfigStatus::kOk;
+}
+
+// Nobody hands the file's lock over. One that writes a durable file without a pause holds it nearly
+// all the time, and the others would find it held until they give up.
+void ConfigFile::LetOthersIn() const {
+    if (m_kind == Kind::kDurable && std::chrono::steady_clock::now() - m_lastWrite < kTurn) {
+        std::this_thread::sleep_for(kTurn);
+    }
+}
+
+void ConfigFile::TellWatchers() {
+    MakeSharedFile(m_notificationPath);
+    const OwnerIdentity identity(m_folder);
+    const FileDescriptor file(open(m_notificationPath.c_str(),
+                                   O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+    if (file.IsOpen()) {
+        m_notificationFault.Worked();
+    } else {
+        m_notificationFault.Failed(m_notificationPath + ": " + std::strerror(errno) +
+                                   "; other processes do not hear of changes");
+    }
+}
+
+ConfigStatus ConfigFile::FailSqlite(Access access, int code) {
+    Fail(access, m_path + ": " + m_database->Explain(code));
+    if ((code & 0xFF) == SQLITE_BUSY) {
+        return ConfigStatus::kBusy;
+    }
+    if (code == SQLITE_TOOBIG) {
+        return ConfigStatus::kTooLarge;
+    }
+    // Not closed here, for a transaction may still be on it. The next access opens what is there
+    // by then: the mended file, or the one that replaced it.
+    m_isStale = true;
+    return ConfigStatus::kFailed;
+}
+
+ConfigStatus ConfigFile::Fail(Access access, const std::string& reason) {
+    m_lastFailure = reason;
+    FaultLog& own = access == Access::kRead ? m_readFault : m_writeFault;
+    const FaultLog& other = access == Access::kRead ? m_writeFault : m_readFault;
+    // A fault that stops reading and writing alike is one fault.
+    if (other.Reason() != reason) {
+        own.Failed(reason);
+    }
+    return ConfigStatus::kFailed;
+}
+
+void ConfigFile::Worked(Access access) {
+    m_lastFailure.clear();
+    m_readFault.Worked();
+    if (access == Access::kWrite) {
+        m_writeFault.Worked();
+    }
+}
+
+}  // namespace Platform

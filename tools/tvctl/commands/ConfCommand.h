@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "tools/tvctl/commands/CommandLine.h"
+
+namespace Tvctl {
+
+// Reads, writes and watches keys of the configuration store.
+class ConfCommand {
+public:
+    [[nodiscard]] static CommandGroup Group();
+
+private:
+    static ExitCode Get(const Arguments& arguments, Console& console);
+    static ExitCode Set(const Arguments& arguments, Console& console);
+    static ExitCode Unset(const Arguments& arguments, Console& console);
+    static ExitCode List(const Arguments& arguments, Console& console);
+    static ExitCode Load(const Arguments& arguments, Console& console);
+    static ExitCode Watch(const Arguments& arguments, Console& console);
+};
+
+}  // namespace Tvctl

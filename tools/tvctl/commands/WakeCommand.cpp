@@ -1,0 +1,115 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tvctl/commands/WakeCommand.h"
+
+#include "autoconnect/src/DbusInterface.h"
+#include "common/Timer.h"
+#include "platform/linux/bluez/Service.h"
+#include "platform/linux/config/FeatureFile.h"
+#include "tools/tvctl/model/DeviceInventory.h"
+#include "tools/tvctl/model/ServiceSignal.h"
+
+namespace Tvctl {
+
+namespace {
+
+constexpr int kLongestRetryS = 600;
+// The service learns of the adapter on its own, and a stick that is being set up may go once more.
+constexpr int kSettleMs = 500;
+
+bool HasAdapter() {
+    return !Bluez::Service::Get().mirror.PoweredAdapter().empty();
+}
+
+ExitCode SendWakeUp(Console& console) {
+    const SignalResult result = SendToService(kPrepareCommand, nullptr);
+    if (!result.isHeard) {
+        return console.Fail(result.reason);
+    }
+    if (console.IsJson()) {
+        Json::Value json;
+        json["signal"] = kPrepareCommand;
+        console.Print(json);
+    }
+    return kDone;
+}
+
+// Sends the wake-up each time that an adapter becomes ready within the time.
+class Retry {
+public:
+    Retry(int seconds, Console& console)
+        : m_console(console),
+          m_wasReady(HasAdapter()),
+          m_end(Timer::Once(seconds * 1000, [this] { m_isOver = true; })) {}
+
+    ExitCode Run() {
+        while (!m_isOver && m_result == kDone) {
+            g_main_context_iteration(nullptr, TRUE);
+            Look();
+        }
+        if (m_result == kDone && !HasAdapter()) {
+            return m_console.Fail("no Bluetooth adapter was ready in time");
+        }
+        return m_result == kDone && m_isDue ? SendWakeUp(m_console) : m_result;
+    }
+
+private:
+    void Look() {
+        const bool isReady = HasAdapter();
+        if (isReady && !m_wasReady) {
+            m_isDue = true;
+            m_settled = Timer::Once(kSettleMs, [this] {
+                m_isDue = false;
+                m_result = SendWakeUp(m_console);
+            });
+        } else if (!isReady) {
+            m_isDue = false;
+            m_settled.Cancel();
+        }
+        m_wasReady = isReady;
+    }
+
+    Console& m_console;
+    bool m_wasReady;
+    bool m_isOver = false;
+    bool m_isDue = false;  // an adapter became ready and the signal was not sent yet
+    ExitCode m_result = kDone;
+    Timer m_settled;
+    Timer m_end;
+};
+
+}  // namespace
+
+CommandGroup WakeCommand::Group() {
+    return {
+        "wake",
+        "tell the service that the TV woke up",
+        {{"",
+          "[--retry SECONDS]",
+          "Sends the signal that the TV sends around a wake-up",
+          "The service then looks for a registered phone, connects it and has it play.\n"
+          "Fails when the service does not run. With --retry the command stays that long, sends\n"
+          "the signal again whenever a Bluetooth adapter becomes ready meanwhile, as one may do\n"
+          "some seconds after a resume, and fails when none is ready at the end.\n",
+          {{"--retry", "SECONDS", "1 to 600"}},
+          0,
+          0,
+          Wake}}};
+}
+
+ExitCode WakeCommand::Wake(const Arguments& arguments, Console& console) {
+    if (!arguments.Has("--retry")) {
+        return SendWakeUp(console);
+    }
+    const auto seconds = Platform::FeatureFile::ParseInt(arguments.Option("--retry").value_or(""));
+    if (!seconds || *seconds < 1 || *seconds > kLongestRetryS) {
+        return console.Misuse("--retry needs a number of seconds, 1 to 600");
+    }
+    // The service asks bluetoothd as soon as it runs and is answered first, so when this process
+    // knows the adapter, a service that was just started does too.
+    static_cast<void>(AwaitBluetooth());
+    const ExitCode first = SendWakeUp(console);
+    return first == kDone ? Retry(*seconds, console).Run() : first;
+}
+
+}  // namespace Tvctl

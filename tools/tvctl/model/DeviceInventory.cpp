@@ -1,0 +1,128 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tvctl/model/DeviceInventory.h"
+
+#include <algorithm>
+
+#include "common/Timer.h"
+#include "platform/bluetooth.h"
+#include "platform/linux/bluez/Service.h"
+#include "utility/BluetoothUtil.h"
+#include "utility/OpenedDatabase.h"
+
+namespace Tvctl {
+
+namespace {
+
+using Util::BluetoothUtil;
+using Util::OpenedDatabase;
+
+// A daemon that runs answers at once; one that hangs is not waited for longer than an engineer
+// would.
+constexpr int kAwaitMs = 5000;
+
+bool CollectDevice(bt_device_info_s* info, void* data) noexcept {
+    DeviceEntry device;
+    device.address = info->remote_address;
+    device.name = info->remote_name == nullptr ? "" : info->remote_name;
+    device.isConnected = info->is_connected;
+    static_cast<std::vector<DeviceEntry>*>(data)->push_back(std::move(device));
+    return true;
+}
+
+}  // namespace
+
+std::string AwaitBluetooth() {
+    const Bluez::Mirror& mirror = Bluez::Service::Get().mirror;
+    bool isLate = false;
+    const Timer deadline = Timer::Once(kAwaitMs, [&isLate] { isLate = true; });
+    while (!mirror.IsSettled() && !isLate) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    if (!mirror.IsSettled()) {
+        return "bluetoothd does not answer";
+    }
+    if (mirror.Connection() == nullptr) {
+        return "the system bus cannot be reached";
+    }
+    if (!mirror.IsFilled()) {
+        return "bluetoothd is not on the bus";
+    }
+    return mirror.PoweredAdapter().empty() ? "there is no powered Bluetooth adapter" : "";
+}
+
+std::string CheckDatabase() {
+    const OpenedDatabase database;
+    // A file that is no database opens all the same, and has no tables.
+    const bool isUsable = database && database->IsTableExist("bt_device_info");
+    return isUsable ? "" : "the device database cannot be used; --verbose tells why";
+}
+
+std::vector<DeviceEntry> ListDevices() {
+    std::vector<DeviceEntry> devices;
+    bt_adapter_foreach_bonded_device(CollectDevice, &devices);
+    for (DeviceEntry& device : devices) {
+        device.type = BluetoothUtil::GetDeviceType(device.address);
+        device.kind = BluetoothUtil::IsMobile(device.address)
+                          ? "Mobile"
+                          : BluetoothUtil::GetStringDeviceType(device.address);
+        device.isUsed = BluetoothUtil::IsUseDevice(device.address);
+    }
+    return devices;
+}
+
+std::optional<DeviceEntry> FindDevice(const std::string& address) {
+    const std::vector<DeviceEntry> devices = ListDevices();
+    const auto found =
+        std::find_if(devices.begin(), devices.end(),
+                     [&address](const DeviceEntry& device) { return device.address == address; });
+    return found == devices.end() ? std::nullopt : std::optional<DeviceEntry>(*found);
+}
+
+bool IsInDatabase(const std::string& address) {
+    {
+        const OpenedDatabase database;
+        if (database &&
+            (database->IsRecordExist(address) || database->isManufacturerRecordExist(address))) {
+            return true;
+        }
+    }
+    // Opens and closes the database itself.
+    return BTDatabaseManager::getInstance()->getAbsVolConnectedHistory(address);
+}
+
+Json::Value ToJson(const DeviceEntry& device) {
+    Json::Value json;
+    json["address"] = device.address;
+    json["name"] = device.name;
+    json["type"] = device.type;
+    json["kind"] = device.kind;
+    json["connected"] = device.isConnected;
+    json["use"] = device.isUsed;
+    return json;
+}
+
+Json::Value ToJsonInFull(const DeviceEntry& device) {
+    Json::Value json = ToJson(device);
+    int vendor = 0;
+    int product = 0;
+    bt_device_get_remote_vid_pid(device.address.c_str(), &vendor, &product);
+    json["vendorId"] = vendor;
+    json["productId"] = product;
+    {
+        const OpenedDatabase database;
+        json["inDatabase"] = database && database->IsRecordExist(device.address);
+        std::string data;
+        int linkType = 0;
+        if (database && database->getManufacturerData(device.address, data, linkType)) {
+            json["manufacturerData"] = data;
+            json["linkType"] = linkType;
+        }
+    }
+    // Opens and closes the database itself.
+    json["absoluteVolume"] =
+        BTDatabaseManager::getInstance()->getAbsVolConnectedHistory(device.address);
+    return json;
+}
+
+}  // namespace Tvctl

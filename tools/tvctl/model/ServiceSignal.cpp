@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/tvctl/model/ServiceSignal.h"
+
+#include "autoconnect/src/DbusInterface.h"
+#include "common/CHandle.h"
+#include "platform/linux/base/DbusError.h"
+
+namespace Tvctl {
+
+namespace {
+
+constexpr int kAnswerMs = 2000;
+
+// Why the service may not have heard what was just sent to it; empty when it has. The bus delivers
+// in order, and by the package's policy it lets a question through where it lets a signal through.
+std::string WhyUnheard(GDBusConnection* bus) {
+    GErrorPtr error;
+    const GVariantPtr reply(g_dbus_connection_call_sync(
+        bus, kServiceName, kObjectPath, "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr,
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, kAnswerMs, nullptr, Out(error)));
+    if (reply != nullptr) {
+        return "";
+    }
+    if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED)) {
+        return "the bus does not let this user speak to the service; be root, or in the service's "
+               "group";
+    }
+    if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
+        g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER)) {
+        return std::string("nobody heard the signal: the service is not running (") + kServiceName +
+               " has no owner)";
+    }
+    return "the service does not answer: " + Platform::DescribeError(*error);
+}
+
+}  // namespace
+
+SignalResult SendToService(const char* command, GVariant* parameters) {
+    const GVariantPtr held(parameters != nullptr ? g_variant_ref_sink(parameters) : nullptr);
+    GErrorPtr error;
+    const GObjectPtr<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, Out(error)));
+    if (bus == nullptr) {
+        return {false, "no system bus: " + Platform::DescribeError(*error)};
+    }
+    if (g_dbus_connection_emit_signal(bus.get(), nullptr, kObjectPath, kInterfaceName, command,
+                                      parameters, Out(error)) == FALSE) {
+        return {false, "the signal was not sent: " + Platform::DescribeError(*error)};
+    }
+    const std::string reason = WhyUnheard(bus.get());
+    return {reason.empty(), reason};
+}
+
+}  // namespace Tvctl
