@@ -4,12 +4,9 @@
 
 #include <string>
 
-#include "common/CHandle.h"
-#include "platform/bluetooth.h"
+#include "common/DeviceInfo.h"
 
 namespace Util {
-
-using DeviceInfoPtr = CPtr<bt_device_info_s, bt_adapter_free_device_info>;
 
 // The record of a bonded device, null when there is none: the record decides, whatever the call
 // says.

@@ -11,12 +11,10 @@ using Bluez::Service;
 
 namespace {
 
-constexpr const char* kAdapterInterface = "org.bluez.Adapter1";
-
-void RequestAdapterProperty(const std::string& adapter, const char* property, GVariant* value,
-                            std::function<void()> then = {}) {
-    Bluez::RequestProperty(Service::Get().mirror.Connection(), adapter, kAdapterInterface, property,
-                           value, std::move(then));
+void SetAdapterProperty(const std::string& adapter, const char* property, GVariant* value,
+                        std::function<void()> then = {}) {
+    Bluez::SetProperty(Service::Get().mirror.Connection(), adapter, Bluez::kAdapterInterface,
+                       property, value, std::move(then));
 }
 
 }  // namespace
@@ -61,7 +59,7 @@ int bt_adapter_enable(void) {
     if (adapter.empty()) {
         return BT_ERROR_NOT_ENABLED;
     }
-    RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(TRUE));
+    SetAdapterProperty(adapter, "Powered", g_variant_new_boolean(TRUE));
     return BT_ERROR_NONE;
 }
 
@@ -71,7 +69,7 @@ int bt_adapter_disable(void) {
     if (adapter.empty()) {
         return mirror.AnyAdapter().empty() ? BT_ERROR_NOT_ENABLED : BT_ERROR_ALREADY_DONE;
     }
-    RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(FALSE));
+    SetAdapterProperty(adapter, "Powered", g_variant_new_boolean(FALSE));
     return BT_ERROR_NONE;
 }
 
@@ -80,8 +78,8 @@ int bt_adapter_reset(void) {
     if (adapter.empty()) {
         return BT_ERROR_NOT_ENABLED;
     }
-    RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(FALSE), [adapter] {
-        RequestAdapterProperty(adapter, "Powered", g_variant_new_boolean(TRUE));
+    SetAdapterProperty(adapter, "Powered", g_variant_new_boolean(FALSE), [adapter] {
+        SetAdapterProperty(adapter, "Powered", g_variant_new_boolean(TRUE));
     });
     return BT_ERROR_NONE;
 }
@@ -100,14 +98,12 @@ int bt_adapter_set_visibility(bt_adapter_visibility_mode_e mode, int duration) {
         return BT_ERROR_NOT_ENABLED;
     }
     if (!isVisible) {
-        RequestAdapterProperty(adapter, "Discoverable", g_variant_new_boolean(FALSE));
+        SetAdapterProperty(adapter, "Discoverable", g_variant_new_boolean(FALSE));
         return BT_ERROR_NONE;
     }
     // First for how long: bluetoothd takes the time when it becomes visible.
-    RequestAdapterProperty(adapter, "DiscoverableTimeout",
-                           g_variant_new_uint32(static_cast<guint32>(duration)), [adapter] {
-                               RequestAdapterProperty(adapter, "Discoverable",
-                                                      g_variant_new_boolean(TRUE));
-                           });
+    SetAdapterProperty(
+        adapter, "DiscoverableTimeout", g_variant_new_uint32(static_cast<guint32>(duration)),
+        [adapter] { SetAdapterProperty(adapter, "Discoverable", g_variant_new_boolean(TRUE)); });
     return BT_ERROR_NONE;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/bluetooth.h"
+#include "platform/linux/bluez/Path.h"
 #include "platform/linux/bluez/Record.h"
 #include "platform/linux/bluez/Service.h"
 

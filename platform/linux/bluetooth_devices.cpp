@@ -15,8 +15,6 @@ using Bluez::Service;
 
 namespace {
 
-constexpr const char* kDeviceInterface = "org.bluez.Device1";
-
 // 'usb:v04E8p9000d0100' or 'bluetooth:v...': who assigned the vendor's id does not matter here
 // (bluez src/uuid-helper.c).
 bool ParseModalias(const std::string& modalias, int& vendor, int& product) {
@@ -51,7 +49,7 @@ int bt_adapter_get_bonded_device_info(const char* remote_address, bt_device_info
     if (result != BT_ERROR_NONE) {
         return result;
     }
-    Bluez::DeviceInfoPtr record = Bluez::MakeRecord(*device);
+    DeviceInfoPtr record = Bluez::MakeRecord(*device);
     if (!record) {
         return BT_ERROR_OUT_OF_MEMORY;
     }
@@ -79,7 +77,7 @@ int bt_adapter_foreach_bonded_device(bt_adapter_bonded_device_cb callback, void*
     }
     for (const std::string& path : mirror.BondedDevices(adapter)) {
         const Bluez::Device* device = mirror.FindDevice(path);
-        const Bluez::DeviceInfoPtr record = Bluez::MakeRecord(*device);
+        const DeviceInfoPtr record = Bluez::MakeRecord(*device);
         if (!record) {
             return BT_ERROR_OUT_OF_MEMORY;
         }
@@ -127,9 +125,9 @@ int bt_device_set_authorization(const char* remote_address,
     const Bluez::Device* device = nullptr;
     const int result = Bluez::FindBonded(mirror, remote_address, &device);
     if (result == BT_ERROR_NONE) {
-        Bluez::RequestProperty(
+        Bluez::SetProperty(
             mirror.Connection(), mirror.DevicePath(mirror.PoweredAdapter(), device->address),
-            kDeviceInterface, "Trusted",
+            Bluez::kDeviceInterface, "Trusted",
             g_variant_new_boolean(authorization == BT_DEVICE_AUTHORIZED ? TRUE : FALSE));
     }
     return result;

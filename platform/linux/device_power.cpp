@@ -2,37 +2,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/device_power.h"
 
-#include <glib.h>
-
 #include <cerrno>
 
-#include "platform/linux/base/Handles.h"
+#include "common/Source.h"
 #include "platform/linux/config/PlatformState.h"
 
 namespace {
 
 using Platform::ConfigStore;
 using Platform::GetState;
-using Platform::MainLoopSource;
 using Platform::SetState;
 
 // There while the lock is held, with the time that it was asked for.
 constexpr char kStandbyLock[] = "standby_lock_ms";
 
 // The end of a lock that has one.
-MainLoopSource& LockEnd() {
-    static MainLoopSource source;
-    return source;
+Timer& LockEnd() {
+    static Timer timer;
+    return timer;
 }
 
 int ForgetLock() {
     return IsFailure(ConfigStore::Instance().Unset(Platform::StateKey(kStandbyLock))) ? -1 : 0;
-}
-
-gboolean OnLockEnd(gpointer /*userData*/) noexcept {
-    LockEnd().Release();
-    ForgetLock();
-    return G_SOURCE_REMOVE;
 }
 
 }  // namespace
@@ -73,10 +64,9 @@ int device_power_lock_state(power_lock_e lock, int timeout_ms) {
     if (SetState(kStandbyLock, timeout_ms) != 0) {
         return -EIO;
     }
-    LockEnd() = MainLoopSource();
+    LockEnd().Cancel();
     if (timeout_ms > 0) {
-        LockEnd() =
-            MainLoopSource(g_timeout_add(static_cast<guint>(timeout_ms), OnLockEnd, nullptr));
+        LockEnd() = Timer::Once(timeout_ms, [] { ForgetLock(); });
     }
     return 0;
 }
@@ -85,6 +75,6 @@ int device_power_unlock_state(power_lock_e lock) {
     if (lock != POWER_LOCK_STANDBY) {
         return -EINVAL;
     }
-    LockEnd() = MainLoopSource();
+    LockEnd().Cancel();
     return ForgetLock() == 0 ? 0 : -EIO;
 }

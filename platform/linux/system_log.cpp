@@ -14,7 +14,6 @@
 #include <systemd/sd-journal.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -35,7 +34,6 @@ constexpr size_t kMaxMessageBytes = 16384;
 // Everything here is trivially destructible: lines are written before main begins and after it
 // ended.
 struct LogTarget {
-    std::atomic<int> threshold;
     bool journal;
     bool colour;
 };
@@ -43,16 +41,6 @@ struct LogTarget {
 bool EnvironmentIs(const char* name, const char* wanted) {
     const char* value = std::getenv(name);
     return value != nullptr && std::strcmp(value, wanted) == 0;
-}
-
-int ThresholdFromEnvironment() {
-    if (EnvironmentIs("TV_LOG_LEVEL", "info")) {
-        return DLOG_INFO;
-    }
-    if (EnvironmentIs("TV_LOG_LEVEL", "warn")) {
-        return DLOG_WARN;
-    }
-    return EnvironmentIs("TV_LOG_LEVEL", "error") ? DLOG_ERROR : DLOG_DEBUG;
 }
 
 // systemd names in $JOURNAL_STREAM the device and inode of the stream that it connected; another
@@ -68,7 +56,6 @@ bool StderrIsJournal() {
 
 LogTarget& Target() {
     static LogTarget target{
-        {ThresholdFromEnvironment()},
         StderrIsJournal(),
         EnvironmentIs("TV_LOG_COLOUR", "always") ||
             (!EnvironmentIs("TV_LOG_COLOUR", "never") && isatty(STDERR_FILENO) == 1),
@@ -212,12 +199,8 @@ int Print(int priority, const char* tag, const std::string& message) {
 
 }  // namespace
 
-void Platform::SetLogThreshold(int priority) noexcept {
-    Target().threshold = priority;
-}
-
 int __dlog_print(log_id_t /*buffer*/, int priority, const char* tag, const char* format, ...) {
-    if (priority < Target().threshold) {
+    if (priority < Platform::LogThreshold()) {
         return 0;
     }
     const int savedErrno = errno;

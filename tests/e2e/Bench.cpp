@@ -7,7 +7,7 @@
 #include <iostream>
 #include <utility>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/linux/application/ApplicationBus.h"
 
 using ScenarioRunner::ChildProcess;

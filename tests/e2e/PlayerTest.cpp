@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "common/CHandle.h"
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/application.h"
 #include "platform/bluetooth.h"
 #include "platform/linux/application/ApplicationBus.h"

@@ -2,18 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/media-player/MediaPlayer.h"
 
-#include <glib-unix.h>
-
 #include <charconv>
 #include <csignal>
 #include <cstring>
 
-#include "platform/linux/bluez/Record.h"
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
+#include "platform/linux/bluez/Path.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
 namespace {
 
-constexpr const char* kAppId = "com.velmora.tv.bmp";
 constexpr int kIdleExitMs = 30000;
 constexpr const char* kIdleVariable = "TV_PLAYER_IDLE_MS";
 
@@ -36,15 +34,13 @@ int IdleMs() {
 MediaPlayer::MediaPlayer()
     : m_loop(g_main_loop_new(nullptr, FALSE)),
       m_idleMs(IdleMs()),
-      m_terminate(g_unix_signal_add(SIGTERM, OnTerminate, this)),
+      // systemd sends it, too, as soon as the name is given up.
+      m_terminate(Source::OnSignal(SIGTERM, [this] { End(); })),
       m_receiver(
-          kAppId, [this](const Platform::Launch& launch) { OnLaunch(launch); },
+          Conditions::kMediaPlayerAppId,
+          [this](const Platform::Launch& launch) { OnLaunch(launch); },
           [this] { Quit(EXIT_FAILURE); }) {
     EndWhenIdle();
-}
-
-MediaPlayer::~MediaPlayer() {
-    g_source_remove(m_terminate);
 }
 
 int MediaPlayer::Run() {
@@ -102,10 +98,4 @@ void MediaPlayer::End() {
 void MediaPlayer::Quit(int status) {
     m_status = status;
     g_main_loop_quit(m_loop.get());
-}
-
-// systemd sends it, too, as soon as the name is given up.
-gboolean MediaPlayer::OnTerminate(gpointer player) noexcept {
-    static_cast<MediaPlayer*>(player)->End();
-    return G_SOURCE_CONTINUE;
 }

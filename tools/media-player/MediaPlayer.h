@@ -8,7 +8,7 @@
 #include <string>
 
 #include "common/CHandle.h"
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/linux/application/LaunchReceiver.h"
 #include "platform/linux/bluez/Mirror.h"
 #include "tools/media-player/PlayCommand.h"
@@ -19,7 +19,6 @@
 class MediaPlayer {
 public:
     MediaPlayer();
-    ~MediaPlayer();
     MediaPlayer(const MediaPlayer&) = delete;
     MediaPlayer& operator=(const MediaPlayer&) = delete;
 
@@ -35,7 +34,6 @@ private:
     // Ends without losing a launch: what came until then is done first.
     void End();
     void Quit(int status);
-    static gboolean OnTerminate(gpointer player) noexcept;
 
     GMainLoopPtr m_loop;
     int m_status = EXIT_SUCCESS;
@@ -44,6 +42,6 @@ private:
     Timer m_idle;
     const int m_idleMs;
     bool m_isEnding = false;
-    guint m_terminate;
+    Source m_terminate;
     Platform::LaunchReceiver m_receiver;
 };

@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr const char* kPlayerInterface = "org.bluez.MediaPlayer1";
 // For a phone and its player to show up, and then for it to play.
 constexpr int kAppearMs = 5000;
 constexpr int kPlayMs = 5000;
@@ -88,8 +87,8 @@ std::string PlayCommand::WhySilent() const {
 void PlayCommand::Play(const std::string& player) {
     m_player = player;
     m_deadline = Timer::Once(kPlayMs, [this] { OnDeadline(); });
-    m_play = Bluez::Call(m_mirror.Connection(), player, kPlayerInterface, "Play", nullptr, kPlayMs,
-                         [this](GVariant* /*reply*/, const GError* error) {
+    m_play = Bluez::Call(m_mirror.Connection(), player, Bluez::kPlayerInterface, "Play", nullptr,
+                         kPlayMs, [this](GVariant* /*reply*/, const GError* error) {
                              if (error != nullptr) {
                                  PLAYER_ERROR("the play command failed: %s",
                                               Platform::DescribeError(*error).c_str());

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/linux/bluez/Mirror.h"
 
 // Has the player of a phone play, and finds out whether it then does: a phone agrees to every play

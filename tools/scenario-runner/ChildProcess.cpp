@@ -11,7 +11,7 @@
 #include <fstream>
 
 #include "common/CHandle.h"
-#include "common/Timer.h"
+#include "common/Source.h"
 
 namespace ScenarioRunner {
 namespace {

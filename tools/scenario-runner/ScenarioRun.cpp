@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/scenario-runner/ScenarioRun.h"
 
-#include <glib-unix.h>
-
 #include <algorithm>
 #include <csignal>
 
@@ -80,9 +78,10 @@ ScenarioRun::ScenarioRun(Options options, TvSim::Scenario scenario, Workspace& w
 
 std::string ScenarioRun::Run() {
     AdoptOrphans();
-    const std::vector<guint> signals = {g_unix_signal_add(SIGINT, OnSignal, this),
-                                        g_unix_signal_add(SIGTERM, OnSignal, this),
-                                        g_unix_signal_add(SIGHUP, OnSignal, this)};
+    const auto interrupt = [this] { Finish(false, "interrupted"); };
+    const Source signals[] = {Source::OnSignal(SIGINT, interrupt),
+                              Source::OnSignal(SIGTERM, interrupt),
+                              Source::OnSignal(SIGHUP, interrupt)};
     m_deadline =
         Timer::Once(kStartMs, [this] { Finish(false, "the service was not ready within 20 s"); });
     StartBus();
@@ -91,15 +90,7 @@ std::string ScenarioRun::Run() {
     }
     StopAll();
     KillChildren();
-    for (const guint signal : signals) {
-        g_source_remove(signal);
-    }
     return m_result;
-}
-
-gboolean ScenarioRun::OnSignal(gpointer userData) noexcept {
-    static_cast<ScenarioRun*>(userData)->Finish(false, "interrupted");
-    return G_SOURCE_CONTINUE;
 }
 
 std::unique_ptr<ChildProcess> ScenarioRun::Start(const std::string& program,
@@ -214,7 +205,7 @@ void ScenarioRun::StartService() {
         return;
     }
     m_nameWatch =
-        TvSim::NameWatch(m_connection.get(), kServiceName, OnServiceNameAppeared, nullptr, this);
+        BusWatch::OnName(m_connection.get(), kServiceName, OnServiceNameAppeared, nullptr, this);
     ChildProcess::Handlers handlers;
     handlers.onError = [this](const std::string& line) { OnServiceLine(line); };
     handlers.onEnd = [this](const std::string& how) {

@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "common/BusWatch.h"
 #include "common/CHandle.h"
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "tools/scenario-runner/ChildProcess.h"
 #include "tools/scenario-runner/Verdict.h"
 #include "tools/scenario-runner/Workspace.h"
-#include "tools/tv-sim/NameWatch.h"
 #include "tools/tv-sim/Scenario.h"
 
 namespace ScenarioRunner {
@@ -40,7 +40,6 @@ public:
     [[nodiscard]] bool Succeeded() const { return m_succeeded; }
 
 private:
-    static gboolean OnSignal(gpointer userData) noexcept;
     static void OnServiceNameAppeared(GDBusConnection* connection, const char* name,
                                       const char* owner, gpointer userData) noexcept;
 
@@ -86,7 +85,7 @@ private:
     std::unique_ptr<ChildProcess> m_tvctl;
     std::unique_ptr<ChildProcess> m_service;
     GObjectPtr<GDBusConnection> m_connection;
-    TvSim::NameWatch m_nameWatch;
+    BusWatch m_nameWatch;
     Timer m_deadline;
     Timer m_settle;
 };

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "tools/tv-sim/Advertisement.h"
 #include "tools/tv-sim/ObjectTree.h"
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "tools/tv-sim/NameWatch.h"
+#include "common/BusWatch.h"
 
 namespace TvSim {
 namespace {
@@ -94,7 +94,7 @@ struct Discovery::Client {
     State state = State::kNone;
     std::optional<MethodCall> call;  // the start or stop under way
     Timer timer;
-    NameWatch watch;
+    BusWatch watch;
 };
 
 Discovery::Discovery(GDBusConnection* connection, int startMs, EventSink say,
@@ -196,7 +196,7 @@ Discovery::Client& Discovery::FindOrAddClient(const std::string& name) {
     std::unique_ptr<Client>& client = m_clients[name];
     if (client == nullptr) {
         client = std::make_unique<Client>();
-        client->watch = NameWatch(m_connection, name.c_str(), nullptr, OnClientGone, this);
+        client->watch = BusWatch::OnName(m_connection, name.c_str(), nullptr, OnClientGone, this);
     }
     return *client;
 }

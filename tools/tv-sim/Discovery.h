@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "tools/tv-sim/Advertisement.h"
 #include "tools/tv-sim/Event.h"
 #include "tools/tv-sim/MethodCall.h"

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "tools/tv-sim/Adapter.h"
 #include "tools/tv-sim/MediaLink.h"
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "tools/tv-sim/Adapter.h"
 
 namespace TvSim {

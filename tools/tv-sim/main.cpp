@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include <glib-unix.h>
-
 #include <cinttypes>
+#include <csignal>
 #include <cstdio>
 #include <string>
 
+#include "common/Source.h"
 #include "tools/tv-sim/ScenarioFile.h"
 #include "tools/tv-sim/Simulator.h"
 
@@ -86,12 +86,9 @@ bool Run(TvSim::Scenario scenario, GDBusConnection* connection) {
     const gint64 startUs = g_get_monotonic_time();
     const GMainLoopPtr loop(g_main_loop_new(nullptr, FALSE));
     bool nameLost = false;
-    const auto quit = [](gpointer data) noexcept -> gboolean {
-        g_main_loop_quit(static_cast<GMainLoop*>(data));
-        return G_SOURCE_CONTINUE;
-    };
-    g_unix_signal_add(SIGTERM, quit, loop.get());
-    g_unix_signal_add(SIGINT, quit, loop.get());
+    const auto quit = [&loop] { g_main_loop_quit(loop.get()); };
+    const Source terminate = Source::OnSignal(SIGTERM, quit);
+    const Source interrupt = Source::OnSignal(SIGINT, quit);
     TvSim::Simulator simulator(std::move(scenario), connection,
                                [startUs](const std::string& subject, const std::string& what) {
                                    PrintEvent(startUs, subject, what);

@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/linux/base/Handles.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace Platform {
 

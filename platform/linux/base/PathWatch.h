@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/base/Handles.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace Platform {
 

@@ -17,18 +17,19 @@ namespace Platform {
 // Lines below `priority` (a log_priority) are dropped from now on; a number above DLOG_ERROR drops
 // all. Overrides $TV_LOG_LEVEL. Any thread.
 void SetLogThreshold(int priority) noexcept;
+int LogThreshold() noexcept;
 
 // Logs a lasting fault once: a line when a reason begins or changes, none while it stays. Not
 // locked; it belongs to what it watches.
 class FaultLog {
 public:
-    void Failed(const std::string& reason) {
+    void Begin(const std::string& reason) {
         if (reason != m_reason) {
             m_reason = reason;
             PLATFORM_WARN("%s", reason.c_str());
         }
     }
-    void Worked() { m_reason.clear(); }
+    void End() { m_reason.clear(); }
     [[nodiscard]] const std::string& Reason() const { return m_reason; }
 
 private:

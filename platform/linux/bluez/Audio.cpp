@@ -15,7 +15,6 @@ namespace Bluez {
 
 namespace {
 
-constexpr const char* kDeviceInterface = "org.bluez.Device1";
 // bluetoothd itself may go on for 40 s, on BR/EDR first and then on LE.
 constexpr int kAttemptMs = 10000;
 constexpr int kCancellationMs = 2000;

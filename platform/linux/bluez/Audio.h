@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/bluetooth.h"
 #include "platform/linux/bluez/Deadline.h"
 #include "platform/linux/bluez/Mirror.h"

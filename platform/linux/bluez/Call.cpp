@@ -53,9 +53,9 @@ void Call::Finish(const WeakPending& weak, GVariant* reply, const GError* error)
     }
 }
 
-void Request(GDBusConnection* connection, const std::string& path, const char* interface,
-             const char* method, GVariant* arguments, const std::string& what,
-             std::function<void()> then) {
+void Send(GDBusConnection* connection, const std::string& path, const char* interface,
+          const char* method, GVariant* arguments, const std::string& what,
+          std::function<void()> then) {
     struct Pending {
         std::string what;
         std::function<void()> then;
@@ -78,11 +78,11 @@ void Request(GDBusConnection* connection, const std::string& path, const char* i
         new Pending{what, std::move(then)});
 }
 
-void RequestProperty(GDBusConnection* connection, const std::string& path, const char* interface,
-                     const char* property, GVariant* value, std::function<void()> then) {
-    Request(connection, path, "org.freedesktop.DBus.Properties", "Set",
-            g_variant_new("(ssv)", interface, property, value),
-            std::string("setting ") + property + " of " + path, std::move(then));
+void SetProperty(GDBusConnection* connection, const std::string& path, const char* interface,
+                 const char* property, GVariant* value, std::function<void()> then) {
+    Send(connection, path, kPropertiesInterface, "Set",
+         g_variant_new("(ssv)", interface, property, value),
+         std::string("setting ") + property + " of " + path, std::move(then));
 }
 
 }  // namespace Bluez

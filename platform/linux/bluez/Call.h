@@ -7,10 +7,9 @@
 #include <string>
 
 #include "common/CHandle.h"
+#include "platform/linux/bluez/Names.h"
 
 namespace Bluez {
-
-constexpr const char* kBusName = "org.bluez";
 
 // A method call to bluetoothd that waits for its answer on the main loop. Dropping it gives the
 // answer up: the action then never runs, so an operation that was overtaken cannot act on late
@@ -41,12 +40,12 @@ private:
 
 // A call whose answer nobody waits for: a failure is logged as "`what` failed: ...", and `then`
 // runs after a success. Arguments as those of Call.
-void Request(GDBusConnection* connection, const std::string& path, const char* interface,
-             const char* method, GVariant* arguments, const std::string& what,
-             std::function<void()> then = {});
+void Send(GDBusConnection* connection, const std::string& path, const char* interface,
+          const char* method, GVariant* arguments, const std::string& what,
+          std::function<void()> then = {});
 
-// Request to set a property; `value` is floating.
-void RequestProperty(GDBusConnection* connection, const std::string& path, const char* interface,
-                     const char* property, GVariant* value, std::function<void()> then = {});
+// Send to set a property; `value` is floating.
+void SetProperty(GDBusConnection* connection, const std::string& path, const char* interface,
+                 const char* property, GVariant* value, std::function<void()> then = {});
 
 }  // namespace Bluez

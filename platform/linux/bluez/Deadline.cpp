@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "common/CHandle.h"
-#include "common/Timer.h"
+#include "common/Source.h"
 
 namespace Bluez {
 

@@ -69,7 +69,7 @@ void Discovery::SetFilter() {
 
 void Discovery::Ask(const char* method, GVariant* arguments,
                     void (Discovery::*then)(const GError* error)) {
-    m_call = Call(m_connection, m_adapter, "org.bluez.Adapter1", method, arguments, kAnswerMs,
+    m_call = Call(m_connection, m_adapter, kAdapterInterface, method, arguments, kAnswerMs,
                   [this, then](GVariant* /*reply*/, const GError* error) {
                       m_call.Drop();
                       if (error != nullptr && IsUnclear(*error)) {

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/linux/base/GrowingPause.h"
 #include "platform/linux/bluez/Call.h"
 

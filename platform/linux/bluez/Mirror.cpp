@@ -14,14 +14,6 @@ namespace Bluez {
 
 namespace {
 
-constexpr const char* kAdapterInterface = "org.bluez.Adapter1";
-constexpr const char* kDeviceInterface = "org.bluez.Device1";
-constexpr const char* kTransportInterface = "org.bluez.MediaTransport1";
-constexpr const char* kPlayerInterface = "org.bluez.MediaPlayer1";
-constexpr const char* kControlInterface = "org.bluez.MediaControl1";
-constexpr const char* kObjectManagerInterface = "org.freedesktop.DBus.ObjectManager";
-constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
-
 // What bluetoothd reports as RSSI when the controller gave none.
 constexpr int kUnknownRssi = 127;
 
@@ -57,12 +49,6 @@ Mirror::~Mirror() {
     if (m_closed != 0) {
         g_signal_handler_disconnect(m_connection.get(), m_closed);
     }
-    if (m_nameWatch != 0) {
-        g_bus_unwatch_name(m_nameWatch);
-    }
-    for (const guint subscription : m_subscriptions) {
-        g_dbus_connection_signal_unsubscribe(m_connection.get(), subscription);
-    }
 }
 
 void Mirror::RemoveListener(Listener* listener) {
@@ -78,14 +64,14 @@ void Mirror::OnConnection(GObjectPtr<GDBusConnection> connection) {
     Subscribe(kObjectManagerInterface, "InterfacesAdded");
     Subscribe(kObjectManagerInterface, "InterfacesRemoved");
     Subscribe(kPropertiesInterface, "PropertiesChanged");
-    m_nameWatch = g_bus_watch_name_on_connection(
-        m_connection.get(), kBusName, G_BUS_NAME_WATCHER_FLAGS_NONE,
+    m_nameWatch = BusWatch::OnName(
+        m_connection.get(), kBusName,
         [](GDBusConnection* /*connection*/, const char* /*name*/, const char* /*owner*/,
            gpointer data) noexcept { static_cast<Mirror*>(data)->OnServiceAppeared(); },
         [](GDBusConnection* /*connection*/, const char* /*name*/, gpointer data) noexcept {
             static_cast<Mirror*>(data)->OnServiceVanished();
         },
-        this, nullptr);
+        this);
 }
 
 void Mirror::OnBusClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerVanished*/,
@@ -94,16 +80,15 @@ void Mirror::OnBusClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerV
                    error == nullptr ? "closed" : error->message);
 }
 
-// With the daemon's name as sender the bus library passes on what its owner sent and nothing else.
 void Mirror::Subscribe(const char* interface, const char* member) {
-    m_subscriptions.push_back(g_dbus_connection_signal_subscribe(
-        m_connection.get(), kBusName, interface, member, nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
+    m_subscriptions.push_back(BusWatch::OnSignal(
+        m_connection.get(), kBusName, interface, member,
         [](GDBusConnection* /*connection*/, const char* /*sender*/, const char* path,
            const char* /*interface*/, const char* signal, GVariant* parameters,
            gpointer data) noexcept {
             static_cast<Mirror*>(data)->OnSignal(path, signal, parameters);
         },
-        this, nullptr));
+        this));
 }
 
 void Mirror::OnServiceAppeared() {

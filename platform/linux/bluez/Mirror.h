@@ -8,8 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "common/BusWatch.h"
 #include "common/CHandle.h"
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/linux/base/GrowingPause.h"
 #include "platform/linux/bluez/Call.h"
 #include "platform/linux/bluez/Listener.h"
@@ -150,8 +151,8 @@ private:
     Timer m_retry;
     Platform::GrowingPause m_patience;
     GObjectPtr<GCancellable> m_busRequest;
-    std::vector<guint> m_subscriptions;
-    guint m_nameWatch = 0;
+    std::vector<BusWatch> m_subscriptions;
+    BusWatch m_nameWatch;
     gulong m_closed = 0;
 };
 

@@ -6,8 +6,30 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 namespace Bluez {
+
+namespace {
+
+constexpr std::size_t kAddressLength = 17;
+
+}  // namespace
+
+std::string CanonicalAddress(const char* address) {
+    std::string canonical;
+    if (address == nullptr || std::strlen(address) != kAddressLength) {
+        return canonical;
+    }
+    for (std::size_t i = 0; i < kAddressLength; ++i) {
+        const bool isSeparator = i % 3 == 2;
+        if (isSeparator ? address[i] != ':' : !g_ascii_isxdigit(address[i])) {
+            return "";
+        }
+        canonical += g_ascii_toupper(address[i]);
+    }
+    return canonical;
+}
 
 std::string MakeDevicePath(const std::string& adapter, const std::string& address) {
     std::string name = address;

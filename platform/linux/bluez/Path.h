@@ -6,6 +6,9 @@
 
 namespace Bluez {
 
+// The address in upper case; empty when it is NULL or malformed.
+std::string CanonicalAddress(const char* address);
+
 // The object path of a device: 'ADAPTER/dev_AA_BB_CC_DD_EE_FF'. Upper-cases the address.
 std::string MakeDevicePath(const std::string& adapter, const std::string& address);
 // The address in such a path, upper case.

@@ -27,12 +27,6 @@ inline bool Is(const char* name, const char* wanted) {
     return std::strcmp(name, wanted) == 0;
 }
 
-// Services (Bluetooth Assigned Numbers, 3.3), as bluetoothd spells them.
-inline constexpr const char* kA2dpSourceUuid = "0000110a-0000-1000-8000-00805f9b34fb";
-inline constexpr const char* kA2dpSinkUuid = "0000110b-0000-1000-8000-00805f9b34fb";
-inline constexpr const char* kHidUuid = "00001124-0000-1000-8000-00805f9b34fb";
-inline constexpr const char* kHidOverLeUuid = "00001812-0000-1000-8000-00805f9b34fb";
-
 // These leave the target alone when the value has another type than the interface says.
 inline void Read(GVariant* value, std::string& target) {
     if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) ||

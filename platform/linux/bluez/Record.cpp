@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/linux/bluez/Path.h"
+
 namespace Bluez {
 
 namespace {
-
-constexpr std::size_t kAddressLength = 17;
 
 // Where the fields of a Class of Device are (Bluetooth Assigned Numbers, 2.8).
 constexpr unsigned int kMajorShift = 8;
@@ -17,21 +17,6 @@ constexpr unsigned int kMajorMask = 0x1F;
 constexpr unsigned int kMinorMask = 0xFC;
 
 }  // namespace
-
-std::string CanonicalAddress(const char* address) {
-    std::string canonical;
-    if (address == nullptr || std::strlen(address) != kAddressLength) {
-        return canonical;
-    }
-    for (std::size_t i = 0; i < kAddressLength; ++i) {
-        const bool isSeparator = i % 3 == 2;
-        if (isSeparator ? address[i] != ':' : !g_ascii_isxdigit(address[i])) {
-            return "";
-        }
-        canonical += g_ascii_toupper(address[i]);
-    }
-    return canonical;
-}
 
 char* CopyOrNull(const std::string& text) {
     return text.empty() ? nullptr : strdup(text.c_str());

@@ -4,19 +4,13 @@
 
 #include <string>
 
-#include "common/CHandle.h"
-#include "platform/bluetooth.h"
+#include "common/DeviceInfo.h"
 #include "platform/linux/bluez/Mirror.h"
 
 namespace Bluez {
 
-// The address in upper case; empty when it is NULL or malformed.
-std::string CanonicalAddress(const char* address);
-
 // A copy for the C side, NULL for an empty text.
 char* CopyOrNull(const std::string& text);
-
-using DeviceInfoPtr = CPtr<bt_device_info_s, bt_adapter_free_device_info>;
 
 // The record of a device; NULL when memory is short.
 DeviceInfoPtr MakeRecord(const Device& device);

@@ -11,8 +11,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/base/Folders.h"
-#include "platform/linux/base/Handles.h"
 
 namespace Platform {
 
@@ -62,7 +62,7 @@ ConfigStatus ConfigFile::Read(const std::string& key, ConfigLookup& lookup) {
     if (code != SQLITE_OK) {
         return FailSqlite(Access::kRead, code);
     }
-    Worked(Access::kRead);
+    EndFault(Access::kRead);
     return lookup.status;
 }
 
@@ -73,7 +73,7 @@ ConfigStatus ConfigFile::Store(const std::string& key, const ConfigValue& value,
     if (opened != ConfigStatus::kOk) {
         return opened;
     }
-    LetOthersIn();
+    YieldToOtherWriters();
     ConfigDatabase::Transaction transaction(*m_database);
     int code = transaction.Begun();
     if (code == SQLITE_OK && expectedRevision) {
@@ -119,7 +119,7 @@ ConfigStatus ConfigFile::Finish(ConfigDatabase::Transaction& transaction, int co
         return FailSqlite(Access::kWrite, code);
     }
     m_lastWrite = std::chrono::steady_clock::now();
-    Worked(Access::kWrite);
+    EndFault(Access::kWrite);
     TellWatchers();
     return ConfigStatus::kOk;
 }
@@ -139,7 +139,7 @@ std::optional<std::vector<ConfigEntry>> ConfigFile::List() {
         FailSqlite(Access::kRead, code);
         return std::nullopt;
     }
-    Worked(Access::kRead);
+    EndFault(Access::kRead);
     return entries;
 }
 
@@ -190,7 +190,7 @@ ConfigStatus ConfigFile::OpenDatabase(Access access) {
 
 // Nobody hands the file's lock over. One that writes a durable file without a pause holds it nearly
 // all the time, and the others would find it held until they give up.
-void ConfigFile::LetOthersIn() const {
+void ConfigFile::YieldToOtherWriters() const {
     if (m_kind == Kind::kDurable && std::chrono::steady_clock::now() - m_lastWrite < kTurn) {
         std::this_thread::sleep_for(kTurn);
     }
@@ -202,10 +202,10 @@ void ConfigFile::TellWatchers() {
     const FileDescriptor file(open(m_notificationPath.c_str(),
                                    O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
     if (file.IsOpen()) {
-        m_notificationFault.Worked();
+        m_notificationFault.End();
     } else {
-        m_notificationFault.Failed(m_notificationPath + ": " + std::strerror(errno) +
-                                   "; other processes do not hear of changes");
+        m_notificationFault.Begin(m_notificationPath + ": " + std::strerror(errno) +
+                                  "; other processes do not hear of changes");
     }
 }
 
@@ -229,16 +229,16 @@ ConfigStatus ConfigFile::Fail(Access access, const std::string& reason) {
     const FaultLog& other = access == Access::kRead ? m_writeFault : m_readFault;
     // A fault that stops reading and writing alike is one fault.
     if (other.Reason() != reason) {
-        own.Failed(reason);
+        own.Begin(reason);
     }
     return ConfigStatus::kFailed;
 }
 
-void ConfigFile::Worked(Access access) {
+void ConfigFile::EndFault(Access access) {
     m_lastFailure.clear();
-    m_readFault.Worked();
+    m_readFault.End();
     if (access == Access::kWrite) {
-        m_writeFault.Worked();
+        m_writeFault.End();
     }
 }
 

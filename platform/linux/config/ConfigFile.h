@@ -55,14 +55,14 @@ private:
     ConfigStatus Read(const std::string& key, ConfigLookup& lookup);
     [[nodiscard]] ConfigStatus Open(Access access);
     [[nodiscard]] ConfigStatus OpenDatabase(Access access);
-    void LetOthersIn() const;
+    void YieldToOtherWriters() const;
     // What a write gave: commits and tells the watchers, or reports the fault.
     ConfigStatus Finish(ConfigDatabase::Transaction& transaction, int code, bool changed);
     void TellWatchers();
     // Report a fault and give the status that stands for it.
     ConfigStatus FailSqlite(Access access, int code);
     ConfigStatus Fail(Access access, const std::string& reason);
-    void Worked(Access access);
+    void EndFault(Access access);
 
     const std::string m_folder;
     const std::string m_path;

@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/config/ConfigWatcher.h"
 
-#include <glib-unix.h>
-
 #include <algorithm>
 #include <cstring>
 #include <map>
@@ -24,7 +22,7 @@ constexpr int64_t kNeverSeen = -1;
 
 }  // namespace
 
-ConfigWatcher::ConfigWatcher(ConfigFile& file) : m_file(file), m_retryMs(kRetryMs) {}
+ConfigWatcher::ConfigWatcher(ConfigFile& file) : m_file(file), m_pause(kRetryMs, kMaxRetryMs) {}
 
 bool ConfigWatcher::Add(const std::string& key, vconf_callback_fn callback, void* userData) {
     if (!Start()) {
@@ -72,8 +70,7 @@ void ConfigWatcher::MissedRead() {
 
 void ConfigWatcher::RetryLater() {
     if (!m_retry.IsRunning()) {
-        m_retry = Timer::Once(m_retryMs, [this] {
-            m_retryMs = std::min(2 * m_retryMs, kMaxRetryMs);
+        m_retry = Timer::Once(m_pause.Next(), [this] {
             m_retry.Cancel();
             TellChanges();
         });
@@ -91,23 +88,18 @@ bool ConfigWatcher::Start() {
         return false;
     }
     m_watch = std::move(watch);
-    m_source = MainLoopSource(g_unix_fd_add(m_watch->Fd(), G_IO_IN, OnReadable, this));
+    m_news = Source::OnReadable(m_watch->Fd(), [this] {
+        if (m_watch->Consume()) {
+            TellChanges();
+        }
+    });
     return true;
 }
 
 void ConfigWatcher::Stop() {
-    m_source = MainLoopSource();
+    m_news.Cancel();
     m_retry.Cancel();
     m_watch.reset();
-}
-
-gboolean ConfigWatcher::OnReadable(gint /*fd*/, GIOCondition /*condition*/,
-                                   gpointer userData) noexcept {
-    auto* self = static_cast<ConfigWatcher*>(userData);
-    if (self->m_watch->Consume()) {
-        self->TellChanges();
-    }
-    return G_SOURCE_CONTINUE;
 }
 
 void ConfigWatcher::TellChanges() {
@@ -138,7 +130,7 @@ void ConfigWatcher::TellChanges() {
     if (isMissed) {
         RetryLater();
     } else if (!m_retry.IsRunning()) {
-        m_retryMs = kRetryMs;
+        m_pause.Reset();
     }
 }
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/config_store.h"
-#include "platform/linux/base/Handles.h"
+#include "platform/linux/base/GrowingPause.h"
 #include "platform/linux/base/PathWatch.h"
 #include "platform/linux/config/ConfigFile.h"
 
@@ -54,15 +54,14 @@ private:
     void TellChanges();
     // Looks again after a pause, which doubles as long as the file cannot be read.
     void RetryLater();
-    static gboolean OnReadable(gint fd, GIOCondition condition, gpointer userData) noexcept;
 
     ConfigFile& m_file;
     // Shared with a round of callbacks under way, in which one may be removed.
     std::vector<std::shared_ptr<Registration>> m_registrations;
     std::unique_ptr<PathWatch> m_watch;
-    MainLoopSource m_source;
+    Source m_news;
     Timer m_retry;
-    int m_retryMs;
+    GrowingPause m_pause;
     bool m_hasMissedRead = false;
 };
 

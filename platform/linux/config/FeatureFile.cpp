@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <filesystem>
 #include <utility>
 
+#include "platform/linux/base/Parse.h"
 #include "platform/linux/base/RootPath.h"
 
 namespace Platform {
@@ -44,23 +44,6 @@ bool FeatureFile::IsValidKey(const std::string& key) {
     };
     return !group.empty() && !name.empty() && name[0] != '#' &&
            std::none_of(key.begin(), key.end(), isForbidden);
-}
-
-std::optional<bool> FeatureFile::ParseBool(const std::string& text) {
-    if (text == "true" || text == "false") {
-        return text == "true";
-    }
-    return std::nullopt;
-}
-
-std::optional<int> FeatureFile::ParseInt(const std::string& text) {
-    int number = 0;
-    const char* const end = text.data() + text.size();
-    const auto parsed = std::from_chars(text.data(), end, number);
-    if (text.empty() || parsed.ec != std::errc() || parsed.ptr != end) {
-        return std::nullopt;
-    }
-    return number;
 }
 
 std::optional<bool> FeatureFile::GetBool(const std::string& key) {
@@ -163,13 +146,13 @@ FeatureFile::State FeatureFile::Load(const struct stat& status) {
                                    Out(error))) {
         return Fail(m_path + ": " + error->message);
     }
-    m_fault.Worked();
+    m_fault.End();
     return State::kUsable;
 }
 
 FeatureFile::State FeatureFile::Fail(const std::string& reason) {
     m_status = {};
-    m_fault.Failed(reason);
+    m_fault.Begin(reason);
     return State::kUnusable;
 }
 

@@ -49,10 +49,6 @@ public:
     // Whether the file can hold a feature of that name: "group/name" in printable characters.
     [[nodiscard]] static bool IsValidKey(const std::string& key);
 
-    // What the texts of the file mean.
-    [[nodiscard]] static std::optional<bool> ParseBool(const std::string& text);
-    [[nodiscard]] static std::optional<int> ParseInt(const std::string& text);
-
 private:
     enum class State { kUsable, kMissing, kUnusable };
 

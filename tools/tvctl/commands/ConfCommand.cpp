@@ -2,17 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/commands/ConfCommand.h"
 
-#include <glib-unix.h>
-
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fstream>
 
 #include "common/CHandle.h"
+#include "common/Source.h"
 #include "platform/config_store.h"
-#include "platform/linux/base/Handles.h"
+#include "platform/linux/base/Parse.h"
 #include "platform/linux/config/ConfigStore.h"
-#include "platform/linux/config/FeatureFile.h"
 #include "tools/tvctl/model/ConfigText.h"
 #include "utility/CommonUtil.h"
 
@@ -26,8 +25,6 @@ using Platform::ConfigStatus;
 using Platform::ConfigStore;
 using Platform::ConfigType;
 using Platform::ConfigValue;
-using Platform::FeatureFile;
-using Platform::MainLoopSource;
 
 constexpr char kKeyHelp[] =
     "KEY is a name below db/ (kept) or memory/ (gone at the next boot), or the number of a\n"
@@ -43,10 +40,10 @@ std::optional<std::string> ResolveKey(const std::string& word, Console& console)
 }
 
 ConfigType GuessType(const std::string& text) {
-    if (FeatureFile::ParseBool(text)) {
+    if (Platform::ParseBool(text)) {
         return ConfigType::kBool;
     }
-    return FeatureFile::ParseInt(text) ? ConfigType::kInt : ConfigType::kString;
+    return Platform::ParseInt(text) ? ConfigType::kInt : ConfigType::kString;
 }
 
 // The type that a key has, or for a new one the type that the text looks like.
@@ -136,11 +133,6 @@ void OnChanged(keynode_t* /*node*/, void* userData) noexcept {
     if (run.left > 0 && --run.left == 0) {
         g_main_loop_quit(run.loop.get());
     }
-}
-
-gboolean OnStopSignal(gpointer loop) noexcept {
-    g_main_loop_quit(static_cast<GMainLoop*>(loop));
-    return G_SOURCE_CONTINUE;
 }
 
 }  // namespace
@@ -287,7 +279,7 @@ ExitCode ConfCommand::Load(const Arguments& arguments, Console& console) {
 }
 
 ExitCode ConfCommand::Watch(const Arguments& arguments, Console& console) {
-    const auto count = FeatureFile::ParseInt(arguments.Option("--count").value_or("0"));
+    const auto count = Platform::ParseInt(arguments.Option("--count").value_or("0"));
     if (!count || *count < 0 || (*count == 0 && arguments.Has("--count"))) {
         return console.Misuse("--count needs a number above 0");
     }
@@ -301,8 +293,9 @@ ExitCode ConfCommand::Watch(const Arguments& arguments, Console& console) {
         }
         keys.push_back({*key, &run});
     }
-    const MainLoopSource interrupt(g_unix_signal_add(SIGINT, OnStopSignal, run.loop.get()));
-    const MainLoopSource terminate(g_unix_signal_add(SIGTERM, OnStopSignal, run.loop.get()));
+    const auto quit = [&run] { g_main_loop_quit(run.loop.get()); };
+    const Source interrupt = Source::OnSignal(SIGINT, quit);
+    const Source terminate = Source::OnSignal(SIGTERM, quit);
     ExitCode result = kDone;
     for (WatchedKey& watched : keys) {
         if (vconf_notify_key_changed(watched.key.c_str(), OnChanged, &watched) != 0) {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/commands/FeatureCommand.h"
 
+#include "platform/linux/base/Parse.h"
 #include "platform/linux/config/FeatureFile.h"
 
 namespace Tvctl {
@@ -20,10 +21,10 @@ std::string KeyOf(const std::string& name) {
 
 // As the type that its text has.
 Json::Value JsonOf(const std::string& text) {
-    if (const auto flag = FeatureFile::ParseBool(text)) {
+    if (const auto flag = Platform::ParseBool(text)) {
         return *flag;
     }
-    if (const auto number = FeatureFile::ParseInt(text)) {
+    if (const auto number = Platform::ParseInt(text)) {
         return *number;
     }
     return text;
@@ -63,7 +64,7 @@ ExitCode FeatureCommand::Set(const Arguments& arguments, Console& console) {
     if (!FeatureFile::IsValidKey(key)) {
         return console.Misuse("'" + key + "' cannot be a feature");
     }
-    if (!FeatureFile::ParseBool(value) && !FeatureFile::ParseInt(value)) {
+    if (!Platform::ParseBool(value) && !Platform::ParseInt(value)) {
         return console.Misuse("'" + value + "' is neither true nor false nor an integer");
     }
     if (!FeatureFile::Instance().Set(key, value)) {

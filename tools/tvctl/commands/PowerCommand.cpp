@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "platform/linux/base/Parse.h"
 #include "platform/linux/config/ConfigStore.h"
-#include "platform/linux/config/FeatureFile.h"
 #include "platform/linux/config/PlatformState.h"
 
 namespace Tvctl {
@@ -105,7 +105,7 @@ ExitCode PowerCommand::Set(const Arguments& arguments, Console& console) {
     if (!IsKnown(name)) {
         return console.Misuse("no state is called " + name + "; tvctl power set --help lists them");
     }
-    const auto number = Platform::FeatureFile::ParseInt(arguments.positional[1]);
+    const auto number = Platform::ParseInt(arguments.positional[1]);
     if (!number) {
         return console.Misuse("'" + arguments.positional[1] + "' is not an integer");
     }

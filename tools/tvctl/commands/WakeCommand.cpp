@@ -3,9 +3,9 @@
 #include "tools/tvctl/commands/WakeCommand.h"
 
 #include "autoconnect/src/DbusInterface.h"
-#include "common/Timer.h"
+#include "common/Source.h"
+#include "platform/linux/base/Parse.h"
 #include "platform/linux/bluez/Service.h"
-#include "platform/linux/config/FeatureFile.h"
 #include "tools/tvctl/model/DeviceInventory.h"
 #include "tools/tvctl/model/ServiceSignal.h"
 
@@ -101,7 +101,7 @@ ExitCode WakeCommand::Wake(const Arguments& arguments, Console& console) {
     if (!arguments.Has("--retry")) {
         return SendWakeUp(console);
     }
-    const auto seconds = Platform::FeatureFile::ParseInt(arguments.Option("--retry").value_or(""));
+    const auto seconds = Platform::ParseInt(arguments.Option("--retry").value_or(""));
     if (!seconds || *seconds < 1 || *seconds > kLongestRetryS) {
         return console.Misuse("--retry needs a number of seconds, 1 to 600");
     }

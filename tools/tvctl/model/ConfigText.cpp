@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/config/FeatureFile.h"
+#include "platform/linux/base/Parse.h"
 #include "utility/VconfUtil.h"
 
 namespace Tvctl {
@@ -15,7 +15,6 @@ using Platform::ConfigEntry;
 using Platform::ConfigStore;
 using Platform::ConfigType;
 using Platform::ConfigValue;
-using Platform::FeatureFile;
 
 struct TypeName {
     const char* name;
@@ -54,7 +53,7 @@ std::optional<ConfigType> TypeNamed(const std::string& name) {
 
 std::optional<std::string> KeyMeant(const std::string& word) {
     std::string key = word;
-    const auto id = FeatureFile::ParseInt(word);
+    const auto id = Platform::ParseInt(word);
     if (id && *id >= 0 && *id < Util::VCONF_KEY_COUNT) {
         key = Util::VconfUtil::keys[static_cast<size_t>(*id)];
     }
@@ -65,11 +64,11 @@ std::optional<ConfigValue> ParseValue(ConfigType type, const std::string& text) 
     if (type == ConfigType::kString) {
         return ConfigValue{type, text, 0};
     }
-    const auto flag = FeatureFile::ParseBool(text);
+    const auto flag = Platform::ParseBool(text);
     if (type == ConfigType::kBool && flag) {
         return ConfigValue{type, {}, *flag ? 1 : 0};
     }
-    const auto number = FeatureFile::ParseInt(text);
+    const auto number = Platform::ParseInt(text);
     return number ? std::optional<ConfigValue>({type, {}, *number}) : std::nullopt;
 }
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "common/Timer.h"
+#include "common/Source.h"
 #include "platform/bluetooth.h"
 #include "platform/linux/bluez/Service.h"
 #include "utility/BluetoothUtil.h"
