@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
+#include "platform/linux/base/MainLoop.h"
 #include "platform/linux/bluez/Path.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
@@ -40,6 +41,7 @@ MediaPlayer::MediaPlayer()
           Conditions::kMediaPlayerAppId,
           [this](const Platform::Launch& launch) { OnLaunch(launch); },
           [this] { Quit(EXIT_FAILURE); }) {
+    Platform::TellOfMainLoop();
     EndWhenIdle();
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/bluetooth.h"
+#include "platform/linux/base/MainLoop.h"
 #include "platform/linux/bluez/Audio.h"
 #include "platform/linux/bluez/Mirror.h"
 #include "platform/linux/bluez/Scan.h"
@@ -24,7 +25,7 @@ public:
     Audio audio{mirror, scan};
 
 private:
-    Service() = default;
+    Service() { Platform::TellOfMainLoop(); }
 };
 
 }  // namespace Bluez

@@ -88,9 +88,10 @@ CommandGroup WakeCommand::Group() {
           "[--retry SECONDS]",
           "Sends the signal that the TV sends around a wake-up",
           "The service then looks for a registered phone, connects it and has it play.\n"
-          "Fails when the service does not run. With --retry the command stays that long, sends\n"
-          "the signal again whenever a Bluetooth adapter becomes ready meanwhile, as one may do\n"
-          "some seconds after a resume, and fails when none is ready at the end.\n",
+          "Fails when the service does not run or does not answer. With --retry the command\n"
+          "stays that long, sends the signal again whenever a Bluetooth adapter becomes ready\n"
+          "meanwhile, as one may do some seconds after a resume, and fails when none is ready at\n"
+          "the end.\n",
           {{"--retry", "SECONDS", "1 to 600"}},
           0,
           0,

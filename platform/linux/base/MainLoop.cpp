@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/base/MainLoop.h"
+
+#include <gio/gio.h>
+#include <systemd/sd-daemon.h>
+
+#include <cstdint>
+
+#include "common/CHandle.h"
+#include "common/Source.h"
+#include "platform/linux/base/PlatformLog.h"
+
+namespace Platform {
+
+namespace {
+
+Timer Beat() {
+    std::uint64_t intervalUs = 0;
+    if (sd_watchdog_enabled(0, &intervalUs) <= 0) {
+        return {};
+    }
+    return Timer::Every(static_cast<int>(intervalUs / 2000 + 1),
+                        [] { sd_notify(0, "WATCHDOG=1"); });
+}
+
+void OnBus(GObject* /*source*/, GAsyncResult* result, gpointer /*data*/) noexcept {
+    // Without a table the bus library would not pass questions on to the loop.
+    static const GDBusInterfaceVTable kNoHandlers = {nullptr, nullptr, nullptr, {}};
+    static GDBusInterfaceInfo interface = {
+        -1, const_cast<char*>(kMainLoopInterface), nullptr, nullptr, nullptr, nullptr};
+    const GObjectPtr<GDBusConnection> bus(g_bus_get_finish(result, nullptr));
+    GErrorPtr error;
+    // Whoever needs the bus says that there is none.
+    if (bus != nullptr &&
+        g_dbus_connection_register_object(bus.get(), kMainLoopPath, &interface, &kNoHandlers,
+                                          nullptr, nullptr, Out(error)) == 0) {
+        PLATFORM_WARN("%s is not on the bus: %s", kMainLoopPath, error->message);
+    }
+}
+
+}  // namespace
+
+void TellOfMainLoop() {
+    static const Timer beat = [] {
+        g_bus_get(G_BUS_TYPE_SYSTEM, nullptr, OnBus, nullptr);
+        return Beat();
+    }();
+}
+
+}  // namespace Platform
