@@ -28,6 +28,10 @@ protected:
         --static_cast<RestlessPlayer*>(test)->m_unanswered;
     }
     void Activate() {
+        // The bus holds 128 for one sender; an instance that starts slowly lets that many wait.
+        if (m_unanswered == 100) {
+            return;
+        }
         ++m_unanswered;
         g_dbus_connection_call(Connection(), "com.velmora.tv.bmp", "/com/velmora/tv/bmp",
                                Platform::kApplicationInterface, "Activate",
