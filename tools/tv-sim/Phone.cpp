@@ -171,17 +171,22 @@ void Phone::AskConnection(MethodCall call) {
         return;
     }
     m_pendingConnect.emplace(std::move(call));
+    const ConnectAnswer answer =
+        std::exchange(m_plan.firstConnect, std::nullopt).value_or(m_plan.connect);
     if (!m_bonded) {
         m_connectTimer = Timer::Once(
             kUnpairedMs, [this] { Refuse("org.bluez.Error.Failed", "br-connection-unknown"); });
-    } else if (m_plan.connect.kind != ConnectAnswer::Kind::kNever) {
-        m_connectTimer =
-            Timer::Once(m_plan.connectAfterMs, [this, answer = m_plan.connect] { Finish(answer); });
+    } else if (answer.kind != ConnectAnswer::Kind::kNever) {
+        m_connectTimer = Timer::Once(m_plan.connectAfterMs, [this, answer] { Finish(answer); });
     }
 }
 
 void Phone::Finish(const ConnectAnswer& answer) {
     if (answer.kind == ConnectAnswer::Kind::kRefuse) {
+        if (m_plan.linkGoesDown) {
+            m_adapter.Devices().SetConnected(m_plan.address, true);
+            m_adapter.Devices().SetConnected(m_plan.address, false);
+        }
         Refuse(answer.errorName, answer.errorMessage);
         return;
     }

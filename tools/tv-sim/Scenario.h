@@ -60,6 +60,7 @@ struct PhonePlan {
     ManufacturerData manufacturerData;
 
     ConnectAnswer connect;
+    std::optional<ConnectAnswer> firstConnect;  // to the first request, when it differs
     int connectAfterMs = 60;
     int connectsByItselfAfterMs = 0;  // after the adapter came up; 0: never
     int disconnectsAfterMs = 0;       // after it was connected; 0: never
@@ -69,6 +70,7 @@ struct PhonePlan {
     int playerAfterMs = 40;               // after the connection request was answered
     int statusAfterMs = 30;               // after the player appeared
     bool playsOnPlay = true;
+    bool linkGoesDown = false;  // with each refusal, having come up before it
 };
 
 // Devices around the TV that advertise and have nothing to do with it.

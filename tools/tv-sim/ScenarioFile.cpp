@@ -152,6 +152,10 @@ void ReadPhone(KeyReader& keys, const std::string& id, Scenario& scenario) {
     ReadAdvertising(keys, phone);
     keys.Read("connect", "accept, never or ERRORNAME:MESSAGE",
               [&](const std::string& text) { return ParseConnect(text, phone.connect); });
+    keys.Read("first-connect", "as connect", [&](const std::string& text) {
+        return ParseConnect(text, phone.firstConnect.emplace());
+    });
+    keys.Read("link-goes-down", phone.linkGoesDown);
     keys.Read("connect-after-ms", phone.connectAfterMs, 0, kHourMs);
     keys.Read("connects-by-itself-after-ms", phone.connectsByItselfAfterMs, 0, kHourMs);
     keys.Read("disconnects-after-ms", phone.disconnectsAfterMs, 0, kHourMs);

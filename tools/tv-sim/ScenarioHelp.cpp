@@ -40,6 +40,8 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   manufacturer-data=         0xFFFF:HEXBYTES;... ; default: 16 bytes with its address at 7 to 12
   connect=accept             accept, never (no answer) or an error, for instance
                              org.bluez.Error.Failed:br-connection-page-timeout
+  first-connect=             how the first request is answered; default: as connect says
+  link-goes-down=false       true: with each refusal, having come up before it
   connect-after-ms=60        until accepted or refused
   connects-by-itself-after-ms=0   after the adapter came up; 0: never
   disconnects-after-ms=0     after it was connected; 0: never

@@ -20,6 +20,9 @@ constexpr int kAttemptMs = 10000;
 constexpr int kCancellationMs = 2000;
 // How soon to ask again while bluetoothd or the phone is connecting already.
 constexpr int kBusyPauseMs = 500;
+// bluetoothd takes an idle link down after 2 s, and tries a connection of its own again after as
+// long; by then both are done.
+constexpr int kLostLinkPauseMs = 3000;
 
 }  // namespace
 
@@ -79,6 +82,9 @@ void Audio::Begin(const std::string& address) {
 
 void Audio::Attempt(const std::string& address) {
     Request& request = *m_requests[address];
+    const Device* device = m_mirror.FindDevice(request.device);
+    request.wasLinked = device != nullptr && device->isConnected;
+    request.isLinkLost = false;
     request.attempt = Call(
         m_mirror.Connection(), request.device, kDeviceInterface, "ConnectProfile",
         g_variant_new("(s)", kA2dpSourceUuid), kAttemptMs + kCancellationMs,
@@ -96,13 +102,27 @@ void Audio::OnAnswered(const std::string& address, const GError* error) {
         Report(address, BT_ERROR_NONE);
         return;
     }
-    if (IsInProgress(*error)) {
+    const bool isBusy = IsInProgress(*error);
+    if (isBusy || IsWorthRepeating(request, ErrorCode(*error))) {
+        if (!isBusy) {
+            PLATFORM_INFO("the link to %s went down under the attempt, it is asked once more",
+                          address.c_str());
+        }
         request.attempt.Drop();
-        request.pause = Timer::Once(kBusyPauseMs, [this, address] { Attempt(address); });
+        request.pause = Timer::Once(isBusy ? kBusyPauseMs : kLostLinkPauseMs,
+                                    [this, address] { Attempt(address); });
         return;
     }
     Explain(address, WhyNotConnected(*error));
     Report(address, ErrorCode(*error));
+}
+
+// Once. A link that somebody took down under the attempt says nothing of the phone, which is in
+// reach. One that refuses keeps its link for a while, one that is absent never has any.
+bool Audio::IsWorthRepeating(Request& request, int result) {
+    const bool wentDown = (result == BT_ERROR_OPERATION_FAILED && request.isLinkLost) ||
+                          (result == BT_ERROR_CANCELLED && request.wasLinked);
+    return wentDown && !std::exchange(request.isRepeated, true);
 }
 
 void Audio::OnDeadline(const std::string& address) {
@@ -111,7 +131,7 @@ void Audio::OnDeadline(const std::string& address) {
         Report(address, BT_ERROR_NONE);
         return;
     }
-    const bool isBusy = !request.attempt && !request.device.empty();
+    const bool isBusy = !request.attempt && !request.device.empty() && !request.isRepeated;
     Explain(address,
             std::string(isBusy ? "bluetoothd was busy with it for " : "no success within ") +
                 std::to_string(kAttemptMs / 1000) + " s");
@@ -222,6 +242,10 @@ void Audio::FailAll(const std::string& adapter, const char* reason) {
 }
 
 void Audio::OnDeviceDisconnected(const std::string& path) {
+    const auto request = m_requests.find(m_mirror.AddressOf(path));
+    if (request != m_requests.end() && request->second->device == path) {
+        request->second->isLinkLost = true;
+    }
     RemoveConnected(path);
 }
 

@@ -43,6 +43,9 @@ private:
         Deadline deadline;
         Timer pause;
         bool isExplained = false;  // the log says why it fails
+        bool wasLinked = false;    // there was a link when the attempt began
+        bool isLinkLost = false;   // a link went down during the attempt
+        bool isRepeated = false;   // for that reason
     };
 
     // Says in the log why the request fails, unless that was said.
@@ -50,6 +53,7 @@ private:
     void Begin(const std::string& address);
     void Attempt(const std::string& address);
     void OnAnswered(const std::string& address, const GError* error);
+    static bool IsWorthRepeating(Request& request, int result);
     void OnDeadline(const std::string& address);
     void Cancel(const std::string& address);
     // Ends the request with its one event.

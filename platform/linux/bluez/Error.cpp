@@ -11,8 +11,6 @@ namespace Bluez {
 
 namespace {
 
-constexpr const char* kInProgress = "org.bluez.Error.InProgress";
-
 struct Meaning {
     const char* name;     // D-Bus error name
     const char* message;  // text that refines it, NULL for any
@@ -23,7 +21,8 @@ struct Meaning {
 // Names: bluez src/error.c. Messages: bluez doc/errors.txt, since 5.62; before that the text of the
 // system's errno stood there, so nothing but a refinement may depend on one. First match wins.
 // "unknown" is what 5.66 was seen to answer when the phone had removed its half of the bond, and
-// when it offered no A2DP source.
+// when it offered no A2DP source; it is "busy" under this name when it connects the phone by
+// itself.
 constexpr const char* kNoSink = "no A2DP sink is registered on this box, or the phone has no music";
 constexpr Meaning kMeanings[] = {
     {"org.bluez.Error.Failed", "br-connection-page-timeout", BT_ERROR_TIMED_OUT,
@@ -40,8 +39,9 @@ constexpr Meaning kMeanings[] = {
      kNoSink},
     {"org.bluez.Error.Failed", "br-connection-unknown", BT_ERROR_OPERATION_FAILED,
      "the phone ended it; it may have forgotten this box, or offer no music"},
+    {"org.bluez.Error.Failed", "br-connection-busy", BT_ERROR_RESOURCE_BUSY, nullptr},
     {"org.bluez.Error.Failed", nullptr, BT_ERROR_OPERATION_FAILED, nullptr},
-    {kInProgress, nullptr, BT_ERROR_RESOURCE_BUSY, nullptr},
+    {"org.bluez.Error.InProgress", nullptr, BT_ERROR_RESOURCE_BUSY, nullptr},
     {"org.bluez.Error.NotReady", nullptr, BT_ERROR_NOT_ENABLED, "the adapter is off"},
     {"org.bluez.Error.NotAvailable", nullptr, BT_ERROR_SERVICE_SEARCH_FAILED, kNoSink},
     {"org.bluez.Error.BREDR.ProfileUnavailable", nullptr, BT_ERROR_SERVICE_SEARCH_FAILED, kNoSink},
@@ -104,8 +104,7 @@ std::string WhyNotConnected(const GError& error) {
 }
 
 bool IsInProgress(const GError& error) {
-    const GStringPtr name = RemoteName(error);
-    return name && std::strcmp(name.get(), kInProgress) == 0;
+    return ErrorCode(error) == BT_ERROR_RESOURCE_BUSY;
 }
 
 }  // namespace Bluez
