@@ -177,6 +177,17 @@ void Bench::BecomeDaemon() {
         kDeadlineMs, nullptr, nullptr)));
 }
 
+void Bench::Discover(const char* pattern) {
+    const auto ask = [this](const char* method, GVariant* arguments) {
+        const GVariantPtr reply(g_dbus_connection_call_sync(
+            m_connection.get(), "org.bluez", "/org/bluez/hci0", "org.bluez.Adapter1", method,
+            arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kDeadlineMs, nullptr, nullptr));
+        Check(reply != nullptr, method);
+    };
+    ask("SetDiscoveryFilter", g_variant_new_parsed("({'Pattern': <%s>},)", pattern));
+    ask("StartDiscovery", nullptr);
+}
+
 std::string Bench::Call(const char* method) {
     GErrorPtr error;
     const GVariantPtr reply(g_dbus_connection_call_sync(

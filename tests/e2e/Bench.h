@@ -53,6 +53,8 @@ protected:
     // Stands on the bus as org.bluez and answers nothing; Emit then speaks for it.
     void BecomeDaemon();
 
+    // Another program discovers from now on what fits the pattern.
+    void Discover(const char* pattern);
     // Calls a method of the service's object; the name of the error that came back.
     std::string Call(const char* method);
 

@@ -329,6 +329,30 @@ TEST_F(Daemon, MayTellOfAStreamWhileTheAdapterIsOffWhichIsNoConnection) {
     AwaitLog("result : 0, address : A0:11:22:33:44:01");
 }
 
+TEST_F(Daemon, ReportsAPhoneThoughAnotherProgramLooksForSomethingElse) {
+    constexpr const char* kOther = "another program discovers there already";
+    SetUpTv();
+    StartSimulator(kAlicePhone);
+    StartService();
+    Wake();
+    AwaitEvent("phone Alice: plays");
+    EXPECT_EQ(CountLog(kOther), 0U);
+    Discover("nobody's name");
+    EXPECT_THAT(TvctlFailure({"doctor"}), testing::HasSubstr("FAIL  no other program discovers"));
+    Wake();
+    AwaitLog(kOther);
+    AwaitLog(std::string("Found ") + kAlice);
+}
+
+TEST_F(Daemon, MayBeTooOldForAPatternInAFilter) {
+    SetUpTv();
+    StartSimulator(std::string("[adapter]\nknows-pattern=false\n") + kAlicePhone);
+    AwaitEvent("adapter: powered on");
+    StartService();
+    Wake();
+    AwaitLog(std::string("Found ") + kAlice);
+}
+
 TEST_F(Daemon, TellsOfAPhoneThatConnectsByItselfAndOfItsLeave) {
     SetUpTv();
     StartSimulator(std::string(kAlicePhone) +

@@ -29,6 +29,11 @@ Properties InitialProperties(const AdapterPlan& plan) {
             {"Roles", Texts({"central", "peripheral"})}};
 }
 
+bool HasPattern(GVariant* arguments) {
+    const GVariantPtr filter(g_variant_get_child_value(arguments, 0));
+    return GVariantPtr(g_variant_lookup_value(filter.get(), "Pattern", nullptr)) != nullptr;
+}
+
 Value NewFilterNames() {
     return Texts(
         {"UUIDs", "RSSI", "Pathloss", "Transport", "DuplicateData", "Discoverable", "Pattern"});
@@ -107,6 +112,9 @@ void Adapter::OnCall(MethodCall call) {
         call.Answer(g_variant_new("(@as)", NewFilterNames().get()));
     } else if (!m_powered) {
         call.FailBluez("NotReady", "Resource Not Ready");
+    } else if (method == "SetDiscoveryFilter" && !m_plan.knowsPattern &&
+               HasPattern(call.Arguments())) {
+        call.FailBluez("InvalidArguments", "Invalid arguments in method call");
     } else if (method == "SetDiscoveryFilter") {
         m_discovery.SetFilter(std::move(call));
     } else if (method == "StartDiscovery") {

@@ -85,8 +85,11 @@ std::optional<DiscoveryFilter> DiscoveryFilter::Parse(GVariant* dictionary) {
 bool DiscoveryFilter::Wants(const Advertisement& advertisement) const {
     // No simulated advertisement tells its transmission power or a service.
     return transport != "bredr" && uuids.empty() && !pathloss &&
-           (!rssi || advertisement.rssi >= *rssi) &&
-           (StartsWith(advertisement.address, pattern) || StartsWith(advertisement.name, pattern));
+           (!rssi || advertisement.rssi >= *rssi);
+}
+
+bool DiscoveryFilter::Fits(const Advertisement& advertisement) const {
+    return StartsWith(advertisement.address, *pattern) || StartsWith(advertisement.name, *pattern);
 }
 
 struct Discovery::Client {
@@ -172,11 +175,21 @@ bool Discovery::ReportsDuplicates() const {
 }
 
 bool Discovery::Wants(const Advertisement& advertisement) const {
-    return std::any_of(m_clients.begin(), m_clients.end(), [&](const auto& entry) {
-        const Client& client = *entry.second;
-        return (client.state == State::kActive || client.state == State::kStopping) &&
-               (!client.filter || client.filter->Wants(advertisement));
-    });
+    bool isWanted = false;
+    bool hasPattern = false;
+    bool fits = false;
+    for (const auto& [name, client] : m_clients) {
+        if (client->state != State::kActive && client->state != State::kStopping) {
+            continue;
+        }
+        const auto& filter = client->filter;
+        isWanted = isWanted || !filter || filter->Wants(advertisement);
+        if (filter && filter->pattern) {
+            hasPattern = true;
+            fits = fits || filter->Fits(advertisement);
+        }
+    }
+    return isWanted && (fits || !hasPattern);
 }
 
 void Discovery::OnClientGone(GDBusConnection* /*connection*/, const char* name,

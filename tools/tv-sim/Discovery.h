@@ -23,11 +23,14 @@ struct DiscoveryFilter {
     std::optional<int> rssi;
     std::optional<int> pathloss;
     std::vector<std::string> uuids;
-    std::string pattern;
+    std::optional<std::string> pattern;
 
     // Empty when a key is unknown or a value has another type or is out of range.
     [[nodiscard]] static std::optional<DiscoveryFilter> Parse(GVariant* dictionary);
+    // Its pattern aside.
     [[nodiscard]] bool Wants(const Advertisement& advertisement) const;
+    // Its pattern, which there is.
+    [[nodiscard]] bool Fits(const Advertisement& advertisement) const;
 };
 
 // The discovery sessions of an adapter's clients: one for each unique bus name, with the filter
@@ -51,7 +54,8 @@ public:
 
     [[nodiscard]] bool Running() const { return m_running; }
     [[nodiscard]] bool ReportsDuplicates() const;
-    // Whether any session wants it: results of all sessions go to all clients.
+    // Whether any session wants it: results of all sessions go to all clients. Once a session has a
+    // pattern, those without do not help: some pattern must fit, as with bluetoothd 5.66.
     [[nodiscard]] bool Wants(const Advertisement& advertisement) const;
 
 private:

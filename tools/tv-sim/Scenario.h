@@ -25,6 +25,7 @@ struct AdapterPlan {
     int pulledAfterMs = 0;       // after a discovery began; 0: never
     int forgetsAfterMs = 30000;  // a device that is not bonded, after it was heard last
     int discoveryTakesMs = 5;    // until one that was asked for runs, and is answered
+    bool knowsPattern = true;    // false: as bluetoothd before it took a Pattern in a filter
     std::vector<std::string> silentMethods;  // taken and never answered, by anybody
     // The first call of a method is refused with that error.
     std::vector<std::pair<std::string, std::string>> refusedOnce;

@@ -107,6 +107,7 @@ void ReadAdapter(KeyReader& keys, AdapterPlan& adapter) {
     keys.Read("pulled-after-ms", adapter.pulledAfterMs, 0, kHourMs);
     keys.Read("forgets-after-ms", adapter.forgetsAfterMs, 1, kHourMs);
     keys.Read("discovery-takes-ms", adapter.discoveryTakesMs, 0, kHourMs);
+    keys.Read("knows-pattern", adapter.knowsPattern);
     keys.Read("silent-methods", adapter.silentMethods);
     ReadPairs(keys, "refused-once", ':', adapter.refusedOnce);
 }

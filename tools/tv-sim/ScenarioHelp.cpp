@@ -21,6 +21,7 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   pulled-after-ms=0          out of the TV, after a discovery began; 0: never
   forgets-after-ms=30000     devices that are not bonded, after they were heard last
   discovery-takes-ms=5       until one that is asked for runs, and is answered
+  knows-pattern=true         false: an older bluetoothd, a discovery filter has no Pattern
   silent-methods=            methods of org.bluez that are never answered, e.g. StartDiscovery;Play
   refused-once=              METHOD:ERROR;... the first call of the method is refused with the error
 

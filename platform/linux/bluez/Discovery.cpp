@@ -24,9 +24,9 @@ bool IsUnclear(const GError& error) {
 
 }  // namespace
 
-Discovery::Discovery(GDBusConnection* connection, std::string adapter,
+Discovery::Discovery(const Mirror& mirror, std::string adapter,
                      std::function<void(const GError*)> told, std::function<void()> whenQuiet)
-    : m_connection(connection),
+    : m_mirror(mirror),
       m_adapter(std::move(adapter)),
       m_told(std::move(told)),
       m_whenQuiet(std::move(whenQuiet)),
@@ -59,17 +59,32 @@ void Discovery::FollowLater(const GError& error) {
 }
 
 // DuplicateData: without it a phone whose bytes are those of its last visit is not reported again.
+// Pattern: the empty one fits everybody. Without it bluetoothd reports to all programs only who
+// fits the pattern of another one. Older ones do not know it.
 void Discovery::SetFilter() {
     GVariantBuilder filter;
     g_variant_builder_init(&filter, G_VARIANT_TYPE_VARDICT);
     g_variant_builder_add(&filter, "{sv}", "Transport", g_variant_new_string("le"));
     g_variant_builder_add(&filter, "{sv}", "DuplicateData", g_variant_new_boolean(TRUE));
+    if (m_hasPattern) {
+        g_variant_builder_add(&filter, "{sv}", "Pattern", g_variant_new_string(""));
+    }
     Ask("SetDiscoveryFilter", g_variant_new("(a{sv})", &filter), &Discovery::OnFilterSet);
+}
+
+// Which program it is, and what it asked for, bluetoothd tells nobody.
+void Discovery::TellOfOthers() const {
+    const Adapter* adapter = m_mirror.FindAdapter(m_adapter);
+    if (adapter != nullptr && adapter->isDiscovering) {
+        PLATFORM_WARN(
+            "LE scan on %s: another program discovers there already, phones may be missed",
+            m_adapter.c_str());
+    }
 }
 
 void Discovery::Ask(const char* method, GVariant* arguments,
                     void (Discovery::*then)(const GError* error)) {
-    m_call = Call(m_connection, m_adapter, kAdapterInterface, method, arguments, kAnswerMs,
+    m_call = Call(m_mirror.Connection(), m_adapter, kAdapterInterface, method, arguments, kAnswerMs,
                   [this, then](GVariant* /*reply*/, const GError* error) {
                       m_call.Drop();
                       if (error != nullptr && IsUnclear(*error)) {
@@ -82,7 +97,12 @@ void Discovery::Ask(const char* method, GVariant* arguments,
 
 void Discovery::OnFilterSet(const GError* error) {
     if (error == nullptr && m_isWanted) {
+        TellOfOthers();
         Ask("StartDiscovery", nullptr, &Discovery::OnStarted);
+    } else if (error != nullptr && m_hasPattern &&
+               ErrorCode(*error) == BT_ERROR_INVALID_PARAMETER) {
+        m_hasPattern = false;
+        Follow();
     } else {
         Tell(error);
     }

@@ -8,6 +8,7 @@
 #include "common/Source.h"
 #include "platform/linux/base/GrowingPause.h"
 #include "platform/linux/bluez/Call.h"
+#include "platform/linux/bluez/Mirror.h"
 
 namespace Bluez {
 
@@ -17,10 +18,10 @@ namespace Bluez {
 // adapter. Main loop only.
 class Discovery {
 public:
-    // `told` hears of a wanted session that it runs (NULL), or why it does not; `whenQuiet` that
-    // there is none and that nothing is under way.
-    Discovery(GDBusConnection* connection, std::string adapter,
-              std::function<void(const GError*)> told, std::function<void()> whenQuiet);
+    // `mirror` must outlive it. `told` hears of a wanted session that it runs (NULL), or why it
+    // does not; `whenQuiet` that there is none and that nothing is under way.
+    Discovery(const Mirror& mirror, std::string adapter, std::function<void(const GError*)> told,
+              std::function<void()> whenQuiet);
 
     Discovery(const Discovery&) = delete;
     Discovery& operator=(const Discovery&) = delete;
@@ -36,17 +37,19 @@ private:
     void Follow();
     void FollowLater(const GError& error);
     void SetFilter();
+    void TellOfOthers() const;
     void Ask(const char* method, GVariant* arguments, void (Discovery::*then)(const GError* error));
     void OnFilterSet(const GError* error);
     void OnStarted(const GError* error);
     void OnStopped(const GError* error);
     void Tell(const GError* error);
 
-    GDBusConnection* m_connection;  // not owned
+    const Mirror& m_mirror;
     std::string m_adapter;
     std::function<void(const GError*)> m_told;
     std::function<void()> m_whenQuiet;
     bool m_isWanted = false;
+    bool m_hasPattern = true;  // in the filter
     Session m_session = Session::kNone;
     Platform::GrowingPause m_pause;
     Call m_call;

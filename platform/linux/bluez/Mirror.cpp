@@ -254,6 +254,8 @@ void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
             Read(value, adapter.alias);
         } else if (Is(name, "UUIDs")) {
             adapter.hasA2dpSink = Names(value, kA2dpSinkUuid);
+        } else if (Is(name, "Discovering")) {
+            Read(value, adapter.isDiscovering);
         } else if (Is(name, "Powered")) {
             Read(value, adapter.isPowered);
         }

@@ -20,7 +20,8 @@ namespace Bluez {
 struct Adapter {
     std::string alias;  // the name that others see
     bool isPowered = false;
-    bool hasA2dpSink = false;  // something on this machine renders music
+    bool hasA2dpSink = false;    // something on this machine renders music
+    bool isDiscovering = false;  // for any program, this one included
 };
 
 struct Device {

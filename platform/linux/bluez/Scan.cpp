@@ -71,8 +71,8 @@ void Scan::WhenStopped(std::function<void()> action) {
 Discovery& Scan::DiscoveryOn(const std::string& adapter) {
     return m_discoveries
         .try_emplace(
-            adapter, m_mirror.Connection(), adapter,
-            [this](const GError* error) { OnDiscovery(error); }, [this] { OnQuiet(); })
+            adapter, m_mirror, adapter, [this](const GError* error) { OnDiscovery(error); },
+            [this] { OnQuiet(); })
         .first->second;
 }
 

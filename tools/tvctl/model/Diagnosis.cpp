@@ -89,6 +89,14 @@ Finding CheckSink(bool hasSink) {
                  "start PipeWire, PulseAudio or bluez-alsa with Bluetooth");
 }
 
+// The service's own scan looks the same from here.
+Finding CheckDiscovery(bool isDiscovering) {
+    return Check("no other program discovers devices", !isDiscovering,
+                 isDiscovering ? "one does; within 5 s of a wake-up it may be the service"
+                               : "the adapter is quiet",
+                 "close Bluetooth settings; 'scan off' in bluetoothctl");
+}
+
 Finding CheckPlayer(bool isInstalled) {
     return Check("the media player is installed", isInstalled,
                  std::string(Conditions::kMediaPlayerAppId) +
@@ -112,6 +120,7 @@ std::vector<Finding> Diagnose(const Examination& examination) {
             findings.push_back(CheckPhone(phone));
         }
         findings.push_back(CheckSink(examination.hasSink));
+        findings.push_back(CheckDiscovery(examination.isDiscovering));
     }
     if (examination.isServiceRunning) {
         findings.push_back(CheckPlayer(examination.isPlayerInstalled.value_or(false)));

@@ -31,6 +31,7 @@ struct Examination {
     int ambientMode = 0;
     int ambientType = 0;
     bool hasSink = false;
+    bool isDiscovering = false;  // the adapter, for whatever program
     std::optional<bool> isPlayerInstalled;
 };
 

@@ -58,6 +58,7 @@ Examination Examine() {
     examination.ambientType = device_power_get_ambient_type();
     const Bluez::Adapter* adapter = mirror.FindAdapter(examination.adapter);
     examination.hasSink = adapter != nullptr && adapter->hasA2dpSink;
+    examination.isDiscovering = adapter != nullptr && adapter->isDiscovering;
     if (examination.isServiceRunning) {
         examination.isPlayerInstalled = Platform::IsInstalled(Conditions::kMediaPlayerAppId);
     }

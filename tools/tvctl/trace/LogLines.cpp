@@ -79,6 +79,7 @@ constexpr KnownLine kLines[] = {
     {"", "", "* cannot be connected: *", LogEvent::kNotConnected},
     {"", "", "LE scan on * does not start: *", LogEvent::kScanFailed},
     {"", "", "LE scan on * ended, *", LogEvent::kScanFailed},
+    {"", "", "LE scan on *: another program discovers *", LogEvent::kBluetooth},
     {"", "", "* shows no player", LogEvent::kPlayerUnknown, "the phone shows no player"},
     {"", "", "the player of * has not told its state", LogEvent::kPlayerUnknown,
      "the phone's player has not told its state"},
