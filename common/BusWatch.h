@@ -19,10 +19,10 @@ public:
     [[nodiscard]] static BusWatch OnName(GDBusConnection* bus, const char* name,
                                          GBusNameAppearedCallback appeared,
                                          GBusNameVanishedCallback vanished, void* userData) {
-        return BusWatch(bus,
-                        g_bus_watch_name_on_connection(bus, name, G_BUS_NAME_WATCHER_FLAGS_NONE,
-                                                       appeared, vanished, userData, nullptr),
-                        [](GDBusConnection*, guint id) { g_bus_unwatch_name(id); });
+        return {bus,
+                g_bus_watch_name_on_connection(bus, name, G_BUS_NAME_WATCHER_FLAGS_NONE, appeared,
+                                               vanished, userData, nullptr),
+                [](GDBusConnection*, guint id) { g_bus_unwatch_name(id); }};
     }
 
     // Signals of `sender`, from any object. With a name as sender the bus library passes on what
@@ -30,11 +30,11 @@ public:
     [[nodiscard]] static BusWatch OnSignal(GDBusConnection* bus, const char* sender,
                                            const char* interface, const char* member,
                                            GDBusSignalCallback callback, void* userData) {
-        return BusWatch(bus,
-                        g_dbus_connection_signal_subscribe(bus, sender, interface, member, nullptr,
-                                                           nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-                                                           callback, userData, nullptr),
-                        g_dbus_connection_signal_unsubscribe);
+        return {bus,
+                g_dbus_connection_signal_subscribe(bus, sender, interface, member, nullptr, nullptr,
+                                                   G_DBUS_SIGNAL_FLAGS_NONE, callback, userData,
+                                                   nullptr),
+                g_dbus_connection_signal_unsubscribe};
     }
 
 private:
