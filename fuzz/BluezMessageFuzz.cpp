@@ -70,7 +70,7 @@ void Ask(const Stack& stack) {
     const Bluez::Mirror& mirror = stack.mirror;
     const std::string adapter = mirror.AnyAdapter();
     for (const std::string& path : mirror.BondedDevices(adapter)) {
-        const Bluez::DeviceInfoPtr record = Bluez::MakeRecord(*mirror.FindDevice(path));
+        const DeviceInfoPtr record = Bluez::MakeRecord(*mirror.FindDevice(path));
         Check(record->remote_address != nullptr, "a record has an address");
         static_cast<void>(mirror.PlayerPath(path));
     }
