@@ -183,6 +183,7 @@ void MobileList::UpdateInternalMobileList(const std::string& cmd) {
             BTLOG_INFO("new device. add it");
             phones.append(MakeSetting(address, value));
         }
+        // Not JsonToString, whose trace would stand in the log of each command.
         Json::StreamWriterBuilder writer;
         writer["indentation"] = "";
         Util::VconfUtil::SetVconf(Util::VCONF_KEY_DB_NIRVO_MUSICTV_PAIRED3,

@@ -2,12 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/media-player/MediaPlayer.h"
 
-#include <charconv>
 #include <csignal>
-#include <cstring>
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "platform/linux/base/MainLoop.h"
+#include "platform/linux/base/Parse.h"
 #include "platform/linux/bluez/Path.h"
 #include "tools/media-player/MediaPlayerLog.h"
 
@@ -21,10 +20,9 @@ int IdleMs() {
     if (text == nullptr) {
         return kIdleExitMs;
     }
-    int ms = 0;
-    const char* end = text + std::strlen(text);
-    if (std::from_chars(text, end, ms).ptr == end && ms > 0) {
-        return ms;
+    const auto ms = Platform::ParseInt(text);
+    if (ms && *ms > 0) {
+        return *ms;
     }
     PLAYER_WARN("%s is no number of milliseconds: %s", kIdleVariable, text);
     return kIdleExitMs;
