@@ -133,7 +133,7 @@ void g_dbus_connection_call(GDBusConnection* /*connection*/, const char* /*name*
     GObjectPtr<GCancellable> cancel(
         cancellable == nullptr ? nullptr : static_cast<GCancellable*>(g_object_ref(cancellable)));
     FakeBus::Call call{callback, data, std::move(cancel)};
-    if (g_strcmp0(method, "Ping") == 0) {
+    if (g_strcmp0(method, "GetId") == 0) {
         FakeBus::Get().signsOfLife.push_back(std::move(call));
     } else {
         FakeBus::Get().calls.push_back(std::move(call));

@@ -40,8 +40,8 @@ void Deadline::Pass(const WeakPending& weak) {
     }
     g_dbus_connection_call(
         pending->connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-        "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE,
-        kSignOfLifeMs, nullptr,
+        "org.freedesktop.DBus", "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, kSignOfLifeMs,
+        nullptr,
         [](GObject* source, GAsyncResult* result, gpointer data) noexcept {
             const std::unique_ptr<WeakPending> owner(static_cast<WeakPending*>(data));
             const GVariantPtr reply(g_dbus_connection_call_finish(
