@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/bluetooth.h"
+#include "platform/linux/base/PlatformLog.h"
 #include "platform/linux/bluez/Path.h"
 #include "platform/linux/bluez/Record.h"
 #include "platform/linux/bluez/Service.h"
@@ -41,6 +42,7 @@ int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state) {
     const Service& service = Service::Get();
     const std::string device = service.audio.CurrentPhone();
     if (device.empty()) {
+        PLATFORM_WARN("no play status: the phone that was asked for is not connected");
         return BT_ERROR_REMOTE_DEVICE_NOT_CONNECTED;
     }
     return service.PlayStatus(device, *state);

@@ -84,6 +84,29 @@ TEST_F(Player, IsToldByTheServiceWhichPhoneItConnectedNotWhichCameLast) {
     EXPECT_EQ(CountEvents("phone Ben: play asked"), 0U);
 }
 
+// As bluetoothd does, which tries again by itself when a link broke.
+TEST_F(Player, IsMeantForThePhoneThatWasAskedForLastAlsoWhenItComesAfterItsFailure) {
+    const TvSim::ConnectAnswer refusal = {TvSim::ConnectAnswer::Kind::kRefuse,
+                                          "org.bluez.Error.Failed", "br-connection-unknown"};
+    TvSim::Scenario scenario;
+    scenario.phones = {TvSim::MakePhone("Alice", kAlice), TvSim::MakePhone("Ben", kBen)};
+    scenario.phones[0].firstConnect = TvSim::ConnectAnswer{};
+    for (TvSim::PhonePlan& phone : scenario.phones) {
+        phone.advertises = false;
+        phone.connect = refusal;
+    }
+    SetUpTv({kAlice, kBen});
+    const auto simulator = Simulate(scenario);
+    StartService();
+    Wake();
+    AwaitEvent("phone Alice: plays");
+    simulator->FindPhone("Alice")->Disconnect();
+    Wake();
+    AwaitLog("No more device to try connect");
+    ASSERT_TRUE(simulator->FindPhone("Ben")->ConnectByItself());
+    AwaitEvent("phone Ben: plays");
+}
+
 TEST_F(Player, SaysThatThereIsNoBluetoothAndThatAnotherInstanceRuns) {
     LaunchPlay();
     AwaitPlayer("no music: bluetoothd is not there");

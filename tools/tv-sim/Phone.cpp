@@ -185,9 +185,12 @@ void Phone::Finish(const ConnectAnswer& answer) {
     if (answer.kind == ConnectAnswer::Kind::kRefuse) {
         if (m_plan.linkGoesDown) {
             m_adapter.Devices().SetConnected(m_plan.address, true);
-            m_adapter.Devices().SetConnected(m_plan.address, false);
         }
         Refuse(answer.errorName, answer.errorMessage);
+        // bluetoothd answers before it tells of the link.
+        if (m_plan.linkGoesDown) {
+            m_adapter.Devices().SetConnected(m_plan.address, false);
+        }
         return;
     }
     OpenLink(Initiator::kTv);
