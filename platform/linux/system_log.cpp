@@ -3,7 +3,6 @@
 #include "platform/system_log.h"
 
 #include <glib.h>
-#include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/uio.h>
 #include <syslog.h>
@@ -43,20 +42,9 @@ bool EnvironmentIs(const char* name, const char* wanted) {
     return value != nullptr && std::strcmp(value, wanted) == 0;
 }
 
-// systemd names in $JOURNAL_STREAM the device and inode of the stream that it connected; another
-// number means that stderr was redirected since.
-bool StderrIsJournal() {
-    const char* stream = std::getenv("JOURNAL_STREAM");
-    unsigned long long device = 0;
-    unsigned long long inode = 0;
-    struct stat status = {};
-    return stream != nullptr && std::sscanf(stream, "%llu:%llu", &device, &inode) == 2 &&
-           fstat(STDERR_FILENO, &status) == 0 && status.st_dev == device && status.st_ino == inode;
-}
-
 LogTarget& Target() {
     static LogTarget target{
-        StderrIsJournal(),
+        g_log_writer_is_journald(STDERR_FILENO) != FALSE,
         EnvironmentIs("TV_LOG_COLOUR", "always") ||
             (!EnvironmentIs("TV_LOG_COLOUR", "never") && isatty(STDERR_FILENO) == 1),
     };

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/config/ConfigDatabase.h"
 
-#include <chrono>
+#include <glib.h>
+
 #include <utility>
 
 #include "platform/linux/base/SqliteConnection.h"
@@ -54,34 +55,58 @@ ConfigValue ColumnValue(sqlite3_stmt* statement, int column) {
     return value;
 }
 
-// `text` must outlive the use of the statement.
-int BindText(sqlite3_stmt* statement, int index, const std::string& text) {
-    return sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_STATIC,
-                               SQLITE_UTF8);
-}
-
-// A cached statement in use: ready for the next use however this one ends. One that is not reset
-// would keep its lock on the file.
-class StatementUse {
+// A cached statement in use: prepared for the first use, and ready for the next one however this
+// one ends. One that is not reset would keep its lock on the file. The first failure sticks.
+class Use {
 public:
-    explicit StatementUse(sqlite3_stmt* statement) : m_statement(statement) {}
-    StatementUse(const StatementUse&) = delete;
-    StatementUse& operator=(const StatementUse&) = delete;
-    ~StatementUse() {
+    Use(sqlite3* connection, StatementPtr& slot, const char* sql) {
+        if (slot == nullptr) {
+            m_code = sqlite3_prepare_v3(connection, sql, -1, SQLITE_PREPARE_PERSISTENT, Out(slot),
+                                        nullptr);
+        }
+        m_statement = slot.get();
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use() {
+        if (m_statement == nullptr) {
+            return;
+        }
         sqlite3_reset(m_statement);
         sqlite3_stmt_status(m_statement, SQLITE_STMTSTATUS_VM_STEP, 1);
         sqlite3_clear_bindings(m_statement);
     }
 
-private:
-    sqlite3_stmt* m_statement;  // not owned
-};
+    // `text` must outlive the use.
+    Use& Bind(int index, const std::string& text) {
+        return Note(sqlite3_bind_text64(m_statement, index, text.data(), text.size(), SQLITE_STATIC,
+                                        SQLITE_UTF8));
+    }
+    Use& Bind(int index, int64_t number) {
+        return Note(sqlite3_bind_int64(m_statement, index, number));
+    }
+    // Whether there is a row, or another one.
+    bool Step() {
+        const int code = m_code == SQLITE_OK ? sqlite3_step(m_statement) : m_code;
+        Note(code == SQLITE_ROW || code == SQLITE_DONE ? SQLITE_OK : code);
+        return code == SQLITE_ROW;
+    }
+    // Runs one that has no rows.
+    int Run() {
+        Step();
+        return m_code;
+    }
+    [[nodiscard]] int Code() const { return m_code; }
 
-int64_t NowUs() {
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-               std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
+private:
+    Use& Note(int code) {
+        m_code = m_code == SQLITE_OK ? code : m_code;
+        return *this;
+    }
+
+    sqlite3_stmt* m_statement = nullptr;  // not owned
+    int m_code = SQLITE_OK;
+};
 
 }  // namespace
 
@@ -141,115 +166,67 @@ int ConfigDatabase::Execute(const char* sql) {
     return sqlite3_exec(m_handle.get(), sql, nullptr, nullptr, nullptr);
 }
 
-int ConfigDatabase::Prepare(StatementPtr& slot, const char* sql) {
-    if (slot != nullptr) {
-        return SQLITE_OK;
-    }
-    return sqlite3_prepare_v3(m_handle.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, Out(slot),
-                              nullptr);
-}
-
 int ConfigDatabase::Select(const std::string& key, ConfigLookup& lookup) {
     m_subject = key;
-    int code = Prepare(m_select, "SELECT type, value, revision FROM entries WHERE key = ?1");
-    if (code != SQLITE_OK) {
-        return code;
-    }
-    sqlite3_stmt* select = m_select.get();
-    const StatementUse use(select);
-    code = BindText(select, 1, key);
-    if (code == SQLITE_OK) {
-        code = sqlite3_step(select);
-    }
+    Use select(m_handle.get(), m_select,
+               "SELECT type, value, revision FROM entries WHERE key = ?1");
     lookup.status = ConfigStatus::kAbsent;
-    if (code == SQLITE_ROW) {
+    if (select.Bind(1, key).Step()) {
         lookup.status = ConfigStatus::kOk;
-        lookup.value = ColumnValue(select, 0);
-        lookup.revision = sqlite3_column_int64(select, 2);
+        lookup.value = ColumnValue(m_select.get(), 0);
+        lookup.revision = sqlite3_column_int64(m_select.get(), 2);
     }
-    return code == SQLITE_ROW || code == SQLITE_DONE ? SQLITE_OK : code;
+    return select.Code();
 }
 
 int ConfigDatabase::SelectAll(std::vector<ConfigEntry>& entries) {
     m_subject = "a key";
-    int code = Prepare(m_selectKeys, "SELECT key FROM entries ORDER BY key");
-    if (code != SQLITE_OK) {
-        return code;
-    }
-    const StatementUse use(m_selectKeys.get());
-    while ((code = sqlite3_step(m_selectKeys.get())) == SQLITE_ROW) {
+    Use select(m_handle.get(), m_selectKeys, "SELECT key FROM entries ORDER BY key");
+    while (select.Step()) {
         ConfigLookup lookup;
         const std::string key = ColumnText(m_selectKeys.get(), 0);
         // Each by itself, so that one that is too large can be named.
-        code = Select(key, lookup);
+        const int code = Select(key, lookup);
         if (code != SQLITE_OK) {
             return code;
         }
         entries.push_back({key, std::move(lookup.value)});
     }
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    return select.Code();
 }
 
 int ConfigDatabase::AdvanceSequence() {
     // A number that no clock made, near the largest one above all, would leave no room to rise.
-    int code = Prepare(m_advance,
-                       "UPDATE sequence SET revision = CASE WHEN typeof(revision) = 'integer' AND "
-                       "revision BETWEEN 0 AND ?1 + ?2 THEN max(revision + 1, ?1) ELSE ?1 END");
-    if (code != SQLITE_OK) {
-        return code;
-    }
-    sqlite3_stmt* advance = m_advance.get();
-    const StatementUse use(advance);
     // The time keeps a file that replaces this one from repeating a revision with another value.
-    code = sqlite3_bind_int64(advance, 1, NowUs());
-    if (code == SQLITE_OK) {
-        code = sqlite3_bind_int64(advance, 2, kMaxAheadUs);
-    }
-    if (code == SQLITE_OK) {
-        code = sqlite3_step(advance);
-    }
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    return Use(m_handle.get(), m_advance,
+               "UPDATE sequence SET revision = CASE WHEN typeof(revision) = 'integer' AND "
+               "revision BETWEEN 0 AND ?1 + ?2 THEN max(revision + 1, ?1) ELSE ?1 END")
+        .Bind(1, g_get_real_time())
+        .Bind(2, kMaxAheadUs)
+        .Run();
 }
 
 int ConfigDatabase::Write(const std::string& key, const ConfigValue& value) {
     m_subject = key;
-    int code = AdvanceSequence();
-    if (code == SQLITE_OK) {
-        code = Prepare(m_write,
-                       "INSERT INTO entries VALUES(?1, ?2, ?3, (SELECT revision FROM sequence)) "
-                       "ON CONFLICT(key) DO UPDATE SET type = excluded.type, "
-                       "value = excluded.value, revision = excluded.revision");
-    }
+    const int code = AdvanceSequence();
     if (code != SQLITE_OK) {
         return code;
     }
-    sqlite3_stmt* write = m_write.get();
-    const StatementUse use(write);
-    const char* typeName = kTypeNames[static_cast<int>(value.type)];
+    const std::string typeName = kTypeNames[static_cast<int>(value.type)];
+    Use write(m_handle.get(), m_write,
+              "INSERT INTO entries VALUES(?1, ?2, ?3, (SELECT revision FROM sequence)) "
+              "ON CONFLICT(key) DO UPDATE SET type = excluded.type, "
+              "value = excluded.value, revision = excluded.revision");
+    write.Bind(1, key).Bind(2, typeName);
     const bool isText = value.type == ConfigType::kString;
-    for (const int bound :
-         {BindText(write, 1, key), sqlite3_bind_text(write, 2, typeName, -1, SQLITE_STATIC),
-          isText ? BindText(write, 3, value.text) : sqlite3_bind_int(write, 3, value.number)}) {
-        if (bound != SQLITE_OK) {
-            return bound;
-        }
-    }
-    code = sqlite3_step(write);
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    return (isText ? write.Bind(3, value.text) : write.Bind(3, value.number)).Run();
 }
 
 int ConfigDatabase::Delete(const std::string& key, bool& existed) {
-    int code = Prepare(m_delete, "DELETE FROM entries WHERE key = ?1");
-    if (code != SQLITE_OK) {
-        return code;
-    }
-    const StatementUse use(m_delete.get());
-    code = BindText(m_delete.get(), 1, key);
-    if (code == SQLITE_OK) {
-        code = sqlite3_step(m_delete.get());
-    }
-    existed = code == SQLITE_DONE && sqlite3_changes(m_handle.get()) > 0;
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    const int code =
+        Use(m_handle.get(), m_delete, "DELETE FROM entries WHERE key = ?1").Bind(1, key).Run();
+    existed = code == SQLITE_OK && sqlite3_changes(m_handle.get()) > 0;
+    return code;
 }
 
 std::string ConfigDatabase::Explain(int code) const {

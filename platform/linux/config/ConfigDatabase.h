@@ -52,7 +52,6 @@ public:
 
 private:
     int Execute(const char* sql);
-    int Prepare(StatementPtr& slot, const char* sql);
     int AdvanceSequence();
 
     SqlitePtr m_handle;
