@@ -24,7 +24,7 @@ int db_util_open(const char* path, sqlite3** db, int option) {
     }
     // By default the folder is not stored after the journal was removed, so that a power cut may
     // bring the journal back and roll back what was committed. The setting needs a look at the
-    // file; one that is no database is for the first statement to find.
+    // file; the first statement reports one that is not a database.
     code = sqlite3_exec(connection.get(), "PRAGMA synchronous = EXTRA", nullptr, nullptr, nullptr);
     if (code != SQLITE_OK && code != SQLITE_NOTADB && (code & 0xFF) != SQLITE_CORRUPT) {
         return code;

@@ -41,7 +41,7 @@ int app_control_destroy(app_control_h handle);
 /* The texts are copied. */
 int app_control_set_operation(app_control_h handle, const char* operation);
 int app_control_set_app_id(app_control_h handle, const char* app_id);
-/* Adds an extra behind those already there; a key that is there gets the new value in its place.
+/* Adds an extra after those already there; a key that is there gets the new value in its place.
  * Both are UTF-8. INVALID_PARAMETER when one is not, which the platform logs: the request then
  * stays as it was, and may be sent without that extra. */
 int app_control_add_extra_data(app_control_h handle, const char* key, const char* value);

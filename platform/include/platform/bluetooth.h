@@ -66,8 +66,8 @@ typedef struct {
 
 /* The record of a bonded device of the enabled adapter, owned by the caller, to be released with
  * bt_adapter_free_device_info. REMOTE_DEVICE_NOT_BONDED: no bond with that address. NOT_ENABLED: no
- * powered adapter. INVALID_PARAMETER: NULL or malformed argument. *info is written on success
- * alone. */
+ * powered adapter. INVALID_PARAMETER: NULL or malformed argument. *info is written
+ * only on success. */
 int bt_adapter_get_bonded_device_info(const char* remote_address, bt_device_info_s** info);
 
 /* Releases a record and its strings; NULL is accepted. */
@@ -79,8 +79,8 @@ int bt_adapter_free_device_info(bt_device_info_s* info);
 typedef bool (*bt_adapter_bonded_device_cb)(bt_device_info_s* info, void* user_data);
 int bt_adapter_foreach_bonded_device(bt_adapter_bonded_device_cb callback, void* user_data);
 
-/* The vendor and product id that a bonded device declares, whoever assigned the vendor's; 0 and 0
- * when it declares none. Results as for its record; the outputs are written on success alone. */
+/* The vendor and product id that a bonded device declares, from either registry of vendors; 0 and 0
+ * when it declares none. Results as for its record; the outputs are written only on success. */
 int bt_device_get_remote_vid_pid(const char* remote_address, int* vendor_id, int* product_id);
 
 typedef enum {
@@ -89,7 +89,7 @@ typedef enum {
 
 /* Whether a bonded device is connected with that profile, or, where the platform cannot tell
  * profile by profile, connected and able to use it. NOT_SUPPORTED: another profile. Other results
- * as for its record; *connected is written on success alone. */
+ * as for its record; *connected is written only on success. */
 int bt_device_is_profile_connected(const char* remote_address, bt_profile_e profile,
                                    bool* connected);
 
@@ -176,9 +176,9 @@ int bt_adapter_le_start_scan(bt_adapter_le_scan_result_cb callback, void* user_d
 int bt_adapter_le_stop_scan(void);
 
 /* The first manufacturer-specific structure (type 0xFF) of the packet: its company identifier and
- * the *data_len bytes behind it, 0 or more, in a buffer that the caller releases with free.
+ * the *data_len bytes after it, 0 or more, in a buffer that the caller releases with free.
  * OPERATION_FAILED: the packet has none that lies whole within its data. INVALID_PARAMETER: a NULL
- * argument or an unknown packet type. OUT_OF_MEMORY. The outputs are written on success alone. */
+ * argument or an unknown packet type. OUT_OF_MEMORY. The outputs are written only on success. */
 int bt_adapter_le_get_scan_result_manufacturer_data(
     const bt_adapter_le_device_scan_result_info_s* info, bt_adapter_le_packet_type_e packet_type,
     int* manufacturer_id, char** data, int* data_len);
@@ -210,7 +210,7 @@ int bt_audio_unset_connection_state_changed_cb(void);
  * the request waits for that to end, because a radio that still scans pages badly. NOW_IN_PROGRESS:
  * that device is being connected already and its event is still to come. INVALID_PARAMETER: NULL or
  * malformed address, or another profile. A connection that the phone makes by itself while the
- * attempt is given up is an event of its own, behind that one. */
+ * attempt is given up is an event of its own, after that one. */
 int bt_audio_connect(const char* remote_address, bt_audio_profile_type_e type);
 
 typedef enum {
@@ -221,8 +221,8 @@ typedef enum {
 
 /* What the player of the phone says: the one whose bt_audio_connect succeeded last or, where none
  * has, the one that connected last; another one that connects by itself meanwhile is not meant.
- * REMOTE_DEVICE_NOT_CONNECTED: it has left, whoever else is connected. OPERATION_FAILED: it has no
- * player, or the player has not told its state yet. INVALID_PARAMETER: state is NULL. *state is
+ * REMOTE_DEVICE_NOT_CONNECTED: it has left, even if others are connected. OPERATION_FAILED: it has
+ * no player, or the player has not told its state yet. INVALID_PARAMETER: state is NULL. *state is
  * written on success alone. */
 int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state);
 
@@ -235,8 +235,8 @@ typedef struct {
     char* remote_address; /* NULL when there is none */
     char* remote_name;    /* NULL when there is none or it never told one */
 } bt_audio_connected_info_s;
-/* The record is the caller's, to be released with bt_audio_free_connected_info; *info is written on
- * success alone. `type` is a bt_audio_profile_type_e. NOT_SUPPORTED: another type.
+/* The record is the caller's, to be released with bt_audio_free_connected_info; *info is written
+ * only on success. `type` is a bt_audio_profile_type_e. NOT_SUPPORTED: another type.
  * INVALID_PARAMETER: info is NULL. */
 int bt_audio_get_connected_info(int type, bt_audio_connected_info_s** info);
 int bt_audio_free_connected_info(bt_audio_connected_info_s* info);

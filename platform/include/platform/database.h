@@ -21,9 +21,9 @@ extern "C" {
  *
  * SQLITE_OK, and *db is the caller's, to be released with sqlite3_close; otherwise an SQLite result
  * code (SQLITE_CANTOPEN: the file cannot be opened or made; SQLITE_MISUSE: a NULL or empty
- * argument), and *db is untouched. The content is not looked at: a file that is no database fails
- * at the first statement. The connection is a durable one: what a statement has committed is in
- * the file when the power goes. */
+ * argument), and *db is untouched. The content is not looked at: a file that is not a database
+ * fails at the first statement. The connection is a durable one: what a statement has committed is
+ * in the file when the power goes. */
 int db_util_open(const char* path, sqlite3** db, int option);
 
 #ifdef __cplusplus

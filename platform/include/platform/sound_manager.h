@@ -19,7 +19,7 @@ typedef enum {
     SOUND_TV_OUTPUT_ROUTE_BLUETOOTH_3 = 6
 } sound_tv_output_route_e;
 
-/* Output devices that can be muted alone. */
+/* Output devices that can be muted by themselves. */
 typedef enum { SOUND_DEVICE_TV_SPEAKER = 0 } sound_tv_device_e;
 
 /* Mutes or unmutes everything. */

@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-/* Log buffers; this package writes to the main one alone. */
+/* Log buffers; this package writes only to the main one. */
 typedef enum { LOG_ID_MAIN = 0 } log_id_t;
 
 /* Priorities, in rising order of urgency. */

@@ -62,7 +62,7 @@ std::optional<Launch> ReadLaunch(GVariant* arguments, std::string& fault) {
     const GVariantPtr phone(g_variant_lookup_value(platformData.get(), kPhoneData, nullptr));
     auto extras = ReadExtras(parameter.get());
     if (std::strcmp(action, kLaunchAction) != 0) {
-        fault = std::string("no action is called ") + action;
+        fault = std::string("unknown action: ") + action;
     } else if (!extras) {
         fault = "the action's parameter is not one array of string pairs";
     } else if (phone && !g_variant_is_of_type(phone.get(), G_VARIANT_TYPE_STRING)) {

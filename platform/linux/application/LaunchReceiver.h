@@ -32,7 +32,7 @@ public:
     ~LaunchReceiver();
     // For an application that is about to end: when it returns, no launch comes any more, each one
     // that came is handed over and its sender has the answer, and a later one starts the
-    // application anew. The main loop runs meanwhile. Nothing happens a second time.
+    // application again. The main loop runs meanwhile. A second call does nothing.
     void GiveUpName();
     LaunchReceiver(const LaunchReceiver&) = delete;
     LaunchReceiver& operator=(const LaunchReceiver&) = delete;

@@ -9,7 +9,7 @@
 namespace Platform {
 
 // "<error name>: <message>" of an error that came over the bus, without what GDBus puts around
-// them; the message alone of any other.
+// them; only the message of any other.
 [[nodiscard]] std::string DescribeError(const GError& error);
 
 }  // namespace Platform

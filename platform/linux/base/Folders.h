@@ -45,7 +45,7 @@ private:
 [[nodiscard]] bool MakeFolders(const std::filesystem::path& folder);
 
 // Makes an empty file that the group may read and write where there is none and the folder is
-// shared; otherwise does nothing, and whoever opens the file next gets to know why. Whether it was
+// shared; otherwise does nothing; the next open of the file gives the reason. Whether it was
 // made.
 bool MakeSharedFile(const std::filesystem::path& file);
 

@@ -11,9 +11,9 @@ namespace Platform {
 inline constexpr char kMainLoopPath[] = "/com/velmora/tv/platform";
 inline constexpr char kMainLoopInterface[] = "com.velmora.tv.platform.MainLoop";
 
-// Lets others see whether the main loop runs: whoever asks that object, and systemd, if it watches
-// this process (WatchdogSec=), twice in each interval in which it wants to hear of it. To be called
-// on the main loop, before a name on the bus is asked for; a second time it does nothing.
+// Lets others see whether the main loop runs: programs that ask that object, and systemd, if it
+// watches this process (WatchdogSec=), twice in each interval in which it wants to hear of it. To
+// be called on the main loop, before a name on the bus is asked for; a second time it does nothing.
 void TellOfMainLoop();
 
 }  // namespace Platform

@@ -31,7 +31,7 @@ public:
 private:
     enum class News { kNone, kFile, kFolders };
 
-    // Watches every folder of the path that exists. A watch on the last one alone would not do: a
+    // Watches every folder of the path that exists. A watch on only the last one is not enough: a
     // removed folder says nothing while somebody holds a file of it open.
     void Arm();
     [[nodiscard]] News NewsOf(const inotify_event& event) const;

@@ -138,7 +138,8 @@ int OnDelete(sqlite3_vfs* vfs, const char* path, int syncFolder) noexcept {
     return System(vfs)->xDelete(System(vfs), path, syncFolder);
 }
 
-// What a journal names beside its database is not there, and then the journal counts for nothing.
+// A file that a journal names besides its database is reported as missing; SQLite then ignores the
+// journal.
 int OnAccess(sqlite3_vfs* vfs, const char* path, int flags, int* result) noexcept {
     *result = 0;
     if (!Known().Has(path)) {

@@ -13,11 +13,11 @@ namespace Platform {
 //
 // - Only regular files are opened, in a shared folder only those of its owner or its group. Links
 //   are followed, except one that somebody put into a folder that others may write.
-// - A journal may name another file to be deleted with it; such a file is left alone.
+// - A journal may name another file to be deleted with it; such a file is not touched.
 // - In a shared folder root acts as the folder's owner (OwnerIdentity).
 // - Views and triggers do nothing, and a statement that does not end is interrupted.
-// - A connection waits for a file that another process holds for 1 s at most, and one that waited
-//   in vain makes those of the next second fail at once, so that waits do not add up.
+// - A connection waits for a file that another process holds for 1 s at most, and when it gave
+//   up, those of the next second fail at once, so that waits do not add up.
 
 // Opens the file for reading and writing; one that may only be read is opened for reading. With
 // `create` a missing file is made, for its folder's group where the folder is shared; if the open

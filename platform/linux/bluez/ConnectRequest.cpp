@@ -96,7 +96,7 @@ bool ConnectRequest::HadLink() const {
     return m_wasLinked || m_isLinkLost || (device != nullptr && device->isConnected);
 }
 
-// A link that went down under the attempt says nothing of the phone, which is in reach. One that
+// A link that went down during the attempt says nothing of the phone, which is in reach. One that
 // refuses keeps its link for a while, one that is absent never has any. bluetoothd answers before
 // it tells that the link is down.
 void ConnectRequest::AskForLink(int result, const std::string& reason) {
@@ -114,7 +114,7 @@ void ConnectRequest::AskForLink(int result, const std::string& reason) {
 }
 
 void ConnectRequest::RepeatForLink() {
-    PLATFORM_INFO("the link to %s went down under the attempt, it is asked once more",
+    PLATFORM_INFO("the link to %s went down during the attempt, it is asked once more",
                   m_address.c_str());
     m_isRepeated = true;
     Repeat(kLostLinkPauseMs);

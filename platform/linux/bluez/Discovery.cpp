@@ -72,7 +72,7 @@ void Discovery::SetFilter() {
     Ask("SetDiscoveryFilter", g_variant_new("(a{sv})", &filter), &Discovery::OnFilterSet);
 }
 
-// Which program it is, and what it asked for, bluetoothd tells nobody.
+// bluetoothd does not tell which program it is, nor what it asked for.
 void Discovery::TellOfOthers() const {
     const Adapter* adapter = m_mirror.FindAdapter(m_adapter);
     if (adapter != nullptr && adapter->isDiscovering) {

@@ -12,7 +12,7 @@ namespace Bluez {
 
 namespace {
 
-// 'hci10' comes behind 'hci9'.
+// 'hci10' comes after 'hci9'.
 bool ComesBefore(const std::string& a, const std::string& b) {
     return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
@@ -77,7 +77,7 @@ const Device* Mirror::FindDevice(const std::string& path) const {
 }
 
 // A phone that was paired under a random address keeps the path of that address until bluetoothd
-// starts anew, and has its own as a property: only the property tells.
+// starts again, and has its own as a property: only the property is right.
 std::string Mirror::DevicePath(const std::string& adapter, const std::string& address) const {
     std::string path = MakeDevicePath(adapter, address);
     const Device* device = FindDevice(path);

@@ -27,7 +27,7 @@ inline bool Is(const char* name, const char* wanted) {
     return std::strcmp(name, wanted) == 0;
 }
 
-// These leave the target alone when the value has another type than the interface says.
+// These do not change the target when the value has another type than the interface says.
 inline void Read(GVariant* value, std::string& target) {
     if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) ||
         g_variant_is_of_type(value, G_VARIANT_TYPE_OBJECT_PATH)) {

@@ -50,7 +50,7 @@ private:
     Mirror& m_mirror;
     Hearing m_hearing;
     std::map<std::string, Discovery> m_discoveries;     // by adapter
-    bt_adapter_le_scan_result_cb m_callback = nullptr;  // whoever listens; NULL for nobody
+    bt_adapter_le_scan_result_cb m_callback = nullptr;  // of the listener; NULL when there is none
     void* m_userData = nullptr;                         // not owned
     std::string m_adapter;                              // of the scan
     Deadline m_deadline;                                // of its start

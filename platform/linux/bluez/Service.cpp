@@ -8,7 +8,7 @@ namespace Bluez {
 
 namespace {
 
-// Seeking is left alone like playing: the owner of the phone has it in hand.
+// Seeking counts as playing: the owner is using the phone.
 bt_avrcp_player_state_e PlayerState(const std::string& status) {
     if (status == "playing" || status == "forward-seek" || status == "reverse-seek") {
         return BT_AVRCP_PLAYER_STATE_PLAYING;

@@ -12,7 +12,7 @@
 
 namespace Bluez {
 
-// Everything behind the Bluetooth interface, made on first use. Main loop only.
+// What implements the Bluetooth interface, made on first use. Main loop only.
 class Service {
 public:
     static Service& Get();

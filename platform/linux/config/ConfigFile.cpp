@@ -39,7 +39,7 @@ ConfigLookup ConfigFile::Lookup(const std::string& key) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     ConfigLookup lookup;
     // What is decided in one turn is decided from the same state: a value that could not be read
-    // must not pass for an absent one beside values that were.
+    // must not count as absent while others were read.
     const auto turn = LoopTurn();
     if (turn && turn == m_failedTurn) {
         lookup.status = m_failedStatus;
@@ -163,7 +163,7 @@ ConfigStatus ConfigFile::Open(Access access) {
         return ConfigStatus::kOk;
     }
     if (!isThere && (!forWriting || error != ENOENT)) {
-        // At boot nobody has written a volatile key yet; that is no fault.
+        // At boot nobody has written a volatile key yet; that is not a fault.
         if (error != ENOENT || m_kind == Kind::kDurable || m_wasThere) {
             Fail(access, m_path + ": " + std::strerror(error));
         }
@@ -218,7 +218,7 @@ ConfigStatus ConfigFile::FailSqlite(Access access, int code) {
         return ConfigStatus::kTooLarge;
     }
     // Not closed here, for a transaction may still be on it. The next access opens what is there
-    // by then: the mended file, or the one that replaced it.
+    // by then: the repaired file, or the one that replaced it.
     m_isStale = true;
     return ConfigStatus::kFailed;
 }

@@ -20,7 +20,7 @@ namespace Platform {
 // damaged, locked or replaced at any time: each access then fails, one log line says so, and
 // accesses work again as soon as the file does. Once a read has failed in a turn of the main loop,
 // those that follow in that turn fail, too. Any thread; a call waits about 1 s at most for another
-// process, and one soon after a call that waited in vain does not wait.
+// process, and for the second after a call gave up waiting, others do not wait.
 class ConfigFile {
 public:
     enum class Kind {
@@ -71,7 +71,7 @@ private:
 
     std::mutex m_mutex;
     std::unique_ptr<ConfigDatabase> m_database;
-    bool m_isStale = false;  // to be opened anew by the next access
+    bool m_isStale = false;  // to be opened again by the next access
     bool m_wasThere = false;
     std::optional<int64_t> m_failedTurn;  // of the main loop, in which a read failed
     ConfigStatus m_failedStatus = ConfigStatus::kFailed;

@@ -83,7 +83,7 @@ std::optional<std::vector<ConfigEntry>> ConfigStore::List() {
 
 std::string ConfigStore::LastFailure(const std::string& key) {
     ConfigFile* file = FileOf(key);
-    return file != nullptr ? file->LastFailure() : "no key is called " + key;
+    return file != nullptr ? file->LastFailure() : "unknown key: " + key;
 }
 
 std::string ConfigStore::LastFailure() {

@@ -22,7 +22,7 @@ public:
     ConfigStore(const ConfigStore&) = delete;
     ConfigStore& operator=(const ConfigStore&) = delete;
 
-    // The file that holds the key; nullptr when no key is called that.
+    // The file that holds the key; nullptr when no key can have that name.
     [[nodiscard]] ConfigFile* FileOf(const std::string& key);
 
     [[nodiscard]] ConfigLookup Lookup(const std::string& key);

@@ -24,7 +24,7 @@ std::pair<std::string, std::string> Split(const std::string& key) {
     return {key.substr(0, slash), key.substr(slash + 1)};
 }
 
-// The time of the change, and not of the content, which whoever writes may set back.
+// The time of the change (ctime): a writer can set the time of the content back.
 bool IsSame(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
            a.st_ctim.tv_sec == b.st_ctim.tv_sec && a.st_ctim.tv_nsec == b.st_ctim.tv_nsec;

@@ -39,11 +39,11 @@ public:
     [[nodiscard]] std::optional<std::vector<Feature>> List();
 
     // Writes a feature (the value is one line) and keeps the rest of the file, comments included. A
-    // file that cannot be understood is left alone. False on failure, with the reason in
+    // file that cannot be understood is not changed. False on failure, with the reason in
     // LastFailure(), and for a key that is not valid.
     [[nodiscard]] bool Set(const std::string& key, const std::string& value);
 
-    // Why the last access failed; empty when it did not, or the feature was merely not there.
+    // Why the last access failed; empty when it did not, or the feature was only missing.
     [[nodiscard]] std::string LastFailure();
 
     // Whether the file can hold a feature of that name: "group/name" in printable characters.
