@@ -271,6 +271,7 @@ void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
 void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
     const auto [entry, isNew] = m_devices.try_emplace(path);
     Device& device = entry->second;
+    const std::string oldAddress = device.address;
     if (isNew) {
         device.address = AddressOfPath(path);
     }
@@ -295,6 +296,10 @@ void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
             device.hasA2dpSource = Names(value, kA2dpSourceUuid);
         }
     });
+    if (device.address != oldAddress) {
+        DropAddress(path, oldAddress);
+        m_devicePaths.emplace(device.address, path);
+    }
     if (wasConnected && !device.isConnected) {
         ForEachListener([&path](Listener& listener) { listener.OnDeviceDisconnected(path); });
     }
@@ -362,8 +367,21 @@ void Mirror::DropAdapter(const std::string& path) {
 
 void Mirror::DropDevice(const std::string& path) {
     const auto device = m_devices.extract(path);
-    if (!device.empty() && device.mapped().isConnected) {
+    if (device.empty()) {
+        return;
+    }
+    DropAddress(path, device.mapped().address);
+    if (device.mapped().isConnected) {
         ForEachListener([&path](Listener& listener) { listener.OnDeviceDisconnected(path); });
+    }
+}
+
+void Mirror::DropAddress(const std::string& path, const std::string& address) {
+    const auto [first, last] = m_devicePaths.equal_range(address);
+    const auto known =
+        std::find_if(first, last, [&path](const auto& entry) { return entry.second == path; });
+    if (known != last) {
+        m_devicePaths.erase(known);
     }
 }
 
@@ -387,6 +405,7 @@ void Mirror::Clear() {
     m_adapters.clear();
     m_hadAdapter = false;
     m_devices.clear();
+    m_devicePaths.clear();
     m_transports.clear();
     m_players.clear();
     m_addressedPlayers.clear();

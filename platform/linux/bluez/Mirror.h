@@ -124,6 +124,7 @@ private:
     void TellAdvertisement(const std::string& path, GVariant* values);
     void DropAdapter(const std::string& path);
     void DropDevice(const std::string& path);
+    void DropAddress(const std::string& path, const std::string& address);
     void DropTransport(const std::string& path);
     void DropPlayer(const std::string& path);
     void DropControl(const std::string& path);
@@ -141,6 +142,7 @@ private:
     std::map<std::string, Adapter> m_adapters;
     bool m_hadAdapter = false;  // this bluetoothd
     std::unordered_map<std::string, Device> m_devices;
+    std::unordered_multimap<std::string, std::string> m_devicePaths;  // by address
     // The A2DP streams in which this machine is the sink, and whose they are: path to device.
     std::map<std::string, std::string> m_transports;
     std::map<std::string, Player> m_players;

@@ -79,18 +79,10 @@ const Device* Mirror::FindDevice(const std::string& path) const {
 // A phone that was paired under a random address keeps the path of that address until bluetoothd
 // starts again, and has its own as a property: only the property is right.
 std::string Mirror::DevicePath(const std::string& adapter, const std::string& address) const {
-    std::string path = MakeDevicePath(adapter, address);
-    const Device* device = FindDevice(path);
-    if (device != nullptr && g_ascii_strcasecmp(device->address.c_str(), address.c_str()) == 0) {
-        return path;
-    }
-    for (const auto& [otherPath, other] : m_devices) {
-        if (IsBelow(otherPath, adapter) &&
-            g_ascii_strcasecmp(other.address.c_str(), address.c_str()) == 0) {
-            return otherPath;
-        }
-    }
-    return "";
+    const auto [first, last] = m_devicePaths.equal_range(CanonicalAddress(address.c_str()));
+    const auto found = std::find_if(
+        first, last, [&adapter](const auto& entry) { return IsBelow(entry.second, adapter); });
+    return found == last ? "" : found->second;
 }
 
 std::string Mirror::AddressOf(const std::string& device) const {

@@ -31,14 +31,6 @@ std::string CanonicalAddress(const char* address) {
     return canonical;
 }
 
-std::string MakeDevicePath(const std::string& adapter, const std::string& address) {
-    std::string name = address;
-    for (char& c : name) {
-        c = c == ':' ? '_' : g_ascii_toupper(c);
-    }
-    return adapter + "/dev_" + name;
-}
-
 std::string AddressOfPath(const std::string& path) {
     const std::size_t name = path.rfind("/dev_");
     std::string address = name == std::string::npos ? "" : path.substr(name + 5);

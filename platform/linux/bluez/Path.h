@@ -9,9 +9,8 @@ namespace Bluez {
 // The address in upper case; empty when it is NULL or malformed.
 std::string CanonicalAddress(const char* address);
 
-// The object path of a device: 'ADAPTER/dev_AA_BB_CC_DD_EE_FF'. Upper-cases the address.
-std::string MakeDevicePath(const std::string& adapter, const std::string& address);
-// The address in such a path, upper case.
+// The address in the object path of a device, 'ADAPTER/dev_AA_BB_CC_DD_EE_FF'; empty when it is not
+// one.
 std::string AddressOfPath(const std::string& path);
 // The number of the stream at `path`; -1 when it has none. The higher one is the newer: bluetoothd
 // ends these paths in '/fdN', with N from one counter that rises over all devices for as long as it
