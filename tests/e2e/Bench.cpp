@@ -126,10 +126,10 @@ std::vector<std::string> Bench::Tvctl(const std::vector<std::string>& arguments)
     return run.output;
 }
 
-std::string Bench::TvctlFailure(const std::vector<std::string>& arguments) {
+std::string Bench::TvctlFailure(const std::vector<std::string>& arguments, const char* end) {
     TvctlRun run;
     RunTvctl(arguments, run);
-    Check(run.end == "status 1", "tvctl " + arguments.front() + " ended with " + *run.end);
+    Check(run.end == end, "tvctl " + arguments.front() + " ended with " + *run.end);
     std::string text;
     for (const std::string& line : run.output) {
         text += line + "\n";

@@ -34,8 +34,9 @@ protected:
     void StartService();
     // Runs tvctl, which must succeed; its output, line by line.
     std::vector<std::string> Tvctl(const std::vector<std::string>& arguments);
-    // Runs tvctl, which must fail; what it printed and complained of, as one text.
-    std::string TvctlFailure(const std::vector<std::string>& arguments);
+    // Runs tvctl, which must fail that way; what it printed and complained of, as one text.
+    std::string TvctlFailure(const std::vector<std::string>& arguments,
+                             const char* end = "status 1");
     // A TV on which a wake-up leads to a connection; the phone is registered.
     void SetUpTv(const std::vector<std::string>& phones = {kAlice});
     void Wake() { Emit("PrePareAndDoAutoConnect"); }

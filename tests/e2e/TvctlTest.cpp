@@ -17,50 +17,23 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-constexpr const char* kDevices = R"(
-[phone Keyboard]
-address=A0:00:00:00:00:01
-name=Velmora Wireless Keyboard
-class=0x002580
-[phone Mouse]
-address=A0:00:00:00:00:02
-name=Mouse
-class=0x002580
-connects-by-itself-after-ms=1
-[phone Pad]
-address=A0:00:00:00:00:03
-name=Pad
-class=0x002508
-[phone Remote]
-address=A0:00:00:00:00:04
-name=Remote
-class=0x00250C
-modalias=usb:v04E8p2075d0100
-[phone Headphones]
-address=A0:00:00:00:00:05
-name=Cans
-class=0x240418
-[phone Old]
-address=A0:00:00:00:00:06
-name=[Velmora] Bar
-class=0x240414
-[phone New]
-address=A0:00:00:00:00:07
-name=[AV] Bar
-class=0x240414
-modalias=bluetooth:v04E8p9000d0100
-[phone Phone]
-address=A0:00:00:00:00:08
-name=Phone
-class=0x5A020C
-[phone Printer]
-address=A0:00:00:00:00:09
-name=Printer
-class=0x040680
-[phone Stranger]
-address=A0:00:00:00:00:0A
-bonded=false
-)";
+// The device N has the address A0:00:00:00:00:0N.
+struct KnownDevice {
+    const char* name;
+    const char* keys;  // of its section in the scenario
+    const char* kind;
+};
+constexpr KnownDevice kDevices[] = {
+    {"Velmora Wireless Keyboard", "class=0x002580", "1 KeyBoard"},
+    {"Mouse", "class=0x002580\nconnects-by-itself-after-ms=1", "2 Mouse"},
+    {"Pad", "class=0x002508", "3 GamePad"},
+    {"Remote", "class=0x00250C\nmodalias=usb:v04E8p2075d0100", "4 Remocon"},
+    {"Cans", "class=0x240418", "5 HeadPhone"},
+    {"[Velmora] Bar", "class=0x240414", "6 Soundbar"},
+    {"[AV] Bar", "class=0x240414\nmodalias=bluetooth:v04E8p9000d0100", "7 Soundbar"},
+    {"Phone", "class=0x5A020C", "0 Mobile"},
+    {"Printer", "class=0x040680", "0 UNKNOWN_DEV_TYPE"}};
+constexpr const char* kAddresses = "A0:00:00:00:00:0";
 constexpr const char* kBar = "A0:00:00:00:00:07";
 
 void Sql(const SqlitePtr& connection, const std::string& sql) {
@@ -70,6 +43,16 @@ void Sql(const SqlitePtr& connection, const std::string& sql) {
 
 class Devices : public Bench {
 protected:
+    void SimulateDevices() {
+        std::string scenario = "[phone Stranger]\naddress=A0:00:00:00:00:0A\nbonded=false\n";
+        int number = 0;
+        for (const KnownDevice& device : kDevices) {
+            const std::string id = std::to_string(++number);
+            scenario += "[phone " + id + "]\naddress=" + kAddresses + id + "\nname=" + device.name +
+                        "\n" + device.keys + "\n";
+        }
+        StartSimulator(scenario);
+    }
     [[nodiscard]] std::string Database() const {
         return Root() + "/opt/usr/home/owner/apps_rw/org.orlix.nirvo/data/BT_Connection_record.db";
     }
@@ -77,27 +60,24 @@ protected:
 
 TEST_F(Devices, AreListedEachWithItsKind) {
     EXPECT_THAT(TvctlFailure({"device", "list"}), HasSubstr("bluetoothd is not on the bus"));
-    StartSimulator(kDevices);
-    AwaitEvent("phone Mouse: connected");
-    EXPECT_THAT(Tvctl({"device", "list"}),
-                ElementsAre("A0:00:00:00:00:01\t1 KeyBoard\taway\tuse\tVelmora Wireless Keyboard",
-                            "A0:00:00:00:00:02\t2 Mouse\tconnected\tuse\tMouse",
-                            "A0:00:00:00:00:03\t3 GamePad\taway\tuse\tPad",
-                            "A0:00:00:00:00:04\t4 Remocon\taway\tuse\tRemote",
-                            "A0:00:00:00:00:05\t5 HeadPhone\taway\tuse\tCans",
-                            "A0:00:00:00:00:06\t6 Soundbar\taway\tuse\t[Velmora] Bar",
-                            "A0:00:00:00:00:07\t7 Soundbar\taway\tuse\t[AV] Bar",
-                            "A0:00:00:00:00:08\t0 Mobile\taway\tuse\tPhone",
-                            "A0:00:00:00:00:09\t0 UNKNOWN_DEV_TYPE\taway\tuse\tPrinter"));
+    SimulateDevices();
+    AwaitEvent("phone 2: connected");
+    std::vector<std::string> expected;
+    for (const KnownDevice& device : kDevices) {
+        const std::string id = std::to_string(expected.size() + 1);
+        expected.push_back(kAddresses + id + "\t" + device.kind +
+                           (id == "2" ? "\tconnected" : "\taway") + "\tuse\t" + device.name);
+    }
+    EXPECT_EQ(Tvctl({"device", "list"}), expected);
 }
 
 TEST_F(Devices, KeepTheirFlagAndHistoryUntilTheyAreForgotten) {
-    StartSimulator(kDevices);
+    SimulateDevices();
     Tvctl({"device", "dont-use", "a0:00:00:00:00:07"});
     Tvctl({"device", "history", "--record", kBar});
     KillSimulator();
     EXPECT_THAT(Tvctl({"device", "history", kBar}), ElementsAre("yes"));
-    StartSimulator(kDevices);
+    SimulateDevices();
     EXPECT_THAT(Tvctl({"device", "show", kBar}),
                 testing::AllOf(testing::Contains("use\tfalse"), testing::Contains("type\t7"),
                                testing::Contains("absoluteVolume\ttrue")));
@@ -114,15 +94,17 @@ TEST_F(Devices, KeepTheirFlagAndHistoryUntilTheyAreForgotten) {
         SqlitePtr reader;
         ASSERT_EQ(sqlite3_open(Database().c_str(), Out(reader)), SQLITE_OK);
         Sql(reader, "BEGIN; SELECT * FROM volume_info");
-        EXPECT_THAT(TvctlFailure({"device", "forget", kBar}), HasSubstr("did not take the change"));
+        EXPECT_THAT(TvctlFailure({"device", "forget", kBar}),
+                    HasSubstr("could not store the change"));
     }
     EXPECT_THAT(Tvctl({"device", "list"})[6], EndsWith("\tuse\t[AV] Bar"));
-    EXPECT_THAT(TvctlFailure({"device", "use", "A0:00:00:00:00:05"}), HasSubstr("'Cans' is no"));
+    EXPECT_THAT(TvctlFailure({"device", "use", "A0:00:00:00:00:05"}),
+                HasSubstr("'Cans' is not an audio"));
     EXPECT_THAT(TvctlFailure({"device", "type", "A0:00:00:00:00:0A"}), HasSubstr("not bonded"));
 }
 
 TEST_F(Devices, AreNotTakenFromAFileThatIsNoDatabase) {
-    StartSimulator(kDevices);
+    SimulateDevices();
     Tvctl({"device", "list"});
     std::ofstream(Database(), std::ios::trunc) << std::string(4096, 'x');
     for (const char* command : {"list", "show", "use", "forget", "history"}) {
@@ -157,7 +139,7 @@ TEST_F(Doctor, NamesWhatIsMissingUntilNothingIs) {
     EXPECT_THAT(TvctlFailure({"doctor"}), HasSubstr("FAIL  the wake-up reason lets phones"));
 }
 
-class Box : public Bench {
+class Box : public Devices {
 protected:
     void SharedFolder(const std::string& folder) const {
         namespace fs = std::filesystem;
@@ -166,6 +148,27 @@ protected:
                         fs::perms::owner_all | fs::perms::group_all | fs::perms::set_gid);
     }
 };
+
+TEST_F(Box, IsToldWhatEachWrongUseGotWrong) {
+    const std::pair<std::vector<std::string>, const char*> uses[] = {
+        {{"nope"}, "unknown command: nope;"},
+        {{"conf", "nope"}, "unknown command: conf nope;"},
+        {{"phone", "add"}, "usage: tvctl phone add ADDRESS [--off]"},
+        {{"phone", "list", "--", "--json"}, "usage: tvctl phone list"},
+        {{"phone", "add", "1"}, "'1' is not a Bluetooth address"},
+        {{"conf", "watch", "db/box/key", "key"}, "'key' is not a key"},
+        {{"conf", "set", "db/box/key", "2", "--type=bools"}, "not 'bools'"},
+        {{"conf", "set", "db/box/key", "x", "--type", "bool"}, "'x' is not a bool"},
+        {{"power", "show", "--off"}, "unknown option: --off"},
+        {{"power", "show", "charge"}, "unknown state: charge"},
+        {{"wake", "--retry"}, "--retry needs a value: SECONDS"}};
+    for (const auto& [words, answer] : uses) {
+        EXPECT_THAT(TvctlFailure(words, "status 2"), HasSubstr(answer));
+    }
+    Tvctl({"--json", "conf", "set", "db/box/key", "-5"});
+    EXPECT_THAT(Tvctl({"conf", "list", "--json"}),
+                ElementsAre(R"([{"key":"db/box/key","type":"int","value":-5}])"));
+}
 
 TEST_F(Box, GetsItsFirstKeysFromAFileWhoseMistakesCostNothingElse) {
     SharedFolder("/var/lib/tv-platform");
@@ -176,7 +179,7 @@ TEST_F(Box, GetsItsFirstKeysFromAFileWhoseMistakesCostNothingElse) {
                            "db/box/printed\tstring\t  three\r\n \nmemory/box/flag bool true";
     EXPECT_THAT(TvctlFailure({"conf", "load", file}),
                 testing::AllOf(HasSubstr("memory/box/flag\tbool\ttrue"),
-                               HasSubstr("keys:7: 'one' is no int")));
+                               HasSubstr("keys:7: 'one' is not an int")));
     EXPECT_THAT(Tvctl({"conf", "list"}),
                 ElementsAre("db/box/empty\tstring\t", "db/box/kept\tstring\tmine",
                             "db/box/printed\tstring\t  three", "db/box/text\tstring\ttwo words ",
@@ -233,14 +236,12 @@ void LeaveJournal(const std::string& journal, const std::string& superJournal) {
 TEST_F(Box, HarmsNothingElseWhateverLiesBesideItsDatabases) {
     const std::string victim = Root() + "/victim";
     std::ofstream(victim) << "mine";
-    StartSimulator(kDevices);
+    SimulateDevices();
     Tvctl({"device", "history", "--record", kBar});
     Tvctl({"conf", "set", "db/box/key", "1"});
     const std::string config = Root() + "/var/lib/tv-platform/config.db";
-    const std::string devices =
-        Root() + "/opt/usr/home/owner/apps_rw/org.orlix.nirvo/data/BT_Connection_record.db";
     LeaveJournal(config + "-journal", victim);
-    LeaveJournal(devices + "-journal", victim);
+    LeaveJournal(Database() + "-journal", victim);
     EXPECT_THAT(Tvctl({"conf", "list", "db/"}), ElementsAre("db/box/key\tint\t1"));
     EXPECT_THAT(Tvctl({"device", "history", kBar}), ElementsAre("yes"));
     EXPECT_TRUE(std::filesystem::exists(victim));
@@ -261,7 +262,7 @@ TEST_F(Box, HarmsNothingElseWhateverLiesBesideItsDatabases) {
                    kEndless);
     EXPECT_THAT(TvctlFailure({"conf", "get", "db/box/key"}), HasSubstr("config.db: "));
     other.reset();
-    ASSERT_EQ(db_util_open(devices.c_str(), Out(other), 1), SQLITE_OK);
+    ASSERT_EQ(db_util_open(Database().c_str(), Out(other), 1), SQLITE_OK);
     EXPECT_EQ(sqlite3_exec(other.get(), kEndless, nullptr, nullptr, nullptr), SQLITE_INTERRUPT);
 }
 

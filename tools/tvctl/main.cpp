@@ -1,16 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include <iostream>
-#include <string>
-#include <vector>
 
-#include "tools/tvctl/Tvctl.h"
+#include "tools/tvctl/commands/Commands.h"
+#include "tools/tvctl/trace/TraceCommand.h"
 
 int main(int argc, char** argv) {
     const Tvctl::ExitCode result =
-        Tvctl::Run(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+        Tvctl::Run({Tvctl::WakeCommands(), Tvctl::DoctorCommands(), Tvctl::TraceCommand::Group(),
+                    Tvctl::PhoneCommands(), Tvctl::ConfCommands(), Tvctl::FeatureCommands(),
+                    Tvctl::PowerCommands(), Tvctl::DeviceCommands()},
+                   {argv + 1, argv + argc}, std::cout, std::cerr);
     if (!std::cout.flush()) {
-        std::cerr << "tvctl: the result cannot be written\n";
+        std::cerr << "tvctl: cannot write the result\n";
         return Tvctl::kFailed;
     }
     return result;

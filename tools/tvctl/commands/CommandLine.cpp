@@ -3,9 +3,13 @@
 #include "tools/tvctl/commands/CommandLine.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iomanip>
+#include <sstream>
 
 #include "platform/linux/base/PlatformLog.h"
+#include "tools/tvctl/model/ConfigText.h"
+#include "utility/CommonUtil.h"
 
 namespace Tvctl {
 
@@ -13,31 +17,32 @@ namespace {
 
 constexpr int kNameWidth = 28;
 
-// The options that every command has, taken out of the words wherever they stand.
-struct CommonOptions {
-    bool help = false;
-    bool json = false;
-    bool verbose = false;
-    bool version = false;
+// What every argument of that name must be.
+struct Kind {
+    const char* name;
+    bool (*accepts)(const std::string& argument);
+    const char* description;
 };
 
-CommonOptions TakeCommonOptions(std::vector<std::string>& words) {
-    CommonOptions common;
-    const auto take = [&common](const std::string& word) {
-        if (word == "--help" || word == "-h") {
-            return common.help = true;
-        }
-        if (word == "--json") {
-            return common.json = true;
-        }
-        if (word == "--verbose") {
-            return common.verbose = true;
-        }
-        return word == "--version" && (common.version = true);
-    };
+constexpr Kind kKinds[] = {
+    {"ADDRESS", Util::CommonUtil::IsValidAddress, "a Bluetooth address (XX:XX:XX:XX:XX:XX)"},
+    {"KEY", [](const std::string& word) { return KeyMeant(word).has_value(); },
+     "a key; see tvctl conf get --help"}};
+
+template <typename Item>
+const Item* FindNamed(const std::vector<Item>& items, const std::string& name) {
+    const auto found = std::find_if(items.begin(), items.end(),
+                                    [&name](const Item& item) { return item.name == name; });
+    return found == items.end() ? nullptr : &*found;
+}
+
+// Removes a word wherever it is before "--"; whether it was there.
+bool Take(std::vector<std::string>& words, const char* word) {
     const auto end = std::find(words.begin(), words.end(), "--");
-    words.erase(std::remove_if(words.begin(), end, take), end);
-    return common;
+    const auto kept = std::remove(words.begin(), end, word);
+    const bool isThere = kept != end;
+    words.erase(kept, end);
+    return isThere;
 }
 
 void PrintRow(std::ostream& out, const std::string& name, const std::string& summary) {
@@ -46,9 +51,9 @@ void PrintRow(std::ostream& out, const std::string& name, const std::string& sum
 
 void PrintCommonOptions(std::ostream& out) {
     out << "\nOptions of every command:\n";
-    PrintRow(out, "--json", "give the result as JSON, one value on a line");
-    PrintRow(out, "--verbose", "show the log of what is done, too");
-    PrintRow(out, "-h, --help", "say how the command is used");
+    PrintRow(out, "--json", "print the result as JSON, one value on a line");
+    PrintRow(out, "--verbose", "also show the log");
+    PrintRow(out, "-h, --help", "print how the command is used");
     out << "\nExit status: 0 done, 1 failed, 2 wrong usage.\n";
 }
 
@@ -58,6 +63,18 @@ std::string UsageOf(const CommandGroup& group, const Command& command) {
         usage += part.empty() ? "" : " " + part;
     }
     return usage;
+}
+
+void PrintHelp(const std::vector<CommandGroup>& groups, std::ostream& out) {
+    out << "Usage: tvctl COMMAND [ARGUMENTS]\n\n"
+           "Inspects and controls the automatic connection of a phone.\n\n"
+           "Commands:\n";
+    for (const CommandGroup& group : groups) {
+        PrintRow(out, group.name, group.summary);
+    }
+    out << "\ntvctl COMMAND --help tells more about a command; tvctl --version prints the "
+           "version.\n";
+    PrintCommonOptions(out);
 }
 
 void PrintGroupHelp(const CommandGroup& group, std::ostream& out) {
@@ -83,71 +100,73 @@ void PrintCommandHelp(const CommandGroup& group, const Command& command, std::os
     PrintCommonOptions(out);
 }
 
-// Takes the option in words[at] and, if it has one, the value behind it. Nothing after a reported
-// mistake, else the place of the last word taken.
-std::optional<size_t> TakeOption(const Command& command, const std::vector<std::string>& words,
-                                 size_t at, Arguments& arguments, Console& console) {
-    const std::string& word = words[at];
-    const size_t equals = word.find('=');
-    const bool hasValue = equals != std::string::npos;
-    const std::string name = word.substr(0, equals);
-    const auto rule =
-        std::find_if(command.options.begin(), command.options.end(),
-                     [&name](const OptionRule& candidate) { return candidate.name == name; });
-    if (rule == command.options.end() || (rule->valueName.empty() && hasValue)) {
-        static_cast<void>(console.Misuse("unknown option " + word));
-        return std::nullopt;
-    }
-    if (rule->valueName.empty() || hasValue) {
-        arguments.options[name] = hasValue ? word.substr(equals + 1) : "";
-        return at;
-    }
-    if (at + 1 == words.size()) {
-        static_cast<void>(console.Misuse(name + " needs a value: " + rule->valueName));
-        return std::nullopt;
-    }
-    arguments.options[name] = words[at + 1];
-    return at + 1;
-}
-
-// The words of one command, sorted into options and others; nothing after a reported mistake.
-std::optional<Arguments> Sort(const Command& command, const std::vector<std::string>& words,
-                              Console& console) {
-    Arguments arguments;
+// Sorts the words of a command into options and others; what is wrong with them, or "".
+std::string Sort(const Command& command, const std::vector<std::string>& words,
+                 Arguments& arguments) {
     bool onlyPositional = false;
-    for (size_t i = 0; i < words.size(); ++i) {
-        if (onlyPositional || words[i].compare(0, 2, "--") != 0) {
-            arguments.positional.push_back(words[i]);
+    for (auto word = words.begin(); word != words.end(); ++word) {
+        if (onlyPositional || word->compare(0, 2, "--") != 0) {
+            arguments.positional.push_back(*word);
             continue;
         }
-        onlyPositional = words[i] == "--";
-        const auto taken = onlyPositional ? i : TakeOption(command, words, i, arguments, console);
-        if (!taken) {
-            return std::nullopt;
+        if (*word == "--") {
+            onlyPositional = true;
+            continue;
         }
-        i = *taken;
+        const size_t equals = word->find('=');
+        const bool hasValue = equals != std::string::npos;
+        const std::string name = word->substr(0, equals);
+        const OptionRule* rule = FindNamed(command.options, name);
+        const bool wantsValue = rule != nullptr && !rule->valueName.empty();
+        if (rule == nullptr || (hasValue && !wantsValue)) {
+            return "unknown option: " + *word;
+        }
+        std::string& value = arguments.options[name];
+        if (hasValue) {
+            value = word->substr(equals + 1);
+        } else if (wantsValue) {
+            if (++word == words.end()) {
+                return name + " needs a value: " + rule->valueName;
+            }
+            value = *word;
+        }
     }
-    return arguments;
+    return "";
 }
 
-const Command* FindCommand(const CommandGroup& group, const std::string& name) {
-    const auto command =
-        std::find_if(group.commands.begin(), group.commands.end(),
-                     [&name](const Command& candidate) { return candidate.name == name; });
-    return command != group.commands.end() ? &*command : nullptr;
+// What is wrong with the arguments, or "".
+std::string Check(const std::vector<std::string>& arguments, const std::string& synopsis,
+                  const std::string& usage) {
+    auto argument = arguments.begin();
+    std::istringstream names(synopsis);
+    // Only options follow a "[--".
+    for (std::string name; names >> name && name.compare(0, 3, "[--") != 0;) {
+        if (argument == arguments.end()) {
+            return name[0] == '[' ? "" : usage;
+        }
+        const bool isRepeated = name.back() == '.';
+        const auto end = isRepeated ? arguments.end() : argument + 1;
+        for (; argument != end; ++argument) {
+            for (const Kind& kind : kKinds) {
+                if (name.compare(0, std::strlen(kind.name), kind.name) == 0 &&
+                    !kind.accepts(*argument)) {
+                    return "'" + *argument + "' is not " + kind.description;
+                }
+            }
+        }
+    }
+    return argument == arguments.end() ? "" : usage;
 }
 
 ExitCode RunCommand(const CommandGroup& group, const Command& command,
                     const std::vector<std::string>& words, Console& console) {
-    const auto arguments = Sort(command, words, console);
-    if (!arguments) {
-        return kUsage;
+    Arguments arguments;
+    std::string mistake = Sort(command, words, arguments);
+    if (mistake.empty()) {
+        mistake =
+            Check(arguments.positional, command.synopsis, "usage: " + UsageOf(group, command));
     }
-    const size_t count = arguments->positional.size();
-    if (count < command.minArguments || count > command.maxArguments) {
-        return console.Misuse("usage: " + UsageOf(group, command));
-    }
-    return command.run(*arguments, console);
+    return mistake.empty() ? command.run(arguments, console) : console.Misuse(mistake);
 }
 
 }  // namespace
@@ -157,64 +176,46 @@ std::optional<std::string> Arguments::Option(const std::string& option) const {
     return found != options.end() ? std::optional<std::string>(found->second) : std::nullopt;
 }
 
-ExitCode CommandLine::Run(const std::vector<std::string>& words, std::ostream& out,
-                          std::ostream& err) const {
+ExitCode Run(const std::vector<CommandGroup>& groups, const std::vector<std::string>& words,
+             std::ostream& out, std::ostream& err) {
     std::vector<std::string> rest = words;
-    const CommonOptions common = TakeCommonOptions(rest);
-    Console console(out, err, common.json);
-    if (!common.verbose) {
+    const bool isLongHelp = Take(rest, "--help");
+    const bool isHelp = Take(rest, "-h") || isLongHelp;
+    std::ostream& help = isHelp ? out : err;
+    const ExitCode helped = isHelp ? kDone : kUsage;
+    Console console(out, err, Take(rest, "--json"));
+    if (!Take(rest, "--verbose")) {
         // A failure is reported in the command's own words.
         Platform::SetLogThreshold(DLOG_ERROR + 1);
     }
-    if (common.version) {
+    if (Take(rest, "--version")) {
         console.PrintLine("tvctl " TVCTL_VERSION);
         return kDone;
     }
     if (rest.empty()) {
-        PrintHelp(common.help ? out : err);
-        return common.help ? kDone : kUsage;
+        PrintHelp(groups, help);
+        return helped;
     }
-    const CommandGroup* group = FindGroup(rest[0]);
+    const CommandGroup* group = FindNamed(groups, rest[0]);
     if (group == nullptr) {
-        return console.Misuse("no command is called " + rest[0] + "; tvctl --help lists them");
+        return console.Misuse("unknown command: " + rest[0] + "; tvctl --help lists them");
     }
-    rest.erase(rest.begin());
     const bool isSingle = group->commands[0].name.empty();
-    if (rest.empty() && !isSingle) {
-        PrintGroupHelp(*group, common.help ? out : err);
-        return common.help ? kDone : kUsage;
+    if (rest.size() == 1 && !isSingle) {
+        PrintGroupHelp(*group, help);
+        return helped;
     }
-    const Command* command = FindCommand(*group, isSingle ? "" : rest[0]);
+    const Command* command = FindNamed(group->commands, isSingle ? "" : rest[1]);
     if (command == nullptr) {
-        return console.Misuse("no command is called " + group->name + " " + rest[0] + "; tvctl " +
+        return console.Misuse("unknown command: " + group->name + " " + rest[1] + "; tvctl " +
                               group->name + " --help lists them");
     }
-    if (common.help) {
+    if (isHelp) {
         PrintCommandHelp(*group, *command, out);
         return kDone;
     }
-    rest.erase(rest.begin(), rest.begin() + (isSingle ? 0 : 1));
+    rest.erase(rest.begin(), rest.begin() + (isSingle ? 1 : 2));
     return RunCommand(*group, *command, rest, console);
-}
-
-const CommandGroup* CommandLine::FindGroup(const std::string& name) const {
-    for (const CommandGroup& group : m_groups) {
-        if (group.name == name) {
-            return &group;
-        }
-    }
-    return nullptr;
-}
-
-void CommandLine::PrintHelp(std::ostream& out) const {
-    out << "Usage: tvctl COMMAND [ARGUMENTS]\n\n"
-           "Looks at and steers what the automatic connection of a phone depends on.\n\n"
-           "Commands:\n";
-    for (const CommandGroup& group : m_groups) {
-        PrintRow(out, group.name, group.summary);
-    }
-    out << "\ntvctl COMMAND --help tells more about one, tvctl --version which one this is.\n";
-    PrintCommonOptions(out);
 }
 
 }  // namespace Tvctl

@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
-#include <functional>
 #include <map>
 #include <optional>
 #include <ostream>
@@ -12,9 +10,12 @@
 
 #include "tools/tvctl/commands/Console.h"
 
+// GOptionContext is not used here: it would take a value such as -5 in "conf set KEY -5" for
+// options, and has no commands.
+
 namespace Tvctl {
 
-// What stood on the command line behind the command's name, taken apart.
+// The words of the command line after the command's name.
 struct Arguments {
     std::vector<std::string> positional;
     std::map<std::string, std::string> options;  // by name, "" as the value of a mere switch
@@ -32,13 +33,14 @@ struct OptionRule {
 // One thing that can be done. A group of one command gives it an empty name.
 struct Command {
     std::string name;
-    std::string synopsis;  // of the arguments: "ADDRESS [--off]"
-    std::string summary;   // one line, without a full stop
-    std::string details;   // whole lines for its help; may be empty
-    std::vector<OptionRule> options;
-    size_t minArguments;
-    size_t maxArguments;
-    std::function<ExitCode(const Arguments&, Console&)> run;
+    // Names the arguments and says how many there are: "NAME VALUE", "[FILE]" for one that may be
+    // missing, "KEY..." for one or more. Options follow in brackets: "ADDRESS [--off]". An ADDRESS
+    // and a KEY are checked before the command runs.
+    std::string synopsis;
+    std::string summary;  // one line, without a full stop
+    ExitCode (*run)(const Arguments&, Console&);
+    std::string details = "";  // whole lines for its help; may be empty
+    std::vector<OptionRule> options = {};
 };
 
 // The commands that share a first word.
@@ -48,22 +50,10 @@ struct CommandGroup {
     std::vector<Command> commands;
 };
 
-inline constexpr size_t kAnyNumber = static_cast<size_t>(-1);
-
-// Finds the command that a command line means and runs it, or prints the help that it asks for.
-class CommandLine {
-public:
-    explicit CommandLine(std::vector<CommandGroup> groups) : m_groups(std::move(groups)) {}
-
-    // `words` without the program's name.
-    [[nodiscard]] ExitCode Run(const std::vector<std::string>& words, std::ostream& out,
-                               std::ostream& err) const;
-
-private:
-    [[nodiscard]] const CommandGroup* FindGroup(const std::string& name) const;
-    void PrintHelp(std::ostream& out) const;
-
-    std::vector<CommandGroup> m_groups;
-};
+// Finds the command that the words mean and runs it, or prints the help that they ask for. `words`
+// is the command line without the program's name.
+[[nodiscard]] ExitCode Run(const std::vector<CommandGroup>& groups,
+                           const std::vector<std::string>& words, std::ostream& out,
+                           std::ostream& err);
 
 }  // namespace Tvctl

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/commands/Console.h"
 
+#include <algorithm>
+
 #include "common/PrintableText.h"
 #include "utility/JsonUtil.h"
 
@@ -9,32 +11,37 @@ namespace Tvctl {
 
 namespace {
 
-std::string Printable(const std::string& text, const char* kept = "\t") {
+std::string Printable(const std::string& text) {
     std::string result;
-    AppendPrintable(result, text, kept);
+    AppendPrintable(result, text, "\t");
     return result;
 }
 
 }  // namespace
 
-void Console::PrintLine(const std::string& text) {
-    m_out << Printable(text) << std::endl;
+Json::Value Object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
+    Json::Value json(Json::objectValue);
+    for (const auto& [name, value] : members) {
+        json[name] = value;
+    }
+    return json;
 }
 
-void Console::PrintText(const std::string& text) {
-    m_out << Printable(text, "\t\n") << std::endl;
+void Console::PrintLine(const std::string& text) {
+    m_out << Printable(text) << std::endl;
 }
 
 void Console::Print(const Json::Value& value) {
     m_out << Util::JsonUtil::JsonToString(value) << std::endl;
 }
 
-void Console::Print(const Json::Value& json, const std::string& line) {
+ExitCode Console::Show(const Json::Value& json, const std::vector<std::string>& lines) {
     if (m_json) {
         Print(json);
     } else {
-        PrintLine(line);
+        std::for_each(lines.begin(), lines.end(), [this](const auto& line) { PrintLine(line); });
     }
+    return kDone;
 }
 
 ExitCode Console::Fail(const std::string& reason) {
@@ -43,7 +50,7 @@ ExitCode Console::Fail(const std::string& reason) {
 }
 
 ExitCode Console::Misuse(const std::string& reason) {
-    m_err << "tvctl: " << Printable(reason) << std::endl;
+    static_cast<void>(Fail(reason));
     return kUsage;
 }
 

@@ -4,10 +4,17 @@
 
 #include <json/json.h>
 
+#include <initializer_list>
 #include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace Tvctl {
+
+// A JSON object with these members.
+[[nodiscard]] Json::Value Object(
+    std::initializer_list<std::pair<const char*, Json::Value>> members);
 
 // The exit status of a command; scripts depend on the numbers.
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2 };
@@ -24,12 +31,10 @@ public:
 
     // One line of text; a tab is shown as it is, else see AppendPrintable.
     void PrintLine(const std::string& text);
-    // As above, of several lines.
-    void PrintText(const std::string& text);
     // One line of JSON.
     void Print(const Json::Value& value);
-    // The one or the other, as wanted.
-    void Print(const Json::Value& json, const std::string& line);
+    // Prints a result, as JSON or as lines of text, as wanted; always kDone.
+    ExitCode Show(const Json::Value& json, const std::vector<std::string>& lines = {});
 
     // Report why a command failed, or was called wrongly; give the exit code that says so.
     [[nodiscard]] ExitCode Fail(const std::string& reason);

@@ -1,9 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/commands/DeviceCommand.h"
-
-#include <optional>
-
+#include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/DeviceInventory.h"
 #include "utility/BTDatabaseManager.h"
 #include "utility/BluetoothUtil.h"
@@ -15,204 +12,136 @@ namespace {
 
 using Util::BluetoothUtil;
 
-// The address of the command line as the database and bluetoothd spell it; empty when it is none.
+constexpr char kNotStored[] = "could not store the change";
+
+// The address of the command line as the database and bluetoothd spell it.
 std::string AddressOf(const Arguments& arguments) {
-    const std::string& address = arguments.positional[0];
-    return Util::CommonUtil::IsValidAddress(address) ? Util::CommonUtil::ToCapital(address) : "";
+    return Util::CommonUtil::ToCapital(arguments.positional[0]);
 }
 
-ExitCode RefuseAddress(const Arguments& arguments, Console& console) {
-    return console.Misuse("'" + arguments.positional[0] +
-                          "' is not a Bluetooth address (XX:XX:XX:XX:XX:XX)");
-}
-
-// Whatever keeps Bluetooth or the database from answering; empty when both do.
-std::string FindObstacle() {
-    const std::string obstacle = AwaitBluetooth();
-    return obstacle.empty() ? CheckDatabase() : obstacle;
-}
-
-ExitCode Report(const std::string& address, const char* what, bool value, Console& console) {
-    if (console.IsJson()) {
-        Json::Value json;
-        json["address"] = address;
-        json[what] = value;
-        console.Print(json);
+ExitCode List(const Arguments& /*arguments*/, Console& console) {
+    std::string obstacle;
+    const auto devices = ListDevices(obstacle);
+    if (!obstacle.empty()) {
+        return console.Fail(obstacle);
     }
-    return kDone;
+    Json::Value json(Json::arrayValue);
+    std::vector<std::string> lines;
+    for (const DeviceEntry& device : devices) {
+        json.append(ToJson(device));
+        lines.push_back(device.address + "\t" + std::to_string(device.type) + " " + device.kind +
+                        "\t" + (device.isConnected ? "connected" : "away") + "\t" +
+                        (device.isUsed ? "use" : "dont-use") + "\t" + device.name);
+    }
+    return console.Show(json, lines);
 }
 
 // Runs `action` on the device that the command line names, if it is bonded and the database can be
 // used.
 template <typename Action>
 ExitCode WithDevice(const Arguments& arguments, Console& console, Action action) {
-    const std::string address = AddressOf(arguments);
-    if (address.empty()) {
-        return RefuseAddress(arguments, console);
-    }
-    const std::string obstacle = FindObstacle();
-    if (!obstacle.empty()) {
-        return console.Fail(obstacle);
-    }
-    const std::optional<DeviceEntry> device = FindDevice(address);
-    if (!device) {
-        return console.Fail(address + " is not bonded with this adapter");
-    }
-    return action(*device);
-}
-
-}  // namespace
-
-CommandGroup DeviceCommand::Group() {
-    return {"device",
-            "the bonded devices and the device database",
-            {{"list",
-              "",
-              "Lists the bonded devices: address, kind, link, whether it is to be used, name",
-              "",
-              {},
-              0,
-              0,
-              List},
-             {"show", "ADDRESS", "Shows all that is known of a device", "", {}, 1, 1, Show},
-             {"type", "ADDRESS", "Tells what kind of device it is", "", {}, 1, 1, Type},
-             {"use",
-              "ADDRESS",
-              "Flags an audio device of the TV's maker to be used",
-              "",
-              {},
-              1,
-              1,
-              [](const Arguments& arguments, Console& console) {
-                  return SetUse(arguments, true, console);
-              }},
-             {"dont-use",
-              "ADDRESS",
-              "Flags an audio device of the TV's maker not to be used",
-              "",
-              {},
-              1,
-              1,
-              [](const Arguments& arguments, Console& console) {
-                  return SetUse(arguments, false, console);
-              }},
-             {"forget",
-              "ADDRESS",
-              "Removes a device from the database; its bond stays",
-              "",
-              {},
-              1,
-              1,
-              Forget},
-             {"history",
-              "ADDRESS [--record]",
-              "Tells whether a device ever connected with absolute volume",
-              "",
-              {{"--record", "", "note that it did"}},
-              1,
-              1,
-              History}}};
-}
-
-ExitCode DeviceCommand::List(const Arguments& /*arguments*/, Console& console) {
-    const std::string obstacle = FindObstacle();
-    if (!obstacle.empty()) {
-        return console.Fail(obstacle);
-    }
-    Json::Value json(Json::arrayValue);
-    for (const DeviceEntry& device : ListDevices()) {
-        json.append(ToJson(device));
-        if (!console.IsJson()) {
-            console.PrintLine(device.address + "\t" + std::to_string(device.type) + " " +
-                              device.kind + "\t" + (device.isConnected ? "connected" : "away") +
-                              "\t" + (device.isUsed ? "use" : "dont-use") + "\t" + device.name);
+    std::string obstacle;
+    for (const DeviceEntry& device : ListDevices(obstacle)) {
+        if (device.address == AddressOf(arguments)) {
+            return action(device);
         }
     }
-    if (console.IsJson()) {
-        console.Print(json);
-    }
-    return kDone;
+    return console.Fail(obstacle.empty() ? AddressOf(arguments) + " is not bonded with this adapter"
+                                         : obstacle);
 }
 
-ExitCode DeviceCommand::Show(const Arguments& arguments, Console& console) {
+ExitCode Show(const Arguments& arguments, Console& console) {
     return WithDevice(arguments, console, [&console](const DeviceEntry& device) {
         const Json::Value json = ToJsonInFull(device);
-        if (console.IsJson()) {
-            console.Print(json);
-            return kDone;
-        }
+        std::vector<std::string> lines;
         for (const std::string& member : json.getMemberNames()) {
-            console.PrintLine(member + "\t" + json[member].asString());
+            lines.push_back(member + "\t" + json[member].asString());
         }
-        return kDone;
+        return console.Show(json, lines);
     });
 }
 
-ExitCode DeviceCommand::Type(const Arguments& arguments, Console& console) {
+ExitCode Type(const Arguments& arguments, Console& console) {
     return WithDevice(arguments, console, [&console](const DeviceEntry& device) {
-        Json::Value json;
-        json["address"] = device.address;
-        json["type"] = device.type;
-        json["kind"] = device.kind;
-        console.Print(json, device.kind);
-        return kDone;
+        const Json::Value json =
+            Object({{"address", device.address}, {"type", device.type}, {"kind", device.kind}});
+        return console.Show(json, {device.kind});
     });
 }
 
-ExitCode DeviceCommand::SetUse(const Arguments& arguments, bool use, Console& console) {
+ExitCode SetUse(const Arguments& arguments, bool use, Console& console) {
     return WithDevice(arguments, console, [use, &console](const DeviceEntry& device) {
         if (!BluetoothUtil::SetUseDontuse(device.name, device.address, use)) {
-            return console.Fail("'" + device.name + "' is no audio device of the TV's maker");
+            return console.Fail("'" + device.name + "' is not an audio device of the TV's maker");
         }
-        if (BluetoothUtil::IsUseDevice(device.address) != use) {
-            return console.Fail("the device database did not take the change");
-        }
-        return Report(device.address, "use", use, console);
+        return BluetoothUtil::IsUseDevice(device.address) == use
+                   ? console.Show(Object({{"address", device.address}, {"use", use}}))
+                   : console.Fail(kNotStored);
     });
 }
 
-ExitCode DeviceCommand::Forget(const Arguments& arguments, Console& console) {
-    const std::string address = AddressOf(arguments);
-    if (address.empty()) {
-        return RefuseAddress(arguments, console);
-    }
+ExitCode Use(const Arguments& arguments, Console& console) {
+    return SetUse(arguments, true, console);
+}
+
+ExitCode DontUse(const Arguments& arguments, Console& console) {
+    return SetUse(arguments, false, console);
+}
+
+ExitCode Forget(const Arguments& arguments, Console& console) {
     const std::string obstacle = CheckDatabase();
     if (!obstacle.empty()) {
         return console.Fail(obstacle);
     }
+    const std::string address = AddressOf(arguments);
     if (!IsInDatabase(address)) {
         return console.Fail("the device database has nothing about " + address);
     }
     BluetoothUtil::DeleteDeviceFromDB(address);
-    if (IsInDatabase(address)) {
-        return console.Fail("the device database did not take the change");
-    }
-    return Report(address, "forgotten", true, console);
+    return IsInDatabase(address)
+               ? console.Fail(kNotStored)
+               : console.Show(Object({{"address", address}, {"forgotten", true}}));
 }
 
-ExitCode DeviceCommand::History(const Arguments& arguments, Console& console) {
-    const std::string address = AddressOf(arguments);
-    if (address.empty()) {
-        return RefuseAddress(arguments, console);
-    }
+ExitCode History(const Arguments& arguments, Console& console) {
     const std::string obstacle = CheckDatabase();
     if (!obstacle.empty()) {
         return console.Fail(obstacle);
     }
+    const std::string address = AddressOf(arguments);
     BTDatabaseManager* database = BTDatabaseManager::getInstance();
     bool hasHistory = database->getAbsVolConnectedHistory(address);
     if (arguments.Has("--record") && !hasHistory) {
         database->setAbsVolConnectedHistory(address);
         hasHistory = database->getAbsVolConnectedHistory(address);
         if (!hasHistory) {
-            return console.Fail("the device database did not take the change");
+            return console.Fail(kNotStored);
         }
     }
-    Json::Value json;
-    json["address"] = address;
-    json["absoluteVolume"] = hasHistory;
-    console.Print(json, hasHistory ? "yes" : "no");
-    return kDone;
+    return console.Show(Object({{"address", address}, {"absoluteVolume", hasHistory}}),
+                        {hasHistory ? "yes" : "no"});
+}
+
+}  // namespace
+
+CommandGroup DeviceCommands() {
+    return {
+        "device",
+        "the bonded devices and the device database",
+        {{"list", "",
+          "Lists the bonded devices: address, kind, link, whether it is to be used, name", List},
+         {"show", "ADDRESS", "Shows all that is known about a device", Show},
+         {"type", "ADDRESS", "Shows what kind of device it is", Type},
+         {"use", "ADDRESS", "Marks an audio device of the TV's maker as to be used", Use},
+         {"dont-use", "ADDRESS", "Marks an audio device of the TV's maker as not to be used",
+          DontUse},
+         {"forget", "ADDRESS", "Removes a device from the database; it stays bonded", Forget},
+         {"history",
+          "ADDRESS [--record]",
+          "Shows whether a device ever connected with absolute volume",
+          History,
+          "",
+          {{"--record", "", "record that it did"}}}}};
 }
 
 }  // namespace Tvctl

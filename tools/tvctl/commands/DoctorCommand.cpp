@@ -1,51 +1,42 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/commands/DoctorCommand.h"
-
+#include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/Diagnosis.h"
 
 namespace Tvctl {
 
-CommandGroup DoctorCommand::Group() {
-    return {
-        "doctor",
-        "what stands between a wake-up and music",
-        {{"",
-          "",
-          "Looks at every condition, in the order in which the service meets them",
-          "Each with what was found and, where it does not hold, what would make it hold. Done\n"
-          "when all hold.\n",
-          {},
-          0,
-          0,
-          Examine}}};
-}
+namespace {
 
-ExitCode DoctorCommand::Examine(const Arguments& /*arguments*/, Console& console) {
+ExitCode ShowDiagnosis(const Arguments& /*arguments*/, Console& console) {
     Json::Value json(Json::arrayValue);
+    std::vector<std::string> lines;
     int broken = 0;
-    for (const Finding& finding : Diagnose(Tvctl::Examine())) {
-        broken += finding.holds ? 0 : 1;
-        Json::Value item;
-        item["condition"] = finding.condition;
-        item["holds"] = finding.holds;
-        item["found"] = finding.found;
-        item["remedy"] = finding.remedy;
-        json.append(item);
-        if (!console.IsJson()) {
-            console.PrintLine((finding.holds ? "ok    " : "FAIL  ") + finding.condition + ": " +
-                              finding.found);
-            if (!finding.holds) {
-                console.PrintLine("      -> " + finding.remedy);
-            }
+    for (const Finding& finding : Diagnose(Examine())) {
+        json.append(Object({{"condition", finding.condition},
+                            {"holds", finding.holds},
+                            {"found", finding.found},
+                            {"remedy", finding.remedy}}));
+        lines.push_back((finding.holds ? "ok    " : "FAIL  ") + finding.condition + ": " +
+                        finding.found);
+        if (!finding.holds) {
+            ++broken;
+            lines.push_back("      -> " + finding.remedy);
         }
     }
-    if (console.IsJson()) {
-        console.Print(json);
-    }
+    console.Show(json, lines);
     return broken == 0 ? kDone
                        : console.Fail(std::to_string(broken) + " of " +
                                       std::to_string(json.size()) + " conditions do not hold");
+}
+
+}  // namespace
+
+CommandGroup DoctorCommands() {
+    return {"doctor",
+            "why a phone would not be connected, and what helps",
+            {{"", "", "Checks each condition, in the order in which the service checks them",
+              ShowDiagnosis,
+              "Shows each finding and, if it fails, a fix. Fails if any condition fails.\n"}}};
 }
 
 }  // namespace Tvctl

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/commands/PhoneCommand.h"
-
 #include "autoconnect/src/DbusInterface.h"
+#include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/PhoneRegistry.h"
 #include "tools/tvctl/model/ServiceSignal.h"
 #include "utility/CommonUtil.h"
@@ -12,19 +11,30 @@ namespace Tvctl {
 
 namespace {
 
-ExitCode RefuseAddress(const std::string& address, Console& console) {
-    return console.Misuse("'" + address + "' is not a Bluetooth address (XX:XX:XX:XX:XX:XX)");
+using Outcome = PhoneRegistry::Outcome;
+
+ExitCode Report(const char* change, const std::string& address, Outcome outcome,
+                const PhoneRegistry& registry, Console& console) {
+    return outcome == Outcome::kFailed
+               ? console.Fail(registry.Failure())
+               : console.Show(Object({{"address", Util::CommonUtil::ToCapital(address)},
+                                      {change, outcome == Outcome::kDone}}));
 }
 
-ExitCode Report(const char* change, const std::string& address, PhoneRegistry::Outcome outcome,
-                Console& console) {
-    if (console.IsJson()) {
-        Json::Value json;
-        json["address"] = Util::CommonUtil::ToCapital(address);
-        json[change] = outcome == PhoneRegistry::Outcome::kDone;
-        console.Print(json);
-    }
-    return kDone;
+ExitCode Add(const Arguments& arguments, Console& console) {
+    const std::string& address = arguments.positional[0];
+    PhoneRegistry registry;
+    const Outcome outcome = registry.Add(address, !arguments.Has("--off"));
+    return Report("added", address, outcome, registry, console);
+}
+
+ExitCode Remove(const Arguments& arguments, Console& console) {
+    const std::string& address = arguments.positional[0];
+    PhoneRegistry registry;
+    const Outcome outcome = registry.Remove(address);
+    return outcome == Outcome::kNothingToDo
+               ? console.Fail(address + " is not registered")
+               : Report("removed", address, outcome, registry, console);
 }
 
 std::string SettingText(const Phone& phone) {
@@ -34,129 +44,69 @@ std::string SettingText(const Phone& phone) {
     return *phone.setting == "Y" ? "on" : "off";
 }
 
-}  // namespace
-
-CommandGroup PhoneCommand::Group() {
-    const std::string viaService =
-        "The service is told as the phone would tell it, and stores the setting. Fails when the\n"
-        "service does not run.\n";
-    return {"phone",
-            "the phones that are connected automatically",
-            {{"add",
-              "ADDRESS [--off]",
-              "Registers a phone, so that it is connected",
-              "Writes the phone's setting and its masked address among those that may switch the\n"
-              "TV on. A phone that is there keeps its place.\n",
-              {{"--off", "", "with automatic connection off"}},
-              1,
-              1,
-              Add},
-             {"remove", "ADDRESS", "Forgets a phone", "", {}, 1, 1, Remove},
-             {"list",
-              "",
-              "Lists the phones: address, setting, whether it may switch the TV on",
-              "A phone is connected when its setting is on and it may switch the TV on.\n",
-              {},
-              0,
-              0,
-              List},
-             {"on",
-              "ADDRESS",
-              "Switches a phone's automatic connection on",
-              viaService,
-              {},
-              1,
-              1,
-              [](const Arguments& arguments, Console& console) {
-                  return SendSetting(arguments.positional[0], "Y", console);
-              }},
-             {"off",
-              "ADDRESS",
-              "Switches a phone's automatic connection off",
-              viaService,
-              {},
-              1,
-              1,
-              [](const Arguments& arguments, Console& console) {
-                  return SendSetting(arguments.positional[0], "N", console);
-              }}}};
-}
-
-ExitCode PhoneCommand::Add(const Arguments& arguments, Console& console) {
-    const std::string& address = arguments.positional[0];
-    if (!Util::CommonUtil::IsValidAddress(address)) {
-        return RefuseAddress(address, console);
-    }
-    PhoneRegistry registry;
-    const auto outcome = registry.Add(address, !arguments.Has("--off"));
-    return outcome == PhoneRegistry::Outcome::kFailed ? console.Fail(registry.Failure())
-                                                      : Report("added", address, outcome, console);
-}
-
-ExitCode PhoneCommand::Remove(const Arguments& arguments, Console& console) {
-    const std::string& address = arguments.positional[0];
-    if (!Util::CommonUtil::IsValidAddress(address)) {
-        return RefuseAddress(address, console);
-    }
-    PhoneRegistry registry;
-    const auto outcome = registry.Remove(address);
-    if (outcome == PhoneRegistry::Outcome::kFailed) {
-        return console.Fail(registry.Failure());
-    }
-    return outcome == PhoneRegistry::Outcome::kNothingToDo
-               ? console.Fail(address + " is not registered")
-               : Report("removed", address, outcome, console);
-}
-
-ExitCode PhoneCommand::List(const Arguments& /*arguments*/, Console& console) {
+ExitCode List(const Arguments& /*arguments*/, Console& console) {
     PhoneRegistry registry;
     const auto phones = registry.List();
     if (!phones) {
         return console.Fail(registry.Failure());
     }
     Json::Value json(Json::arrayValue);
+    std::vector<std::string> lines;
     for (const Phone& phone : *phones) {
-        Json::Value item;
-        item["address"] = phone.address;
-        item["setting"] = SettingText(phone);
-        item["power"] = phone.hasPower;
-        item["qualifies"] = phone.Qualifies();
-        json.append(item);
-        if (!console.IsJson()) {
-            console.PrintLine(phone.address + "\t" + SettingText(phone) + "\t" +
-                              (phone.hasPower ? "power" : "no-power") + "\t" +
-                              (phone.Qualifies() ? "connects" : "does-not-connect"));
-        }
+        json.append(Object({{"address", phone.address},
+                            {"setting", SettingText(phone)},
+                            {"power", phone.hasPower},
+                            {"qualifies", phone.Qualifies()}}));
+        lines.push_back(phone.address + "\t" + SettingText(phone) + "\t" +
+                        (phone.hasPower ? "power" : "no-power") + "\t" +
+                        (phone.Qualifies() ? "connects" : "does-not-connect"));
     }
-    if (console.IsJson()) {
-        console.Print(json);
-    }
-    return kDone;
+    return console.Show(json, lines);
 }
 
-ExitCode PhoneCommand::SendSetting(const std::string& address, const char* value,
-                                   Console& console) {
-    if (!Util::CommonUtil::IsValidAddress(address)) {
-        return RefuseAddress(address, console);
-    }
+// As the phone itself would: through the service.
+ExitCode SendSetting(const Arguments& arguments, const char* value, Console& console) {
     PhoneRegistry registry;
-    const auto spelling = registry.SpellingOf(address);
+    const auto spelling = registry.SpellingOf(arguments.positional[0]);
     if (!spelling) {
         return console.Fail(registry.Failure());
     }
-    Json::Value setting;
-    setting["btMac"] = *spelling;
-    setting["value"] = value;
+    const Json::Value setting = Object({{"btMac", *spelling}, {"value", value}});
     const std::string text = Util::JsonUtil::JsonToString(setting);
-    const SignalResult result =
+    const std::string failure =
         SendToService(kMobileUpdateCommand, g_variant_new("(s)", text.c_str()));
-    if (!result.isHeard) {
-        return console.Fail(result.reason);
-    }
-    if (console.IsJson()) {
-        console.Print(setting);
-    }
-    return kDone;
+    return failure.empty() ? console.Show(setting) : console.Fail(failure);
+}
+
+ExitCode SwitchOn(const Arguments& arguments, Console& console) {
+    return SendSetting(arguments, "Y", console);
+}
+
+ExitCode SwitchOff(const Arguments& arguments, Console& console) {
+    return SendSetting(arguments, "N", console);
+}
+
+}  // namespace
+
+CommandGroup PhoneCommands() {
+    const std::string viaService =
+        "Sends the service the signal that the phone would send; the service stores the setting.\n"
+        "Fails if the service does not run.\n";
+    return {
+        "phone",
+        "the phones that are connected automatically",
+        {{"add",
+          "ADDRESS [--off]",
+          "Registers a phone, so that it is connected",
+          Add,
+          "Stores the phone's setting, and its masked address in the list of those that may\n"
+          "switch the TV on. A phone that is registered already keeps its place.\n",
+          {{"--off", "", "with automatic connection off"}}},
+         {"remove", "ADDRESS", "Forgets a phone", Remove},
+         {"list", "", "Lists the phones: address, setting, whether it may switch the TV on", List,
+          "A phone is connected when its setting is on and it may switch the TV on.\n"},
+         {"on", "ADDRESS", "Switches a phone's automatic connection on", SwitchOn, viaService},
+         {"off", "ADDRESS", "Switches a phone's automatic connection off", SwitchOff, viaService}}};
 }
 
 }  // namespace Tvctl

@@ -1,12 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/commands/WakeCommand.h"
-
 #include "autoconnect/src/DbusInterface.h"
 #include "common/Source.h"
 #include "platform/linux/base/Parse.h"
-#include "platform/linux/bluez/Service.h"
-#include "tools/tvctl/model/DeviceInventory.h"
+#include "platform/linux/bluez/Inspection.h"
+#include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/ServiceSignal.h"
 
 namespace Tvctl {
@@ -18,20 +16,13 @@ constexpr int kLongestRetryS = 600;
 constexpr int kSettleMs = 500;
 
 bool HasAdapter() {
-    return !Bluez::Service::Get().mirror.PoweredAdapter().empty();
+    return !Bluez::PoweredAdapter().path.empty();
 }
 
 ExitCode SendWakeUp(Console& console) {
-    const SignalResult result = SendToService(kPrepareCommand, nullptr);
-    if (!result.isHeard) {
-        return console.Fail(result.reason);
-    }
-    if (console.IsJson()) {
-        Json::Value json;
-        json["signal"] = kPrepareCommand;
-        console.Print(json);
-    }
-    return kDone;
+    const std::string failure = SendToService(kPrepareCommand, nullptr);
+    return failure.empty() ? console.Show(Object({{"signal", kPrepareCommand}}))
+                           : console.Fail(failure);
 }
 
 // Sends the wake-up each time that an adapter becomes ready within the time.
@@ -78,27 +69,7 @@ private:
     Timer m_end;
 };
 
-}  // namespace
-
-CommandGroup WakeCommand::Group() {
-    return {
-        "wake",
-        "tell the service that the TV woke up",
-        {{"",
-          "[--retry SECONDS]",
-          "Sends the signal that the TV sends around a wake-up",
-          "The service then looks for a registered phone, connects it and has it play.\n"
-          "Fails when the service does not run or does not answer. With --retry the command\n"
-          "stays that long, sends the signal again whenever a Bluetooth adapter becomes ready\n"
-          "meanwhile, as one may do some seconds after a resume, and fails when none is ready at\n"
-          "the end.\n",
-          {{"--retry", "SECONDS", "1 to 600"}},
-          0,
-          0,
-          Wake}}};
-}
-
-ExitCode WakeCommand::Wake(const Arguments& arguments, Console& console) {
+ExitCode Wake(const Arguments& arguments, Console& console) {
     if (!arguments.Has("--retry")) {
         return SendWakeUp(console);
     }
@@ -108,9 +79,26 @@ ExitCode WakeCommand::Wake(const Arguments& arguments, Console& console) {
     }
     // The service asks bluetoothd as soon as it runs and is answered first, so when this process
     // knows the adapter, a service that was just started does too.
-    static_cast<void>(AwaitBluetooth());
+    static_cast<void>(Bluez::AwaitAdapter());
     const ExitCode first = SendWakeUp(console);
     return first == kDone ? Retry(*seconds, console).Run() : first;
+}
+
+}  // namespace
+
+CommandGroup WakeCommands() {
+    return {
+        "wake",
+        "tell the service that the TV woke up",
+        {{"",
+          "[--retry SECONDS]",
+          "Sends the signal that the TV sends when it wakes up",
+          Wake,
+          "The service then looks for a registered phone, connects it and makes it play.\n"
+          "Fails if the service does not run or does not answer. With --retry the command runs\n"
+          "for that time and sends the signal again whenever a Bluetooth adapter becomes ready,\n"
+          "which may be some seconds after a resume. It then fails if none is ready at the end.\n",
+          {{"--retry", "SECONDS", "1 to 600"}}}}};
 }
 
 }  // namespace Tvctl

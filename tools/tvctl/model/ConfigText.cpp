@@ -51,6 +51,13 @@ std::optional<ConfigType> TypeNamed(const std::string& name) {
     return std::nullopt;
 }
 
+ConfigType GuessType(const std::string& text) {
+    if (Platform::ParseBool(text)) {
+        return ConfigType::kBool;
+    }
+    return Platform::ParseInt(text) ? ConfigType::kInt : ConfigType::kString;
+}
+
 std::optional<std::string> KeyMeant(const std::string& word) {
     std::string key = word;
     const auto id = Platform::ParseInt(word);
@@ -72,14 +79,20 @@ std::optional<ConfigValue> ParseValue(ConfigType type, const std::string& text) 
     return number ? std::optional<ConfigValue>({type, {}, *number}) : std::nullopt;
 }
 
-std::string TextOf(const ConfigValue& value) {
+std::string NotOfType(ConfigType type, const std::string& text) {
+    return "'" + text + "' is not " + (type == ConfigType::kInt ? "an " : "a ") + NameOf(type);
+}
+
+Json::Value ToJson(const ConfigValue& value) {
     if (value.type == ConfigType::kString) {
         return value.text;
     }
-    if (value.type == ConfigType::kBool && (value.number == 0 || value.number == 1)) {
-        return value.number != 0 ? "true" : "false";
-    }
-    return std::to_string(value.number);
+    const bool isFlag = value.type == ConfigType::kBool && (value.number == 0 || value.number == 1);
+    return isFlag ? Json::Value(value.number != 0) : Json::Value(value.number);
+}
+
+std::string TextOf(const ConfigValue& value) {
+    return ToJson(value).asString();
 }
 
 std::string LineOf(const ConfigEntry& entry) {
@@ -101,7 +114,7 @@ std::string ParseLine(const std::string& line, ConfigEntry& entry) {
     }
     const auto value = ParseValue(*type, rest);
     if (!value) {
-        return "'" + rest + "' is no " + typeName;
+        return NotOfType(*type, rest);
     }
     entry = {*key, *value};
     return "";

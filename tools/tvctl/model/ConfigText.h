@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <json/json.h>
+
 #include <optional>
 #include <string>
 
@@ -15,13 +17,18 @@ namespace Tvctl {
 [[nodiscard]] const char* NameOf(Platform::ConfigType type);
 [[nodiscard]] std::optional<Platform::ConfigType> TypeNamed(const std::string& name);
 
-// The key that a word means, which is its name or the number of a well-known one; nothing when it
-// means none.
+// The key that a word means, by its name or by the number of a well-known key; nothing when there
+// is no such key.
 [[nodiscard]] std::optional<std::string> KeyMeant(const std::string& word);
 
-// Nothing when the text is no value of the type.
+// The type that a text without one looks like.
+[[nodiscard]] Platform::ConfigType GuessType(const std::string& text);
+
+// Nothing when the text is not a value of the type; NotOfType says so.
 [[nodiscard]] std::optional<Platform::ConfigValue> ParseValue(Platform::ConfigType type,
                                                               const std::string& text);
+[[nodiscard]] std::string NotOfType(Platform::ConfigType type, const std::string& text);
+[[nodiscard]] Json::Value ToJson(const Platform::ConfigValue& value);
 [[nodiscard]] std::string TextOf(const Platform::ConfigValue& value);
 
 // One line without its end: key, type and value with a tab between them.

@@ -2,11 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/model/DeviceInventory.h"
 
-#include <algorithm>
-
-#include "common/Source.h"
 #include "platform/bluetooth.h"
-#include "platform/linux/bluez/Service.h"
+#include "platform/linux/bluez/Inspection.h"
 #include "utility/BluetoothUtil.h"
 #include "utility/OpenedDatabase.h"
 
@@ -16,10 +13,6 @@ namespace {
 
 using Util::BluetoothUtil;
 using Util::OpenedDatabase;
-
-// A daemon that runs answers at once; one that hangs is not waited for longer than an engineer
-// would.
-constexpr int kAwaitMs = 5000;
 
 bool CollectDevice(bt_device_info_s* info, void* data) noexcept {
     DeviceEntry device;
@@ -32,34 +25,22 @@ bool CollectDevice(bt_device_info_s* info, void* data) noexcept {
 
 }  // namespace
 
-std::string AwaitBluetooth() {
-    const Bluez::Mirror& mirror = Bluez::Service::Get().mirror;
-    bool isLate = false;
-    const Timer deadline = Timer::Once(kAwaitMs, [&isLate] { isLate = true; });
-    while (!mirror.IsSettled() && !isLate) {
-        g_main_context_iteration(nullptr, TRUE);
-    }
-    if (!mirror.IsSettled()) {
-        return "bluetoothd does not answer";
-    }
-    if (mirror.Connection() == nullptr) {
-        return "the system bus cannot be reached";
-    }
-    if (!mirror.IsFilled()) {
-        return "bluetoothd is not on the bus";
-    }
-    return mirror.PoweredAdapter().empty() ? "there is no powered Bluetooth adapter" : "";
-}
-
 std::string CheckDatabase() {
     const OpenedDatabase database;
-    // A file that is no database opens all the same, and has no tables.
+    // A file that is not a database opens all the same, and has no tables.
     const bool isUsable = database && database->IsTableExist("bt_device_info");
-    return isUsable ? "" : "the device database cannot be used; --verbose tells why";
+    return isUsable ? "" : "the device database cannot be used; --verbose shows why";
 }
 
-std::vector<DeviceEntry> ListDevices() {
+std::vector<DeviceEntry> ListDevices(std::string& obstacle) {
     std::vector<DeviceEntry> devices;
+    obstacle = Bluez::AwaitAdapter();
+    if (obstacle.empty()) {
+        obstacle = CheckDatabase();
+    }
+    if (!obstacle.empty()) {
+        return devices;
+    }
     bt_adapter_foreach_bonded_device(CollectDevice, &devices);
     for (DeviceEntry& device : devices) {
         device.type = BluetoothUtil::GetDeviceType(device.address);
@@ -69,14 +50,6 @@ std::vector<DeviceEntry> ListDevices() {
         device.isUsed = BluetoothUtil::IsUseDevice(device.address);
     }
     return devices;
-}
-
-std::optional<DeviceEntry> FindDevice(const std::string& address) {
-    const std::vector<DeviceEntry> devices = ListDevices();
-    const auto found =
-        std::find_if(devices.begin(), devices.end(),
-                     [&address](const DeviceEntry& device) { return device.address == address; });
-    return found == devices.end() ? std::nullopt : std::optional<DeviceEntry>(*found);
 }
 
 bool IsInDatabase(const std::string& address) {

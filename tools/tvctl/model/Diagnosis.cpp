@@ -22,49 +22,15 @@ Finding CheckService(std::optional<bool> isRunning) {
                  isRunning ? "start bt-autoconnect" : "start the system bus");
 }
 
-Finding CheckProduct(bool isZemi) {
-    return Check(
-        "the product is a rotating TV", isZemi,
-        isZemi ? "display_rotator_supported is true" : "display_rotator_supported is not true",
-        "tvctl feature set com.velmora/featureconf/display_rotator_supported true");
-}
-
-Finding CheckReason(int reason) {
-    return Check("the wake-up reason lets phones be connected",
-                 Conditions::IsWakeUpReasonAccepted(reason),
-                 "the reason is " + std::to_string(reason), "tvctl power set wakeup-reason 0");
-}
-
-Finding CheckBlock(int blocked) {
-    return Check("no key forbids it", !Conditions::IsBlocked(blocked),
-                 Util::VconfUtil::keys[Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL] +
-                     " is " + std::to_string(blocked),
-                 "tvctl conf set memory/bluetooth_nirvoui/musictvfail 0");
-}
-
-Finding CheckAdapter(const Examination& examination) {
-    const std::string& obstacle = examination.bluetoothObstacle;
-    return Check("Bluetooth is on", obstacle.empty(),
-                 obstacle.empty() ? examination.adapter : obstacle,
-                 "start bluetoothd; bluetoothctl power on");
-}
-
 Finding CheckPhones(const Examination& examination) {
     if (!examination.registryFault.empty()) {
         return Check("a phone is registered", false, examination.registryFault,
-                     "tvctl conf list shows the keys; mend or unset the broken one");
+                     "tvctl conf list shows the keys; repair or unset the broken one");
     }
     return Check("a phone is registered", !examination.phones.empty(),
                  std::to_string(examination.phones.size()) + " of " +
                      std::to_string(examination.registered) + " registered phones qualify",
                  "tvctl phone add ADDRESS; tvctl phone list shows what each lacks");
-}
-
-Finding CheckAmbient(int mode, int type) {
-    return Check("the ambient picture shows",
-                 Conditions::IsAmbientModeAccepted(mode) && Conditions::IsAmbientTypeAccepted(type),
-                 "ambient mode " + std::to_string(mode) + ", type " + std::to_string(type),
-                 "tvctl power set ambient-mode 1; tvctl power set ambient-type 1");
 }
 
 Finding CheckPhone(const ListedPhone& phone) {
@@ -83,47 +49,63 @@ Finding CheckPhone(const ListedPhone& phone) {
     return finding;
 }
 
-Finding CheckSink(bool hasSink) {
-    return Check("something renders the music", hasSink,
-                 hasSink ? "an A2DP sink is registered" : "no A2DP sink is registered",
-                 "start PipeWire, PulseAudio or bluez-alsa with Bluetooth");
+// What the TV and Bluetooth must be like, whichever phone it is.
+std::vector<Finding> CheckSurroundings(const Examination& seen) {
+    const std::string& obstacle = seen.bluetoothObstacle;
+    return {CheckService(seen.isServiceRunning),
+            Check("the product is a rotating TV", seen.isZemi,
+                  seen.isZemi ? "display_rotator_supported is true"
+                              : "display_rotator_supported is not true",
+                  "tvctl feature set com.velmora/featureconf/display_rotator_supported true"),
+            Check("the wake-up reason lets phones be connected",
+                  Conditions::IsWakeUpReasonAccepted(seen.wakeUpReason),
+                  "the reason is " + std::to_string(seen.wakeUpReason),
+                  "tvctl power set wakeup-reason 0"),
+            Check("no key forbids it", !Conditions::IsBlocked(seen.blocked),
+                  Util::VconfUtil::keys[Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL] +
+                      " is " + std::to_string(seen.blocked),
+                  "tvctl conf set memory/bluetooth_nirvoui/musictvfail 0"),
+            Check("Bluetooth is on", obstacle.empty(), obstacle.empty() ? seen.adapter : obstacle,
+                  "start bluetoothd; bluetoothctl power on"),
+            CheckPhones(seen),
+            Check("the ambient picture shows",
+                  Conditions::IsAmbientModeAccepted(seen.ambientMode) &&
+                      Conditions::IsAmbientTypeAccepted(seen.ambientType),
+                  "ambient mode " + std::to_string(seen.ambientMode) + ", type " +
+                      std::to_string(seen.ambientType),
+                  "tvctl power set ambient-mode 1; tvctl power set ambient-type 1")};
 }
 
-// The service's own scan looks the same from here.
-Finding CheckDiscovery(bool isDiscovering) {
-    return Check("no other program discovers devices", !isDiscovering,
-                 isDiscovering ? "one does; within 5 s of a wake-up it may be the service"
-                               : "the adapter is quiet",
-                 "close Bluetooth settings; 'scan off' in bluetoothctl");
-}
-
-Finding CheckPlayer(bool isInstalled) {
-    return Check("the media player is installed", isInstalled,
-                 std::string(Conditions::kMediaPlayerAppId) +
-                     (isInstalled ? " can be started" : " cannot be started by the bus"),
-                 "install its D-Bus service file");
+void CheckAudio(const Examination& seen, std::vector<Finding>& findings) {
+    for (const ListedPhone& phone : seen.phones) {
+        findings.push_back(CheckPhone(phone));
+    }
+    findings.push_back(
+        Check("something renders the music", seen.hasSink,
+              seen.hasSink ? "an A2DP sink is registered" : "no A2DP sink is registered",
+              "start PipeWire, PulseAudio or bluez-alsa with Bluetooth"));
+    // The service's own scan looks the same from here.
+    findings.push_back(Check("no other program discovers devices", !seen.isDiscovering,
+                             seen.isDiscovering
+                                 ? "one does; within 5 s of a wake-up it may be the service"
+                                 : "the adapter is quiet",
+                             "close Bluetooth settings; 'scan off' in bluetoothctl"));
 }
 
 }  // namespace
 
 std::vector<Finding> Diagnose(const Examination& examination) {
-    std::vector<Finding> findings = {
-        CheckService(examination.isServiceRunning),
-        CheckProduct(examination.isZemi),
-        CheckReason(examination.wakeUpReason),
-        CheckBlock(examination.blocked),
-        CheckAdapter(examination),
-        CheckPhones(examination),
-        CheckAmbient(examination.ambientMode, examination.ambientType)};
+    std::vector<Finding> findings = CheckSurroundings(examination);
     if (examination.bluetoothObstacle.empty()) {
-        for (const ListedPhone& phone : examination.phones) {
-            findings.push_back(CheckPhone(phone));
-        }
-        findings.push_back(CheckSink(examination.hasSink));
-        findings.push_back(CheckDiscovery(examination.isDiscovering));
+        CheckAudio(examination, findings);
     }
     if (examination.isServiceRunning) {
-        findings.push_back(CheckPlayer(examination.isPlayerInstalled.value_or(false)));
+        const bool isInstalled = examination.isPlayerInstalled;
+        findings.push_back(
+            Check("the media player is installed", isInstalled,
+                  std::string(Conditions::kMediaPlayerAppId) +
+                      (isInstalled ? " can be started" : " cannot be started by the bus"),
+                  "install its D-Bus service file"));
     }
     return findings;
 }

@@ -17,9 +17,9 @@ struct ListedPhone {
     bool isConnected = false;
 };
 
-// What the doctor found. Where an optional is empty the system bus did not answer.
+// What the doctor found.
 struct Examination {
-    std::optional<bool> isServiceRunning;
+    std::optional<bool> isServiceRunning;  // empty when the system bus did not answer
     bool isZemi = false;
     int wakeUpReason = 0;
     int blocked = 0;                // of the key that forbids an attempt
@@ -32,7 +32,7 @@ struct Examination {
     int ambientType = 0;
     bool hasSink = false;
     bool isDiscovering = false;  // the adapter, for whatever program
-    std::optional<bool> isPlayerInstalled;
+    bool isPlayerInstalled = false;
 };
 
 // One condition between a wake-up and music.

@@ -4,8 +4,7 @@
 #include "autoconnect/src/DbusInterface.h"
 #include "platform/device_power.h"
 #include "platform/linux/application/ApplicationBus.h"
-#include "platform/linux/bluez/Service.h"
-#include "tools/tvctl/model/DeviceInventory.h"
+#include "platform/linux/bluez/Inspection.h"
 #include "tools/tvctl/model/Diagnosis.h"
 #include "tools/tvctl/model/PhoneRegistry.h"
 #include "utility/CommonUtil.h"
@@ -15,15 +14,6 @@
 namespace Tvctl {
 
 namespace {
-
-ListedPhone LookAt(const std::string& address) {
-    const Bluez::Mirror& mirror = Bluez::Service::Get().mirror;
-    const Bluez::Device* device =
-        mirror.FindDevice(mirror.DevicePath(mirror.PoweredAdapter(), address));
-    return device == nullptr ? ListedPhone{address}
-                             : ListedPhone{address, device->HoldsBond(), device->hasA2dpSource,
-                                           device->isConnected};
-}
 
 void LookAtPhones(Examination& examination) {
     PhoneRegistry registry;
@@ -35,7 +25,10 @@ void LookAtPhones(Examination& examination) {
     examination.registered = phones->size();
     for (const Phone& phone : *phones) {
         if (phone.Qualifies()) {
-            examination.phones.push_back(LookAt(Util::CommonUtil::ToCapital(phone.address)));
+            const std::string address = Util::CommonUtil::ToCapital(phone.address);
+            const Bluez::DeviceState state = Bluez::StateOf(address);
+            examination.phones.push_back(
+                {address, state.isBonded, state.hasA2dpSource, state.isConnected});
         }
     }
 }
@@ -50,17 +43,17 @@ Examination Examine() {
     Util::VconfUtil::GetVconf(Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL,
                               examination.blocked);
     examination.bluetoothObstacle =
-        examination.isServiceRunning ? AwaitBluetooth() : "the system bus does not answer";
-    const Bluez::Mirror& mirror = Bluez::Service::Get().mirror;
-    examination.adapter = mirror.PoweredAdapter();
+        examination.isServiceRunning ? Bluez::AwaitAdapter() : "the system bus does not answer";
+    const Bluez::AdapterState adapter = Bluez::PoweredAdapter();
+    examination.adapter = adapter.path;
+    examination.hasSink = adapter.hasA2dpSink;
+    examination.isDiscovering = adapter.isDiscovering;
     LookAtPhones(examination);
     examination.ambientMode = device_power_get_ambient_mode();
     examination.ambientType = device_power_get_ambient_type();
-    const Bluez::Adapter* adapter = mirror.FindAdapter(examination.adapter);
-    examination.hasSink = adapter != nullptr && adapter->hasA2dpSink;
-    examination.isDiscovering = adapter != nullptr && adapter->isDiscovering;
     if (examination.isServiceRunning) {
-        examination.isPlayerInstalled = Platform::IsInstalled(Conditions::kMediaPlayerAppId);
+        examination.isPlayerInstalled =
+            Platform::IsInstalled(Conditions::kMediaPlayerAppId).value_or(false);
     }
     return examination;
 }

@@ -24,7 +24,7 @@ using Platform::ConfigType;
 constexpr size_t kSettingsId = Util::VCONF_KEY_DB_NIRVO_MUSICTV_PAIRED3;
 constexpr size_t kMasksId = Util::VCONF_KEY_DB_ORG_ORLIX_BLEAPP_ADDED_MOBILE_KEYLIST;
 constexpr char kMaskSeparator = ',';
-// Others write the keys, too; each attempt begins with what they wrote.
+// Others write the keys too; each attempt begins with what they wrote.
 constexpr int kMaxAttempts = 20;
 
 const std::string& KeyName(size_t id) {
@@ -47,7 +47,7 @@ std::string Pack(const std::vector<std::string>& masks) {
     return packed;
 }
 
-// A stored string, "" when the key is not set; nothing, with the reason, when it cannot be had.
+// A stored string, "" when the key is not set; nothing, with the reason, when it cannot be read.
 std::optional<std::string> ReadKey(size_t id, int64_t& revision, std::string& reason) {
     const std::string& key = KeyName(id);
     const ConfigLookup lookup = ConfigStore::Instance().Lookup(key);
@@ -60,7 +60,7 @@ std::optional<std::string> ReadKey(size_t id, int64_t& revision, std::string& re
         return std::nullopt;
     }
     if (lookup.value.type != ConfigType::kString) {
-        reason = key + " holds no text; it is left alone";
+        reason = key + " is not a string and is left alone";
         return std::nullopt;
     }
     return lookup.value.text;
@@ -75,10 +75,6 @@ ConfigStatus WriteKey(size_t id, const std::string& text, int64_t revision) {
 bool PhoneRegistry::Fail(const std::string& reason) {
     m_failure = reason;
     return false;
-}
-
-bool PhoneRegistry::Load() {
-    return LoadSettings() && LoadMasks();
 }
 
 bool PhoneRegistry::LoadSettings() {
@@ -124,61 +120,58 @@ bool PhoneRegistry::LoadMasks() {
 }
 
 PhoneRegistry::Outcome PhoneRegistry::Add(const std::string& address, bool enabled) {
-    return Change(&PhoneRegistry::AddTo, address, enabled);
+    return Change([&] { AddTo(address, enabled ? "Y" : "N"); });
 }
 
 PhoneRegistry::Outcome PhoneRegistry::Remove(const std::string& address) {
-    return Change(&PhoneRegistry::RemoveFrom, address, false);
+    return Change([&] { RemoveFrom(address); });
 }
 
-PhoneRegistry::Outcome PhoneRegistry::Change(Edit edit, const std::string& address, bool enabled) {
-    bool settingsWritten = false;
+PhoneRegistry::Outcome PhoneRegistry::Change(const std::function<void()>& edit) {
+    bool isHalfDone = false;
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-        if (!Load()) {
+        if (!LoadSettings() || !LoadMasks()) {
             return Outcome::kFailed;
         }
-        const Json::Value before = m_settings;
-        if (!(this->*edit)(address, enabled) && !settingsWritten) {
+        const Json::Value settings = m_settings;
+        const std::vector<std::string> masks = m_masks;
+        edit();
+        const bool hasNewSettings = m_settings != settings;
+        if (!hasNewSettings && m_masks == masks && !isHalfDone) {
             return Outcome::kNothingToDo;
         }
         ConfigStatus status = ConfigStatus::kOk;
-        size_t id = kSettingsId;
-        if (m_settings != before) {
-            status = WriteKey(id, Util::JsonUtil::JsonToString(m_settings), m_settingsRevision);
-            settingsWritten = settingsWritten || status == ConfigStatus::kOk;
+        if (hasNewSettings) {
+            status =
+                WriteKey(kSettingsId, Util::JsonUtil::JsonToString(m_settings), m_settingsRevision);
+            isHalfDone = isHalfDone || status == ConfigStatus::kOk;
         }
         if (status == ConfigStatus::kOk) {
             // Written even when it stays the same, and last: it is the key that the service
             // watches, and with it the service reads both.
-            id = kMasksId;
-            status = WriteKey(id, Pack(m_masks), m_masksRevision);
+            status = WriteKey(kMasksId, Pack(m_masks), m_masksRevision);
         }
         if (status == ConfigStatus::kOk) {
             return Outcome::kDone;
         }
         if (status != ConfigStatus::kChanged) {
-            m_failure = ConfigStore::Instance().LastFailure(KeyName(id));
+            // The keys are in the same file.
+            m_failure = ConfigStore::Instance().LastFailure(KeyName(kMasksId));
             return Outcome::kFailed;
         }
     }
-    m_failure = "the keys of the registered phones are being written all the time by others";
+    m_failure = "other programs keep changing the keys; gave up";
     return Outcome::kFailed;
 }
 
-bool PhoneRegistry::AddTo(const std::string& address, bool enabled) {
-    const char* value = enabled ? "Y" : "N";
-    bool changed = false;
+void PhoneRegistry::AddTo(const std::string& address, const char* value) {
     std::string spelling = Util::CommonUtil::ToCapital(address);
     bool isThere = false;
     for (Json::Value& phone : m_settings) {
-        if (!IsSamePhone(phone["address"].asString(), address)) {
-            continue;
-        }
-        isThere = true;
-        spelling = phone["address"].asString();
-        if (phone["value"] != value) {
+        if (IsSamePhone(phone["address"].asString(), address)) {
+            isThere = true;
+            spelling = phone["address"].asString();
             phone["value"] = value;
-            changed = true;
         }
     }
     if (!isThere) {
@@ -186,35 +179,30 @@ bool PhoneRegistry::AddTo(const std::string& address, bool enabled) {
         phone["address"] = spelling;
         phone["value"] = value;
         m_settings.append(phone);
-        changed = true;
     }
     const std::string mask = MobileList::GetXorMac(spelling);
     if (!Contains(m_masks, mask)) {
         m_masks.push_back(mask);
-        changed = true;
     }
-    return changed;
 }
 
-bool PhoneRegistry::RemoveFrom(const std::string& address, bool /*enabled*/) {
+void PhoneRegistry::RemoveFrom(const std::string& address) {
     Json::Value kept(Json::arrayValue);
     for (const Json::Value& phone : m_settings) {
         if (!IsSamePhone(phone["address"].asString(), address)) {
             kept.append(phone);
         }
     }
+    m_settings = kept;
     const auto end =
         std::remove_if(m_masks.begin(), m_masks.end(), [&address](const std::string& mask) {
             return IsSamePhone(MobileList::GetXorMac(mask), address);
         });
-    const bool changed = kept != m_settings || end != m_masks.end();
     m_masks.erase(end, m_masks.end());
-    m_settings = kept;
-    return changed;
 }
 
 std::optional<std::vector<Phone>> PhoneRegistry::List() {
-    if (!Load()) {
+    if (!LoadSettings() || !LoadMasks()) {
         return std::nullopt;
     }
     std::vector<Phone> phones;

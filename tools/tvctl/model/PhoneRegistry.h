@@ -5,6 +5,7 @@
 #include <json/json.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,7 +22,7 @@ struct Phone {
 };
 
 // The registered phones in the configuration store: the phones' settings as JSON, and the packed
-// masked addresses of those that may switch the TV on. A phone is connected when both have it.
+// masked addresses of those that may switch the TV on. A phone is connected when both hold it.
 // What else the keys hold is kept; keys that cannot be understood are left alone.
 class PhoneRegistry {
 public:
@@ -42,14 +43,12 @@ public:
     [[nodiscard]] const std::string& Failure() const { return m_failure; }
 
 private:
-    using Edit = bool (PhoneRegistry::*)(const std::string& address, bool enabled);
-
-    [[nodiscard]] bool Load();
     [[nodiscard]] bool LoadSettings();
     [[nodiscard]] bool LoadMasks();
-    [[nodiscard]] Outcome Change(Edit edit, const std::string& address, bool enabled);
-    bool AddTo(const std::string& address, bool enabled);
-    bool RemoveFrom(const std::string& address, bool enabled);
+    // Lets `edit` change what was read, and writes it if it changed.
+    [[nodiscard]] Outcome Change(const std::function<void()>& edit);
+    void AddTo(const std::string& address, const char* value);
+    void RemoveFrom(const std::string& address);
     [[nodiscard]] bool Fail(const std::string& reason);
 
     Json::Value m_settings;

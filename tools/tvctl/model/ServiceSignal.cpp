@@ -40,19 +40,18 @@ std::string WhyUnheard(GDBusConnection* bus) {
 
 }  // namespace
 
-SignalResult SendToService(const char* command, GVariant* parameters) {
+std::string SendToService(const char* command, GVariant* parameters) {
     const GVariantPtr held(parameters != nullptr ? g_variant_ref_sink(parameters) : nullptr);
     GErrorPtr error;
     const GObjectPtr<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, Out(error)));
     if (bus == nullptr) {
-        return {false, "no system bus: " + Platform::DescribeError(*error)};
+        return "no system bus: " + Platform::DescribeError(*error);
     }
     if (g_dbus_connection_emit_signal(bus.get(), nullptr, kObjectPath, kInterfaceName, command,
                                       parameters, Out(error)) == FALSE) {
-        return {false, "the signal was not sent: " + Platform::DescribeError(*error)};
+        return "the signal was not sent: " + Platform::DescribeError(*error);
     }
-    const std::string reason = WhyUnheard(bus.get());
-    return {reason.empty(), reason};
+    return WhyUnheard(bus.get());
 }
 
 }  // namespace Tvctl

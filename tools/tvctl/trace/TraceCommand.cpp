@@ -138,14 +138,12 @@ CommandGroup TraceCommand::Group() {
         {{"",
           "[FILE] [--svg OUT]",
           "Shows the timeline of each wake-up that the service's log tells of",
+          Trace,
           "FILE is a log of the service as it comes on standard error, or as journalctl prints\n"
           "it with -o short, short-precise, short-iso or short-iso-precise; - is standard\n"
           "input. Without FILE the journal of bt-autoconnect.service since the boot is read.\n"
           "Times are seconds from the wake-up's signal. Fails when there is no wake-up in it.\n",
-          {{"--svg", "OUT", "draw the timelines into the file OUT, too"}},
-          0,
-          1,
-          Trace}}};
+          {{"--svg", "OUT", "draw the timelines into the file OUT, too"}}}}};
 }
 
 ExitCode TraceCommand::Trace(const Arguments& arguments, Console& console) {
