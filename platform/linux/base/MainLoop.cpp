@@ -2,18 +2,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/base/MainLoop.h"
 
-#include <gio/gio.h>
 #include <systemd/sd-daemon.h>
 
 #include <cstdint>
 
-#include "common/CHandle.h"
 #include "common/Source.h"
 #include "platform/linux/base/PlatformLog.h"
 
 namespace Platform {
 
 namespace {
+
+// An object of each process on the system bus, with an interface that is empty: its main loop
+// answers org.freedesktop.DBus.Properties.GetAll. Other questions, org.freedesktop.DBus.Peer and
+// introspection, are answered by the bus library on a thread of its own, also while the loop hangs.
+constexpr char kMainLoopPath[] = "/com/velmora/tv/platform";
+constexpr char kMainLoopInterface[] = "com.velmora.tv.platform.MainLoop";
 
 Timer Beat() {
     std::uint64_t intervalUs = 0;
@@ -46,6 +50,15 @@ void TellOfMainLoop() {
         g_bus_get(G_BUS_TYPE_SYSTEM, nullptr, OnBus, nullptr);
         return Beat();
     }();
+}
+
+GErrorPtr AskMainLoop(GDBusConnection* bus, const char* name, int timeoutMs) {
+    GErrorPtr error;
+    const GVariantPtr reply(g_dbus_connection_call_sync(
+        bus, name, kMainLoopPath, "org.freedesktop.DBus.Properties", "GetAll",
+        g_variant_new("(s)", kMainLoopInterface), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START,
+        timeoutMs, nullptr, Out(error)));
+    return error;
 }
 
 }  // namespace Platform

@@ -2,18 +2,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <gio/gio.h>
+
+#include "common/CHandle.h"
+
 namespace Platform {
 
-// An object of the process on the system bus, with an interface that is empty:
-// org.freedesktop.DBus.Properties.GetAll of it is answered by the main loop. What other questions a
-// process answers by itself, org.freedesktop.DBus.Peer and introspection, the bus library answers
-// on a thread of its own, also while the loop hangs.
-inline constexpr char kMainLoopPath[] = "/com/velmora/tv/platform";
-inline constexpr char kMainLoopInterface[] = "com.velmora.tv.platform.MainLoop";
-
-// Lets others see whether the main loop runs: programs that ask that object, and systemd, if it
+// Lets others see whether the main loop runs: AskMainLoop of another process, and systemd, if it
 // watches this process (WatchdogSec=), twice in each interval in which it wants to hear of it. To
 // be called on the main loop, before a name on the bus is asked for; a second time it does nothing.
 void TellOfMainLoop();
+
+// Asks the main loop of the process that owns the name on the bus, and waits for the answer. Null
+// when it answered. Does not start a process.
+[[nodiscard]] GErrorPtr AskMainLoop(GDBusConnection* bus, const char* name, int timeoutMs);
 
 }  // namespace Platform

@@ -16,14 +16,9 @@ constexpr int kAnswerMs = 5000;
 
 // Why the service may not have heard what was just sent to it; empty when it has. The bus delivers
 // in order, and by the package's policy it lets a question through where it lets a signal through.
-// The question is one that the main loop answers.
 std::string WhyUnheard(GDBusConnection* bus) {
-    GErrorPtr error;
-    const GVariantPtr reply(g_dbus_connection_call_sync(
-        bus, kServiceName, Platform::kMainLoopPath, "org.freedesktop.DBus.Properties", "GetAll",
-        g_variant_new("(s)", Platform::kMainLoopInterface), nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, kAnswerMs, nullptr, Out(error)));
-    if (reply != nullptr) {
+    const GErrorPtr error = Platform::AskMainLoop(bus, kServiceName, kAnswerMs);
+    if (error == nullptr) {
         return "";
     }
     if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED)) {
