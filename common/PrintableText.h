@@ -4,6 +4,7 @@
 
 #include <glib.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -42,4 +43,18 @@ inline void AppendPrintable(std::string& out, std::string_view text, std::string
         }
         at = next;
     }
+}
+
+// The text without a terminal's colours and other sequences "ESC [ ... letter".
+inline std::string WithoutColours(std::string_view text) {
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\x1B' || i + 1 >= text.size() || text[i + 1] != '[') {
+            plain += text[i];
+            continue;
+        }
+        for (i += 2; i < text.size() && (text[i] < '@' || text[i] > '~'); ++i) {
+        }
+    }
+    return plain;
 }

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/scenario-runner/ScenarioRun.h"
 
-#include <algorithm>
 #include <csignal>
 
 #include "autoconnect/src/DbusInterface.h"
+#include "common/PrintableText.h"
 
 namespace ScenarioRunner {
 namespace {
@@ -14,19 +14,6 @@ constexpr char kProductLine[] = "com.velmora/featureconf/display_rotator_support
 // Nothing before the wake-up takes longer on any machine that still works.
 constexpr int kStartMs = 20000;
 constexpr int kStopMs = 3000;
-
-// The line without the colours that a terminal gets.
-std::string WithoutColours(const std::string& line) {
-    std::string plain;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] != '\x1B') {
-            plain += line[i];
-            continue;
-        }
-        i = std::min(line.find('m', i), line.size());
-    }
-    return plain;
-}
 
 std::string Seconds(gint64 us) {
     const gint64 tenths = (us + 50000) / 100000;

@@ -2,33 +2,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/bluez/Path.h"
 
-#include <glib.h>
-
 #include <algorithm>
 #include <charconv>
-#include <cstring>
+
+#include "common/Address.h"
+#include "common/CHandle.h"
 
 namespace Bluez {
 
-namespace {
-
-constexpr std::size_t kAddressLength = 17;
-
-}  // namespace
-
 std::string CanonicalAddress(const char* address) {
-    std::string canonical;
-    if (address == nullptr || std::strlen(address) != kAddressLength) {
-        return canonical;
-    }
-    for (std::size_t i = 0; i < kAddressLength; ++i) {
-        const bool isSeparator = i % 3 == 2;
-        if (isSeparator ? address[i] != ':' : !g_ascii_isxdigit(address[i])) {
-            return "";
-        }
-        canonical += g_ascii_toupper(address[i]);
-    }
-    return canonical;
+    return address != nullptr && IsAddress(address) ? GStringPtr(g_ascii_strup(address, -1)).get()
+                                                    : "";
 }
 
 std::string AddressOfPath(const std::string& path) {
