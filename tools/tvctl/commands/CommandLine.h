@@ -10,15 +10,15 @@
 
 #include "tools/tvctl/commands/Console.h"
 
-// GOptionContext is not used here: it would take a value such as -5 in "conf set KEY -5" for
-// options, and has no commands.
+// GOptionContext does not fit: it takes the value in "conf set KEY -5" for an option, and it has no
+// commands.
 
 namespace Tvctl {
 
 // The words of the command line after the command's name.
 struct Arguments {
     std::vector<std::string> positional;
-    std::map<std::string, std::string> options;  // by name, "" as the value of a mere switch
+    std::map<std::string, std::string> options;  // by name; the value of a switch is ""
 
     [[nodiscard]] bool Has(const std::string& option) const { return options.count(option) > 0; }
     [[nodiscard]] std::optional<std::string> Option(const std::string& option) const;
@@ -30,9 +30,9 @@ struct OptionRule {
     std::string summary;
 };
 
-// One thing that can be done. A group of one command gives it an empty name.
+// One thing that can be done.
 struct Command {
-    std::string name;
+    std::string name;  // the second word; empty when the group has only this command
     // Names the arguments and says how many there are: "NAME VALUE", "[FILE]" for one that may be
     // missing, "KEY..." for one or more. Options follow in brackets: "ADDRESS [--off]". An ADDRESS
     // and a KEY are checked before the command runs.

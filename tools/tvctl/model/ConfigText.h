@@ -34,8 +34,8 @@ namespace Tvctl {
 // One line without its end: key, type and value with a tab between them.
 [[nodiscard]] std::string LineOf(const Platform::ConfigEntry& entry);
 // Reads such a line, or one that was typed with blanks between the three; the value is the rest of
-// the line and may be empty. What is wrong with the line when `entry` was left as it is, else
-// empty.
+// the line and may be empty. Returns "", or what is wrong with the line and leaves `entry` as it
+// is.
 [[nodiscard]] std::string ParseLine(const std::string& line, Platform::ConfigEntry& entry);
 
 }  // namespace Tvctl

@@ -9,7 +9,7 @@
 
 namespace Tvctl {
 
-// A phone that the service would list, and what bluetoothd knows of it.
+// A phone that the service would list, and what bluetoothd knows about it.
 struct ListedPhone {
     std::string address;  // upper case
     bool isBonded = false;
@@ -31,7 +31,7 @@ struct Examination {
     int ambientMode = 0;
     int ambientType = 0;
     bool hasSink = false;
-    bool isDiscovering = false;  // the adapter, for whatever program
+    bool isDiscovering = false;  // the adapter, for any program
     bool isPlayerInstalled = false;
 };
 
