@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "platform/database.h"
 #include "tests/e2e/Bench.h"
@@ -44,14 +45,16 @@ void Sql(const SqlitePtr& connection, const std::string& sql) {
 class Devices : public Bench {
 protected:
     void SimulateDevices() {
-        std::string scenario = "[phone Stranger]\naddress=A0:00:00:00:00:0A\nbonded=false\n";
+        std::ostringstream scenario("[phone Stranger]\naddress=A0:00:00:00:00:0A\nbonded=false\n",
+                                    std::ios::ate);
         int number = 0;
         for (const KnownDevice& device : kDevices) {
-            const std::string id = std::to_string(++number);
-            scenario += "[phone " + id + "]\naddress=" + kAddresses + id + "\nname=" + device.name +
-                        "\n" + device.keys + "\n";
+            ++number;
+            scenario << "[phone " << number << "]\naddress=" << kAddresses << number
+                     << "\nname=" << device.name << "\n"
+                     << device.keys << "\n";
         }
-        StartSimulator(scenario);
+        StartSimulator(scenario.str());
     }
     [[nodiscard]] std::string Database() const {
         return Root() + "/opt/usr/home/owner/apps_rw/org.orlix.nirvo/data/BT_Connection_record.db";
