@@ -3,7 +3,6 @@
 #include "tools/tvctl/commands/CommandLine.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iomanip>
 #include <sstream>
 
@@ -134,26 +133,32 @@ std::string Sort(const Command& command, const std::vector<std::string>& words,
     return "";
 }
 
+// What is wrong with an argument that the synopsis calls `name`, or "".
+std::string CheckKind(const std::string& name, const std::string& argument) {
+    for (const Kind& kind : kKinds) {
+        if (Util::CommonUtil::StartsWith(name, kind.name) && !kind.accepts(argument)) {
+            return "'" + argument + "' is not " + kind.description;
+        }
+    }
+    return "";
+}
+
 // What is wrong with the arguments, or "".
 std::string Check(const std::vector<std::string>& arguments, const std::string& synopsis,
                   const std::string& usage) {
     auto argument = arguments.begin();
     std::istringstream names(synopsis);
-    // Only options follow a "[--".
-    for (std::string name; names >> name && name.compare(0, 3, "[--") != 0;) {
+    // Only options follow a "|" and a "[--".
+    for (std::string name; names >> name && name != "|" && name.compare(0, 3, "[--") != 0;) {
         if (argument == arguments.end()) {
             return name[0] == '[' ? "" : usage;
         }
-        const bool isRepeated = name.back() == '.';
-        const auto end = isRepeated ? arguments.end() : argument + 1;
-        for (; argument != end; ++argument) {
-            for (const Kind& kind : kKinds) {
-                if (name.compare(0, std::strlen(kind.name), kind.name) == 0 &&
-                    !kind.accepts(*argument)) {
-                    return "'" + *argument + "' is not " + kind.description;
-                }
+        do {
+            std::string mistake = CheckKind(name, *argument);
+            if (!mistake.empty()) {
+                return mistake;
             }
-        }
+        } while (++argument != arguments.end() && name.back() == '.');
     }
     return argument == arguments.end() ? "" : usage;
 }

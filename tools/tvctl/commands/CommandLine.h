@@ -34,12 +34,12 @@ struct OptionRule {
 struct Command {
     std::string name;  // the second word; empty when the group has only this command
     // Names the arguments and says how many there are: "NAME VALUE", "[FILE]" for one that may be
-    // missing, "KEY..." for one or more. Options follow in brackets: "ADDRESS [--off]". An ADDRESS
-    // and a KEY are checked before the command runs.
+    // missing, "KEY..." for one or more. Options follow: "ADDRESS [--off]", "[FILE | --at PLACE]".
+    // An ADDRESS and a KEY are checked before the command runs.
     std::string synopsis;
     std::string summary;  // one line, without a full stop
     ExitCode (*run)(const Arguments&, Console&);
-    std::string details = "";  // whole lines for its help; may be empty
+    std::string details = {};  // whole lines for its help; may be empty
     std::vector<OptionRule> options = {};
 };
 
