@@ -39,8 +39,8 @@ struct Examination {
 struct Finding {
     std::string condition;
     bool holds = false;
-    std::string found;   // what is there instead, or that makes it hold
-    std::string remedy;  // what would make it hold; empty when it does
+    std::string found;   // what is there, whether it holds or not
+    std::string remedy;  // a fix; empty when it holds
 };
 
 // Looks at everything that a wake-up depends on. Waits some seconds for bluetoothd at most.
