@@ -5,10 +5,14 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <utility>
 
 namespace Tvctl {
 
 namespace {
+
+// By Verdict.
+constexpr const char* kVerdicts[] = {"plays", "connected", "nobody", "refused", "unknown"};
 
 struct Line {
     double time = 0;
@@ -16,21 +20,22 @@ struct Line {
     std::string text;
 };
 
-std::string Join(const std::vector<std::string>& texts) {
-    std::string joined;
-    for (const std::string& text : texts) {
-        joined += (joined.empty() ? "" : ", ") + text;
-    }
-    return joined;
-}
-
-void AddWindow(const WakeUp& wakeUp, std::vector<Line>& lines) {
-    if (!wakeUp.window) {
-        return;
-    }
-    lines.push_back({wakeUp.window->begin, "window", "opens"});
-    if (wakeUp.window->end) {
-        lines.push_back({*wakeUp.window->end, "window", "closes"});
+// A loss has a line of its own.
+void AddConnections(const WakeUp& wakeUp, std::vector<Line>& lines) {
+    for (Connection connection : wakeUp.connections) {
+        const auto add = [&](double time, const std::string& text) {
+            lines.push_back(
+                {time, "connect",
+                 (connection.address.empty() ? "a phone " : connection.address + " ") + text});
+        };
+        const auto lost = std::exchange(connection.lost, std::nullopt);
+        if (!connection.end || *connection.end > connection.begin) {
+            add(connection.begin, "is tried");
+        }
+        add(connection.end.value_or(wakeUp.end), Describe(connection));
+        if (lost) {
+            add(*lost, "is lost");
+        }
     }
 }
 
@@ -50,36 +55,22 @@ void AddScans(const WakeUp& wakeUp, std::vector<Line>& lines) {
     }
 }
 
-void AddConnections(const WakeUp& wakeUp, std::vector<Line>& lines) {
-    for (const Connection& connection : wakeUp.connections) {
-        const std::string name = connection.address.empty() ? "a phone" : connection.address;
-        if (!connection.end || *connection.end > connection.begin) {
-            lines.push_back({connection.begin, "connect", name + " is tried"});
-        }
-        if (connection.end) {
-            Connection ended = connection;
-            ended.lost.reset();
-            lines.push_back({*connection.end, "connect", name + " " + Describe(ended)});
-        } else {
-            lines.push_back({wakeUp.end, "connect", name + " " + Describe(connection)});
-        }
-        if (connection.lost) {
-            lines.push_back({*connection.lost, "connect", name + " is lost"});
-        }
-    }
-    for (const Playback& playback : wakeUp.playbacks) {
-        lines.push_back({playback.end.value_or(wakeUp.end), "playback", Describe(playback)});
-    }
-}
-
 std::vector<Line> LinesOf(const WakeUp& wakeUp) {
     std::vector<Line> lines;
-    AddWindow(wakeUp, lines);
+    if (wakeUp.window) {
+        lines.push_back({wakeUp.window->begin, "window", "opens"});
+    }
+    if (wakeUp.window && wakeUp.window->end) {
+        lines.push_back({*wakeUp.window->end, "window", "closes"});
+    }
     for (const Remark& refusal : wakeUp.refusals) {
         lines.push_back({refusal.time, "refused", refusal.text});
     }
     AddScans(wakeUp, lines);
     AddConnections(wakeUp, lines);
+    for (const Playback& playback : wakeUp.playbacks) {
+        lines.push_back({playback.end.value_or(wakeUp.end), "playback", Describe(playback)});
+    }
     for (const Remark& remark : wakeUp.remarks) {
         lines.push_back({remark.time, "remark", remark.text});
     }
@@ -92,22 +83,6 @@ std::string Format(const Line& line) {
     std::array<char, 64> front;
     std::snprintf(front.data(), front.size(), "%8.3f  %-9s ", line.time, line.what.c_str());
     return front.data() + line.text;
-}
-
-const char* NameOf(Verdict verdict) {
-    switch (verdict) {
-        case Verdict::kPlays:
-            return "plays";
-        case Verdict::kConnected:
-            return "connected";
-        case Verdict::kNobody:
-            return "nobody";
-        case Verdict::kRefused:
-            return "refused";
-        case Verdict::kUnknown:
-            break;
-    }
-    return "unknown";
 }
 
 }  // namespace
@@ -132,7 +107,7 @@ Json::Value ToJson(const std::vector<WakeUp>& wakeUps) {
     for (const WakeUp& wakeUp : wakeUps) {
         Json::Value item;
         item["when"] = wakeUp.when;
-        item["verdict"] = NameOf(wakeUp.Outcome());
+        item["verdict"] = kVerdicts[static_cast<std::size_t>(wakeUp.Outcome())];
         item["summary"] = wakeUp.Summary();
         item["phones"] = Json::Value(Json::arrayValue);
         for (const std::string& phone : wakeUp.phones) {

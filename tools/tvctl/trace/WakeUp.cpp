@@ -13,6 +13,11 @@ namespace Tvctl {
 
 namespace {
 
+template <typename Items, typename Test>
+bool Any(const Items& items, Test test) {
+    return std::any_of(items.begin(), items.end(), test);
+}
+
 std::string NameOf(const std::string& address) {
     return address.empty() ? "a phone that the log does not name" : address;
 }
@@ -34,19 +39,16 @@ std::string DescribeFailure(const Connection& connection) {
 
 // The connection that the service made, or was given later by a phone that it had asked for.
 const Connection* FindConnected(const WakeUp& wakeUp) {
-    const auto isChecked = [&wakeUp](const std::string& address) {
-        return std::any_of(
-            wakeUp.playbacks.begin(), wakeUp.playbacks.end(),
-            [&address](const Playback& playback) { return playback.address == address; });
-    };
-    const auto found =
-        std::find_if(wakeUp.connections.begin(), wakeUp.connections.end(),
-                     [&isChecked](const Connection& connection) {
-                         return connection.result == Connection::Result::kConnected ||
-                                (connection.result == Connection::Result::kByItself &&
-                                 isChecked(connection.address));
-                     });
-    return found == wakeUp.connections.end() ? nullptr : &*found;
+    for (const Connection& connection : wakeUp.connections) {
+        const auto isChecked = [&connection](const Playback& playback) {
+            return playback.address == connection.address;
+        };
+        if (connection.result == Connection::Result::kConnected ||
+            (connection.WasMade() && Any(wakeUp.playbacks, isChecked))) {
+            return &connection;
+        }
+    }
+    return nullptr;
 }
 
 std::string SummariseConnected(const WakeUp& wakeUp, const Connection& connection) {
@@ -101,6 +103,14 @@ std::string SummariseScan(const Scan& scan) {
 
 }  // namespace
 
+std::string Join(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        joined += (joined.empty() ? "" : ", ") + text;
+    }
+    return joined;
+}
+
 std::string Seconds(double seconds) {
     std::array<char, 40> text;
     std::snprintf(text.data(), text.size(), seconds < 9.95 ? "%.2f s" : "%.1f s", seconds);
@@ -145,17 +155,16 @@ std::string Describe(const Strangers& strangers) {
 
 std::string Describe(const Connection& connection) {
     const std::string length = connection.end ? Seconds(*connection.end - connection.begin) : "";
+    const std::string loss = connection.lost ? ", lost at " + Seconds(*connection.lost) : "";
     switch (connection.result) {
         case Connection::Result::kConnected:
-            return "connected after " + length +
-                   (connection.lost ? ", lost at " + Seconds(*connection.lost) : "");
+            return "connected after " + length + loss;
         case Connection::Result::kFailed:
             return "failed after " + length + ": " + DescribeFailure(connection);
         case Connection::Result::kNotBonded:
             return "not tried, it is not bonded";
         case Connection::Result::kByItself:
-            return "connected by itself" +
-                   (connection.lost ? ", lost at " + Seconds(*connection.lost) : std::string());
+            return "connected by itself" + loss;
         case Connection::Result::kUnknown:
             break;
     }
@@ -180,16 +189,13 @@ std::string Describe(const Playback& playback) {
 
 bool WakeUp::IsOpen() const {
     const auto hasNoEnd = [](const auto& item) { return !item.end; };
-    return std::any_of(scans.begin(), scans.end(), hasNoEnd) ||
-           std::any_of(connections.begin(), connections.end(), hasNoEnd) ||
-           std::any_of(playbacks.begin(), playbacks.end(), hasNoEnd);
+    return Any(scans, hasNoEnd) || Any(connections, hasNoEnd) || Any(playbacks, hasNoEnd);
 }
 
 bool WakeUp::IsLost(const std::string& address) const {
-    return std::any_of(connections.begin(), connections.end(),
-                       [&address](const Connection& connection) {
-                           return connection.address == address && connection.lost;
-                       });
+    return Any(connections, [&address](const Connection& connection) {
+        return connection.address == address && connection.lost;
+    });
 }
 
 Verdict WakeUp::Outcome() const {

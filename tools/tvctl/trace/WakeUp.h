@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
@@ -53,6 +53,11 @@ struct Connection {
     std::string code;            // of a failure, as it is logged
     std::string reason;          // of a failure, from the platform; may be empty
     std::optional<double> lost;  // when the connection went down again
+
+    // Whether the phone was connected, whoever did it.
+    [[nodiscard]] bool WasMade() const {
+        return result == Result::kConnected || result == Result::kByItself;
+    }
 };
 
 struct Playback {
@@ -73,7 +78,8 @@ struct Remark {
 enum class Verdict { kPlays, kConnected, kNobody, kRefused, kUnknown };
 
 struct WakeUp {
-    std::string when;  // as the log has it
+    std::string when;          // as the log has it
+    std::int64_t beginUs = 0;  // of its signal, by the timeline's clock
     std::optional<Window> window;
     bool isStarted = false;        // the conditions that come before the list of phones hold
     std::vector<Remark> refusals;  // conditions that ended it
@@ -101,6 +107,8 @@ struct WakeUp {
 [[nodiscard]] std::string Describe(const Strangers& strangers);
 [[nodiscard]] std::string Describe(const Connection& connection);
 [[nodiscard]] std::string Describe(const Playback& playback);
+// The texts with commas between them.
+[[nodiscard]] std::string Join(const std::vector<std::string>& texts);
 // "2.5 s"
 [[nodiscard]] std::string Seconds(double seconds);
 

@@ -6,14 +6,11 @@
 
 #include <cstring>
 
-#include "common/CHandle.h"
-
 namespace Tvctl {
 
 namespace {
 
 constexpr const char* kEllipsis = "\u2026";
-constexpr const char* kReplacement = "\uFFFD";
 
 // In units of the font's size.
 double CharacterWidth(gunichar character) {
@@ -40,19 +37,6 @@ double CharacterWidth(gunichar character) {
     return g_unichar_iswide(character) != FALSE ? 1.05 : 1.0;
 }
 
-bool IsAllowed(gunichar character) {
-    const bool turnsDirection = (character >= 0x202A && character <= 0x202E) ||
-                                (character >= 0x2066 && character <= 0x2069) ||
-                                character == 0x200E || character == 0x200F;
-    const bool isNoCharacter = (character & 0xFFFE) == 0xFFFE || character == 0x2028 ||
-                               (character >= 0xFDD0 && character <= 0xFDEF);
-    return g_unichar_iscntrl(character) == FALSE && !turnsDirection && !isNoCharacter;
-}
-
-std::string ValidUtf8(const std::string& text) {
-    return GStringPtr(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()))).get();
-}
-
 // Up to where `text` fits into `width` from `begin` on.
 std::size_t FittingEnd(const std::string& text, std::size_t begin, double size, double width) {
     double used = 0;
@@ -70,9 +54,8 @@ std::size_t FittingEnd(const std::string& text, std::size_t begin, double size, 
 }  // namespace
 
 double TextWidth(const std::string& text, double size) {
-    const std::string valid = ValidUtf8(text);
     double width = 0;
-    for (const char* at = valid.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+    for (const char* at = text.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
         width += size * CharacterWidth(g_utf8_get_char(at));
     }
     return width;
@@ -80,55 +63,25 @@ double TextWidth(const std::string& text, double size) {
 
 std::vector<std::string> WrapText(const std::string& text, double size, double width,
                                   std::size_t lines) {
-    const std::string valid = ValidUtf8(text);
     std::vector<std::string> wrapped;
     std::size_t begin = 0;
     while (wrapped.size() + 1 < lines) {
-        const std::size_t end = FittingEnd(valid, begin, size, width);
-        const std::size_t blank = valid.rfind(' ', end);
+        const std::size_t end = FittingEnd(text, begin, size, width);
+        const std::size_t blank = text.rfind(' ', end);
         const bool isBreak = blank != std::string::npos && blank > begin;
-        if (end == valid.size() || (end == begin && !isBreak)) {
+        if (end == text.size() || (end == begin && !isBreak)) {
             break;
         }
-        wrapped.push_back(valid.substr(begin, (isBreak ? blank : end) - begin));
+        wrapped.push_back(text.substr(begin, (isBreak ? blank : end) - begin));
         begin = isBreak ? blank + 1 : end;
     }
-    std::size_t end = FittingEnd(valid, begin, size, width);
-    const bool isCut = end < valid.size();
+    std::size_t end = FittingEnd(text, begin, size, width);
+    const bool isCut = end < text.size();
     if (isCut) {
-        end = FittingEnd(valid, begin, size, width - TextWidth(kEllipsis, size));
+        end = FittingEnd(text, begin, size, width - TextWidth(kEllipsis, size));
     }
-    wrapped.push_back(valid.substr(begin, end - begin) + (isCut ? kEllipsis : ""));
+    wrapped.push_back(text.substr(begin, end - begin) + (isCut ? kEllipsis : ""));
     return wrapped;
-}
-
-std::string EscapeXml(const std::string& text) {
-    const std::string valid = ValidUtf8(text);
-    std::string escaped;
-    for (const char* at = valid.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
-        const gunichar character = g_utf8_get_char(at);
-        switch (character) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                if (IsAllowed(character)) {
-                    escaped.append(at, static_cast<std::size_t>(g_utf8_next_char(at) - at));
-                } else {
-                    escaped += kReplacement;
-                }
-        }
-    }
-    return escaped;
 }
 
 }  // namespace Tvctl

@@ -9,7 +9,7 @@
 namespace Tvctl {
 
 // How text fills room in a picture whose fonts are the viewer's. The widths are those of a wide
-// sans-serif face, so that with any other the text needs less.
+// sans-serif face, so that with any other the text needs less. Every text is valid UTF-8.
 
 // In pixels; `size` is the font's.
 [[nodiscard]] double TextWidth(const std::string& text, double size);
@@ -18,9 +18,5 @@ namespace Tvctl {
 // that is possible; what does not fit is cut with an ellipsis. At least one line.
 [[nodiscard]] std::vector<std::string> WrapText(const std::string& text, double size, double width,
                                                 std::size_t lines);
-
-// The text as XML may hold it: valid UTF-8, markup escaped, and a replacement for control
-// characters and for those that turn the direction of writing.
-[[nodiscard]] std::string EscapeXml(const std::string& text);
 
 }  // namespace Tvctl

@@ -4,8 +4,9 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <initializer_list>
 
-#include "tools/tvctl/trace/picture/SvgText.h"
+#include "common/PrintableText.h"
 
 namespace Tvctl {
 
@@ -30,30 +31,62 @@ std::string Number(double value) {
            std::to_string(std::llabs(tenths) % 10);
 }
 
-std::string Attribute(const char* name, const std::string& value) {
-    return std::string(" ") + name + "=\"" + value + "\"";
+// What XML, or a viewer, would take for something else than a character to show.
+bool IsAllowed(gunichar character) {
+    const bool isNoCharacter =
+        (character & 0xFFFE) == 0xFFFE || (character >= 0xFDD0 && character <= 0xFDEF);
+    return !IsSteering(character) && !isNoCharacter;
 }
 
-std::string Attribute(const char* name, double value) {
-    return Attribute(name, Number(value));
+// Markup is escaped, and a replacement stands for what is not allowed.
+std::string EscapeXml(const std::string& text) {
+    std::string escaped;
+    for (const char* at = text.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+        const char* const next = g_utf8_next_char(at);
+        const std::string character(at, next);
+        escaped += !IsAllowed(g_utf8_get_char(at)) ? "\uFFFD"
+                   : character == "&"              ? "&amp;"
+                   : character == "<"              ? "&lt;"
+                   : character == ">"              ? "&gt;"
+                   : character == "\""             ? "&quot;"
+                                                   : character;
+    }
+    return escaped;
 }
 
-std::string More(const char* style) {
-    return *style == '\0' ? "" : std::string(" ") + style;
+struct Attribute {
+    Attribute(const char* key, const std::string& text) : name(key), value(text) {}
+    Attribute(const char* key, double number) : name(key), value(Number(number)) {}
+
+    const char* name;
+    std::string value;
+};
+
+// Its tag without the ">". `style` holds further attributes, "" for none.
+std::string Element(const char* name, std::initializer_list<Attribute> attributes,
+                    const std::string& style = "") {
+    std::string element = std::string("<") + name;
+    for (const Attribute& attribute : attributes) {
+        element += std::string(" ") + attribute.name + "=\"" + attribute.value + "\"";
+    }
+    return element + (style.empty() ? "" : " ") + style;
 }
 
 }  // namespace
 
 void SvgWriter::Rectangle(double x, double y, double width, double height, const char* colour,
                           const char* style) {
-    m_body += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", width) +
-              Attribute("height", height) + Attribute("fill", colour) + More(style) + "/>\n";
+    m_body += Element("rect",
+                      {{"x", x}, {"y", y}, {"width", width}, {"height", height}, {"fill", colour}},
+                      style) +
+              "/>\n";
 }
 
 void SvgWriter::Line(double x1, double y1, double x2, double y2, const char* colour,
                      const char* style) {
-    m_body += "<line" + Attribute("x1", x1) + Attribute("y1", y1) + Attribute("x2", x2) +
-              Attribute("y2", y2) + Attribute("stroke", colour) + More(style) + "/>\n";
+    m_body += Element("line", {{"x1", x1}, {"y1", y1}, {"x2", x2}, {"y2", y2}, {"stroke", colour}},
+                      style) +
+              "/>\n";
 }
 
 void SvgWriter::Ticks(const std::vector<double>& xs, double y, double height, const char* colour) {
@@ -61,45 +94,40 @@ void SvgWriter::Ticks(const std::vector<double>& xs, double y, double height, co
     for (const double x : xs) {
         path += "M" + Number(x) + " " + Number(y) + "v" + Number(height);
     }
-    m_body += "<path" + Attribute("d", path) + Attribute("stroke", colour) + "/>\n";
+    m_body += Element("path", {{"d", path}, {"stroke", colour}}) + "/>\n";
 }
 
 void SvgWriter::Diamond(double x, double y, double radius, const char* colour) {
     const std::string r = Number(radius);
-    m_body += "<path" +
-              Attribute("d", "M" + Number(x) + " " + Number(y - radius) + "l" + r + " " + r + "l-" +
-                                 r + " " + r + "l-" + r + " -" + r + "z") +
-              Attribute("fill", colour) + "/>\n";
+    const std::string path = "M" + Number(x) + " " + Number(y - radius) + "l" + r + " " + r + "l-" +
+                             r + " " + r + "l-" + r + " -" + r + "z";
+    m_body += Element("path", {{"d", path}, {"fill", colour}}) + "/>\n";
 }
 
 void SvgWriter::Circle(double x, double y, double radius, const char* colour) {
-    m_body += "<circle" + Attribute("cx", x) + Attribute("cy", y) + Attribute("r", radius) +
-              Attribute("fill", colour) + "/>\n";
+    m_body += Element("circle", {{"cx", x}, {"cy", y}, {"r", radius}, {"fill", colour}}) + "/>\n";
 }
 
 void SvgWriter::Text(double x, double y, const char* textClass, const std::string& text,
                      Anchor anchor) {
     static constexpr const char* kAnchors[] = {"start", "middle", "end"};
-    m_body += "<text" + Attribute("x", x) + Attribute("y", y) + Attribute("class", textClass) +
-              Attribute("text-anchor", kAnchors[static_cast<int>(anchor)]) + ">" + EscapeXml(text) +
-              "</text>\n";
+    const char* const place = kAnchors[static_cast<int>(anchor)];
+    m_body += Element("text", {{"x", x}, {"y", y}, {"class", textClass}, {"text-anchor", place}}) +
+              ">" + EscapeXml(text) + "</text>\n";
 }
 
 void SvgWriter::BeginGroup(const std::string& title) {
     m_body += "<g><title>" + EscapeXml(title) + "</title>\n";
 }
 
-void SvgWriter::EndGroup() {
-    m_body += "</g>\n";
-}
-
 std::string SvgWriter::Document(double width, double height, const std::string& title) const {
-    const std::string size = Number(width) + " " + Number(height);
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<svg xmlns=\"http://www.w3.org/2000/svg\"" +
-           Attribute("width", width) + Attribute("height", height) +
-           Attribute("viewBox", "0 0 " + size) + ">\n<title>" + EscapeXml(title) +
-           "</title>\n<style>" + kStyle + "</style>\n" +
+    const std::string box = "0 0 " + Number(width) + " " + Number(height);
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" +
+           Element("svg", {{"xmlns", "http://www.w3.org/2000/svg"},
+                           {"width", width},
+                           {"height", height},
+                           {"viewBox", box}}) +
+           ">\n<title>" + EscapeXml(title) + "</title>\n<style>" + kStyle + "</style>\n" +
            "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n" + m_body + "</svg>\n";
 }
 

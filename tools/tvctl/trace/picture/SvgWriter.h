@@ -7,8 +7,8 @@
 
 namespace Tvctl {
 
-// Writes an SVG picture, element by element. Lengths are pixels, y grows downwards. Texts may hold
-// anything; colours, classes and styles are the program's own.
+// Writes an SVG picture, element by element. Lengths are pixels, y grows downwards. Texts are valid
+// UTF-8 and may hold anything; colours, classes and styles are the program's own.
 class SvgWriter {
 public:
     enum class Anchor { kStart, kMiddle, kEnd };
@@ -28,7 +28,9 @@ public:
               Anchor anchor = Anchor::kStart);
     // What comes until the end of the group shows `title` to who points at it.
     void BeginGroup(const std::string& title);
-    void EndGroup();
+    void EndGroup() { m_body += "</g>\n"; }
+    // All that another one has written.
+    void Append(const SvgWriter& other) { m_body += other.m_body; }
 
     // The whole document, on a white ground; `title` names it.
     [[nodiscard]] std::string Document(double width, double height, const std::string& title) const;
