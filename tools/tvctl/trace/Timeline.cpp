@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/CHandle.h"
+
 namespace Tvctl {
 
 namespace {
@@ -16,49 +18,49 @@ namespace {
 constexpr std::int64_t kLongestStepUs = 60000000;
 // A longer pause is shown as this one, so that no clock of a broken log makes the sum overflow.
 constexpr std::int64_t kLongestPauseUs = std::int64_t{366} * 24 * 3600 * G_USEC_PER_SEC;
-// What comes so long after everything ended is not the wake-up's any more.
+// What comes so long after everything ended no longer belongs to the wake-up.
 constexpr double kAfterglowSeconds = 30;
+// How many wake-ups, connections or checks may be on their way at once; any more are a broken log.
+constexpr std::size_t kMostAtOnce = 8;
+
+// Where the last of the items begin, those among which something may still be on its way.
+template <typename Item>
+auto RecentOf(std::vector<Item>& items) {
+    return items.end() - static_cast<std::ptrdiff_t>(std::min(items.size(), kMostAtOnce));
+}
 
 }  // namespace
 
 void Timeline::Add(const LogRecord& record) {
-    const auto line = Recognise(record);
-    if (!line) {
+    Texts texts;
+    const KnownLine* const line = Recognise(record, texts);
+    if (line == nullptr) {
         return;
     }
-    AdvanceClock(record);
-    m_isClosed = m_isClosed || (!Current().IsOpen() && Now() > Current().end + kAfterglowSeconds);
-    if (line->event == LogEvent::kWakeUp) {
-        BeginWakeUp(record);
-        return;
-    }
-    if (line->event == LogEvent::kServiceStarted) {
-        OnServiceStarted();
-        return;
-    }
-    if (!m_isClosed) {
-        Handle(*line, record);
+    AdvanceClock(record.timeUs);
+    m_when = record.when;
+    m_isClosed = m_isClosed ||
+                 (!Current().IsOpen() && TimeIn(Current()) > Current().end + kAfterglowSeconds);
+    if (!m_isClosed || line->handle == &Timeline::OnWakeUp ||
+        line->handle == &Timeline::OnServiceStarted) {
+        (this->*line->handle)(texts);
     }
 }
 
 std::vector<WakeUp> Timeline::Finish() {
-    std::vector<WakeUp> wakeUps;
-    for (Begun& begun : m_wakeUps) {
-        WakeUp& wakeUp = begun.wakeUp;
+    for (WakeUp& wakeUp : m_wakeUps) {
         if (wakeUp.window && !wakeUp.isStarted && wakeUp.refusals.empty()) {
-            // The service says nothing here: it opens the window and goes on with Bluetooth alone.
+            // The service says nothing here: it opens the window, and Bluetooth keeps it from more.
             wakeUp.refusals.push_back({wakeUp.window->begin, "Bluetooth is off"});
         }
-        wakeUps.push_back(std::move(wakeUp));
     }
-    m_wakeUps.clear();
-    return wakeUps;
+    return std::exchange(m_wakeUps, {});
 }
 
 // A step backwards or a long one while something is awaited counts as none.
-void Timeline::AdvanceClock(const LogRecord& record) {
-    const std::int64_t step = m_lastUs ? std::min(record.timeUs - *m_lastUs, kLongestPauseUs) : 0;
-    m_lastUs = record.timeUs;
+void Timeline::AdvanceClock(std::int64_t timeUs) {
+    const std::int64_t step = m_lastUs ? std::min(timeUs - *m_lastUs, kLongestPauseUs) : 0;
+    m_lastUs = timeUs;
     const bool isAwaited = !m_isClosed && Current().IsOpen();
     if (step >= 0 && (step <= kLongestStepUs || !isAwaited)) {
         m_clockUs += step;
@@ -66,95 +68,78 @@ void Timeline::AdvanceClock(const LogRecord& record) {
     }
     if (!m_isClosed) {
         const double seconds = static_cast<double>(step) / G_USEC_PER_SEC;
-        Current().remarks.push_back(
-            {Touch(), step < 0 ? "the log's clock steps back by " + Seconds(-seconds)
-                               : "the log has a gap of " + Seconds(seconds)});
+        AddRemark(step < 0 ? "the log's clock steps back by " + Seconds(-seconds)
+                           : "the log has a gap of " + Seconds(seconds));
     }
 }
 
-double Timeline::Now() const {
-    return static_cast<double>(m_clockUs - m_wakeUps.back().beginUs) / G_USEC_PER_SEC;
+double Timeline::TimeIn(const WakeUp& wakeUp) const {
+    return static_cast<double>(m_clockUs - wakeUp.beginUs) / G_USEC_PER_SEC;
+}
+
+double Timeline::Touch(WakeUp& wakeUp) const {
+    const double now = TimeIn(wakeUp);
+    wakeUp.end = std::max(wakeUp.end, now);
+    return now;
 }
 
 // The end of the window is a line for debugging, which a log may lack.
 bool Timeline::IsInWindow() {
     const auto& window = Current().window;
-    return window && !window->end && Now() <= window->begin + kWindowSeconds;
+    return window && !window->end && TimeIn(Current()) <= window->begin + kWindowSeconds;
 }
 
-double Timeline::Touch(Begun& begun) const {
-    const double now = static_cast<double>(m_clockUs - begun.beginUs) / G_USEC_PER_SEC;
-    begun.wakeUp.end = std::max(begun.wakeUp.end, now);
-    return now;
+void Timeline::AddRemark(const std::string& text) {
+    Current().remarks.push_back({Touch(), text});
 }
 
-void Timeline::BeginWakeUp(const LogRecord& record) {
+void Timeline::OnWakeUp(const Texts& /*texts*/) {
     if (!m_isClosed) {
         if (IsInWindow() || Current().IsOpen()) {
-            Current().remarks.push_back({Touch(), "the next wake-up came"});
+            AddRemark("the next wake-up came");
         }
         if (IsInWindow()) {
             Current().window->end = Touch();
         }
-        EndScan(Scan::End::kTakenOver, "");
+        EndScan(Scan::End::kTakenOver);
     }
-    m_wakeUps.push_back({{}, m_clockUs});
-    Current().when = record.when;
+    m_wakeUps.emplace_back();
+    Current().beginUs = m_clockUs;
+    Current().when = m_when;
     m_isClosed = false;
     m_ambient.clear();
     m_isKeyBlocking.reset();
 }
 
 // The service has no memory of what it did before.
-void Timeline::OnServiceStarted() {
+void Timeline::OnServiceStarted(const Texts& /*texts*/) {
     if (!m_isClosed && (IsInWindow() || Current().IsOpen())) {
-        Current().remarks.push_back({Touch(), "the service was started anew"});
+        AddRemark("the service was started again");
     }
     m_isClosed = true;
     m_position = 0;
 }
 
-void Timeline::Handle(const RecognisedLine& line, const LogRecord& record) {
-    if (line.event == LogEvent::kBluetooth) {
-        Current().remarks.push_back({Touch(), record.message});
-        return;
-    }
-    static_cast<void>(OnCondition(line) || OnScan(line) || OnAdvertisement(line) ||
-                      OnConnection(line) || OnList(line) || OnPlayback(line));
+void Timeline::OnBluetooth(const Texts& texts) {
+    AddRemark(texts[0]);
 }
 
-bool Timeline::OnCondition(const RecognisedLine& line) {
-    switch (line.event) {
-        case LogEvent::kRefused:
-            Refuse(line.values.empty() ? line.meaning : line.meaning + ": " + line.values[0]);
-            return true;
-        case LogEvent::kReasonOrKey:
-            Refuse(!m_isKeyBlocking   ? "the wake-up reason or the blocking key forbids it"
-                   : *m_isKeyBlocking ? "the key memory/bluetooth_nirvoui/musictvfail forbids it"
-                                      : "the wake-up reason forbids it");
-            return true;
-        case LogEvent::kBlockingKey:
-            m_isKeyBlocking = line.values[0] == "1";
-            return true;
-        case LogEvent::kAmbient:
-            m_ambient = (line.meaning == "mode" ? "" : m_ambient + ", ") + line.meaning + " " +
-                        line.values[0];
-            return true;
-        case LogEvent::kWindowOpened:
-            Current().window = Window{Touch(), std::nullopt};
-            return true;
-        case LogEvent::kWindowClosed:
-            if (Current().window && !Current().window->end) {
-                Current().window->end = Touch();
-            }
-            return true;
-        case LogEvent::kAttemptStarted:
-            Touch();
-            Current().isStarted = true;
-            return true;
-        default:
-            return false;
-    }
+void Timeline::OnRefused(const Texts& texts) {
+    Refuse(texts.size() == 1 ? texts[0] : texts[0] + ": " + texts[1]);
+}
+
+void Timeline::OnReasonOrKey(const Texts& /*texts*/) {
+    Refuse(!m_isKeyBlocking   ? "the wake-up reason or the blocking key forbids it"
+           : *m_isKeyBlocking ? "the key memory/bluetooth_nirvoui/musictvfail forbids it"
+                              : "the wake-up reason forbids it");
+}
+
+void Timeline::OnBlockingKey(const Texts& texts) {
+    m_isKeyBlocking = texts[1] == "1";
+}
+
+void Timeline::OnAmbient(const Texts& texts) {
+    m_ambient = (texts[0] == "mode" ? "" : m_ambient + ", ") + texts[0] + " " + texts[1];
 }
 
 // The service checks some conditions twice.
@@ -167,41 +152,44 @@ void Timeline::Refuse(const std::string& text) {
     }
 }
 
-bool Timeline::OnScan(const RecognisedLine& line) {
-    switch (line.event) {
-        case LogEvent::kPhones:
-            SetPhones(line.values[0]);
-            return true;
-        case LogEvent::kScanStarted:
-            Current().scans.push_back({Touch(), {}, Scan::End::kUnknown, ""});
-            return true;
-        case LogEvent::kScanRefused:
-            Current().scans.push_back({Touch(), {}, Scan::End::kUnknown, ""});
-            EndScan(Scan::End::kFailed, line.values[0]);
-            return true;
-        case LogEvent::kScanFailed:
-            EndScan(Scan::End::kFailed, line.values[1]);
-            return true;
-        case LogEvent::kScanStopped:
-            EndScan(Current().heard.empty() ? Scan::End::kTimer : Scan::End::kMatch, "");
-            return true;
-        case LogEvent::kNobodyHeard:
-            m_position = 0;
-            return true;
-        default:
-            return false;
+void Timeline::OnWindowOpened(const Texts& /*texts*/) {
+    Current().window = Window{Touch(), std::nullopt};
+}
+
+void Timeline::OnWindowClosed(const Texts& /*texts*/) {
+    if (Current().window && !Current().window->end) {
+        Current().window->end = Touch();
     }
 }
 
-void Timeline::SetPhones(const std::string& text) {
-    std::vector<std::string>& phones = Current().phones;
-    phones.clear();
-    std::size_t begin = 0;
-    for (std::size_t end = text.find(", "); end != std::string::npos;
-         end = text.find(", ", begin)) {
-        phones.push_back(text.substr(begin, end - begin));
-        begin = end + 2;
+void Timeline::OnAttemptStarted(const Texts& /*texts*/) {
+    Touch();
+    Current().isStarted = true;
+}
+
+void Timeline::OnPhones(const Texts& texts) {
+    const GStrvPtr phones(g_strsplit(texts[1].c_str(), ", ", -1));
+    Current().phones.clear();
+    for (char** phone = phones.get(); *phone != nullptr && phone[1] != nullptr; ++phone) {
+        Current().phones.emplace_back(*phone);
     }
+}
+
+void Timeline::OnScanStarted(const Texts& /*texts*/) {
+    Current().scans.push_back({Touch(), {}, Scan::End::kUnknown, ""});
+}
+
+void Timeline::OnScanRefused(const Texts& texts) {
+    OnScanStarted(texts);
+    OnScanFailed(texts);
+}
+
+void Timeline::OnScanFailed(const Texts& texts) {
+    EndScan(Scan::End::kFailed, texts.back());
+}
+
+void Timeline::OnScanStopped(const Texts& /*texts*/) {
+    EndScan(Current().heard.empty() ? Scan::End::kTimer : Scan::End::kMatch);
 }
 
 void Timeline::EndScan(Scan::End how, const std::string& reason) {
@@ -213,42 +201,171 @@ void Timeline::EndScan(Scan::End how, const std::string& reason) {
     }
 }
 
-bool Timeline::OnAdvertisement(const RecognisedLine& line) {
-    Strangers& strangers = Current().strangers;
-    switch (line.event) {
-        case LogEvent::kAdvertisement:
-            strangers.times.push_back(Touch());
-            strangers.different.insert(line.values[0]);
-            return true;
-        case LogEvent::kShortAdvertisement:
-            strangers.shortTimes.push_back(Touch());
-            return true;
-        case LogEvent::kPhoneHeard:
-            // Its own advertisement was the last that came.
-            if (strangers.different.erase(line.values[0]) > 0) {
-                strangers.times.pop_back();
-            }
-            m_candidate = line.values[0];
-            Current().heard.push_back({Touch(), m_candidate});
-            return true;
-        default:
-            return false;
+void Timeline::OnAdvertisement(const Texts& texts) {
+    Current().strangers.times.push_back(Touch());
+    Current().strangers.different.insert(texts[1]);
+}
+
+void Timeline::OnShortAdvertisement(const Texts& /*texts*/) {
+    Current().strangers.shortTimes.push_back(Touch());
+}
+
+void Timeline::OnPhoneHeard(const Texts& texts) {
+    // Its own advertisement was the last that came.
+    if (Current().strangers.different.erase(texts[1]) > 0) {
+        Current().strangers.times.pop_back();
+    }
+    m_candidate = texts[1];
+    Current().heard.push_back({Touch(), m_candidate});
+}
+
+void Timeline::OnListBegins(const Texts& /*texts*/) {
+    m_position = 0;
+}
+
+void Timeline::OnNextOfList(const Texts& /*texts*/) {
+    const std::vector<std::string>& phones = Current().phones;
+    m_candidate = m_position && *m_position < phones.size() ? phones[*m_position] : "";
+    m_position = m_position ? *m_position + 1 : m_position;
+}
+
+void Timeline::OnListEnded(const Texts& /*texts*/) {
+    m_position = 0;
+    AddRemark("no more registered phone to try");
+}
+
+void Timeline::OnNotBonded(const Texts& /*texts*/) {
+    // The service says so, too, where it could not ask.
+    const bool isFailure = !m_candidate.empty() && m_failedAddress == m_candidate;
+    AddConnection(m_candidate,
+                  isFailure ? Connection::Result::kFailed : Connection::Result::kNotBonded);
+    Current().connections.back().reason = isFailure ? m_failure : "";
+    m_failedAddress.clear();
+}
+
+void Timeline::OnConnecting(const Texts& texts) {
+    AddConnection(texts[1], Connection::Result::kUnknown);
+    Current().connections.back().end.reset();
+}
+
+void Timeline::AddConnection(const std::string& address, Connection::Result result) {
+    const double now = Touch();
+    Current().connections.push_back({address, now, now, result, "", "", {}});
+}
+
+void Timeline::OnNotConnected(const Texts& texts) {
+    m_failedAddress = texts[1];
+    m_failure = texts[2];
+}
+
+WakeUp* Timeline::FindConnecting(const std::string& address) {
+    WakeUp* latest = nullptr;
+    for (auto wakeUp = RecentOf(m_wakeUps); wakeUp != m_wakeUps.end(); ++wakeUp) {
+        const std::vector<Connection>& connections = wakeUp->connections;
+        if (!connections.empty() && !connections.back().end &&
+            connections.back().address == address) {
+            latest = &*wakeUp;
+        }
+    }
+    return latest;
+}
+
+void Timeline::OnConnectResult(const Texts& texts) {
+    const std::string& code = texts[1];
+    const std::string& address = texts[2];
+    const bool isConnected = code == "0";
+    WakeUp* const wakeUp = FindConnecting(address);
+    if (wakeUp == nullptr) {
+        if (isConnected) {
+            OnConnectedByItself(address);
+        }
+        return;
+    }
+    Connection& connection = wakeUp->connections.back();
+    connection.end = Touch(*wakeUp);
+    connection.result = isConnected ? Connection::Result::kConnected : Connection::Result::kFailed;
+    if (!isConnected) {
+        connection.code = code;
+        connection.reason = m_failedAddress == address ? m_failure : "";
+    } else if (wakeUp == &Current()) {
+        wakeUp->playbacks.push_back(
+            {address, *connection.end, {}, Playback::Outcome::kUnknown, ""});
+    }
+    m_failedAddress.clear();
+    m_playerFault.clear();
+}
+
+// The service has a phone play that it once asked for, however late it comes.
+void Timeline::OnConnectedByItself(const std::string& address) {
+    const std::vector<Connection>& connections = Current().connections;
+    const bool wasAskedFor = !connections.empty() && connections.back().address == address &&
+                             connections.back().result == Connection::Result::kFailed;
+    AddConnection(address, Connection::Result::kByItself);
+    if (wasAskedFor) {
+        Current().playbacks.push_back({address, Touch(), {}, Playback::Outcome::kUnknown, ""});
     }
 }
 
-bool Timeline::OnList(const RecognisedLine& line) {
-    const std::vector<std::string>& phones = Current().phones;
-    switch (line.event) {
-        case LogEvent::kNextOfList:
-            m_candidate = m_position && *m_position < phones.size() ? phones[*m_position] : "";
-            m_position = m_position ? *m_position + 1 : m_position;
-            return true;
-        case LogEvent::kListEnded:
-            m_position = 0;
-            Current().remarks.push_back({Touch(), "no more registered phone to try"});
-            return true;
-        default:
-            return false;
+void Timeline::OnDisconnected(const Texts& texts) {
+    std::vector<Connection>& connections = Current().connections;
+    for (auto connection = RecentOf(connections); connection != connections.end(); ++connection) {
+        if (connection->address == texts[2] && connection->WasMade() && !connection->lost) {
+            connection->lost = Touch();
+        }
+    }
+}
+
+void Timeline::OnPlayerUnknown(const Texts& texts) {
+    m_playerFault = texts[0];
+}
+
+void Timeline::OnPlaysAlready(const Texts& /*texts*/) {
+    EndPlayback(Playback::Outcome::kPlaysAlready);
+}
+
+void Timeline::OnPlaySent(const Texts& /*texts*/) {
+    EndPlayback(Playback::Outcome::kCommandSent);
+}
+
+void Timeline::OnPlayNotSent(const Texts& /*texts*/) {
+    EndPlayback(Playback::Outcome::kNotSent, std::exchange(m_playerFault, ""));
+}
+
+// The check belongs to the oldest connection that waits for one: its timer outlives a wake-up.
+void Timeline::EndPlayback(Playback::Outcome outcome, const std::string& reason) {
+    for (auto wakeUp = RecentOf(m_wakeUps); wakeUp != m_wakeUps.end(); ++wakeUp) {
+        std::vector<Playback>& playbacks = wakeUp->playbacks;
+        const auto awaited = std::find_if(RecentOf(playbacks), playbacks.end(),
+                                          [](const Playback& playback) { return !playback.end; });
+        if (awaited == playbacks.end()) {
+            continue;
+        }
+        awaited->end = Touch(*wakeUp);
+        awaited->outcome = outcome;
+        awaited->reason = reason;
+        if (outcome == Playback::Outcome::kNotSent && reason.empty()) {
+            awaited->reason = wakeUp->IsLost(awaited->address)
+                                  ? "the phone had left"
+                                  : "the state of its player cannot be read";
+        }
+        return;
+    }
+}
+
+// It comes after the command, a moment or a timeout later, and may be reported twice.
+void Timeline::OnLaunchFailed(const Texts& texts) {
+    for (auto wakeUp = m_wakeUps.end(); wakeUp != RecentOf(m_wakeUps);) {
+        --wakeUp;
+        if (wakeUp->playbacks.empty()) {
+            continue;
+        }
+        Playback& last = wakeUp->playbacks.back();
+        if (last.outcome == Playback::Outcome::kCommandSent) {
+            last.outcome = Playback::Outcome::kLaunchFailed;
+            last.reason = texts.back();
+            Touch(*wakeUp);
+        }
+        return;
     }
 }
 
