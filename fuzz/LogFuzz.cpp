@@ -66,11 +66,9 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::istringstream stream(TextOf(data, size));
-    Tvctl::LogReader reader(stream);
     Tvctl::Timeline timeline;
-    while (const auto record = reader.Next()) {
-        timeline.Add(*record);
-    }
+    static_cast<void>(Tvctl::ReadText(
+        stream, [&timeline](const Tvctl::LogRecord& record) { timeline.Add(record); }));
     const std::vector<Tvctl::WakeUp> wakeUps = timeline.Finish();
     // The command shows nothing then.
     if (wakeUps.empty()) {

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -25,12 +24,16 @@ protected:
 
     // Runs a shell's command in a folder of its own; its status.
     int Run(const std::string& command) {
-        const std::string line = "cd " + m_folder + " && PATH=" BIN_DIR ":$PATH && " + command;
+        const std::string line =
+            "cd " + m_folder + " && export TZ=UTC PATH=" BIN_DIR ":$PATH && " + command;
         return WEXITSTATUS(std::system(line.c_str()));
+    }
+    void Write(const std::string& name, const std::string& content) {
+        std::ofstream(m_folder + "/" + name, std::ios::binary) << content;
     }
     // The timelines of `log`, whose picture must be well-formed.
     std::string TimelineOf(const std::string& log) {
-        std::ofstream(m_folder + "/log", std::ios::binary) << log;
+        Write("log", log);
         EXPECT_EQ(Run("tvctl trace - --svg svg <log >out 2>&1 && tvctl trace log --json >json"), 0);
         const std::string svg = ReadFile(m_folder + "/svg");
         const GMarkupParser parser = {};
@@ -86,38 +89,39 @@ const Story kStories[] = {
     {"blocked", "*: no attempt: the key memory/bluetooth_nirvoui/musictvfail forbids it\n*"},
     {"wrong-wakeup-reason", "*: no attempt: the wake-up reason forbids it\n*"},
     {"setting-off", "*: no attempt: no registered phone qualifies\n*"}};
-INSTANTIATE_TEST_SUITE_P(, TraceOf, testing::ValuesIn(kStories), [](const auto& story) {
-    std::string name = story.param.scenario;
-    std::replace(name.begin(), name.end(), '-', '_');
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(, TraceOf, testing::ValuesIn(kStories));
 
-// A is tried after a second and connected in two; @ in the lines' front is the time of day.
-std::string LogWith(const std::string& front) {
+// A is tried after a second and connected in two. In a line's form, @ is the second, % the message.
+std::string LogIn(const std::string& form) {
     std::string log;
     for (const std::string text :
          {"1AutoConnectApp.cpp: OnPrePareAndDoAutoConnect(1) > +",
           "2BTAutoConnect.cpp: ConnectToDevice(2) > Try to connect A",
           "4BTAutoConnect.cpp: OnAudioSinkConnected(3) > result : 0, address : A"}) {
-        for (const char c : front) {
-            log += c == '@' ? "07:00:0" + text.substr(0, 1) : std::string(1, c);
+        for (const char c : form) {
+            log += c == '@' ? text.substr(0, 1) : c == '%' ? text.substr(1) : std::string(1, c);
         }
-        log += text.substr(1) + "\n";
     }
     return log;
 }
 
+constexpr const char* kOwnForm = "2026-11-21 07:00:0@.000 I BT_AUTO_CONNECT: %\n";
+
 TEST_F(Trace, TakesEveryFormOfTheLogAndWhateverElseIsInIt) {
-    const std::string own = LogWith("2026-11-21 @.000 I BT_AUTO_CONNECT: ");
-    const std::string noise = std::string(3 << 20, 'x') + "\n\x80" + std::string(9, '\0') + "\r\n";
-    for (const std::string& log :
-         {own, noise + own, LogWith("Nov 21 @ tv BT_AUTO_CONNECT[7]: "),
-          LogWith("Nov  1 @.000001 tv BT_AUTO_CONNECT[7]: "),
-          LogWith("2026-11-21T@+0100 tv BT_AUTO_CONNECT[7]: "),
-          LogWith("2026-11-21T@.000001+01:00 tv BT_AUTO_CONNECT: "),
-          LogWith("Nov 21 00:00:00 tv bt[7]: 2026-11-21 @.000 I BT_AUTO_CONNECT: ")}) {
-        EXPECT_THAT(TimelineOf(log), HasSubstr("   3.000  connect   A connected after 2.00 s\n"));
+    const std::string own = LogIn(kOwnForm);
+    const std::string told = TimelineOf(own);
+    EXPECT_THAT(told, HasSubstr("   3.000  connect   A connected after 2.00 s\n"));
+    for (const char* entry :
+         {R"("_SOURCE_REALTIME_TIMESTAMP":"179524440@000000","__REALTIME_TIMESTAMP":"7",)"
+          R"("SYSLOG_IDENTIFIER":"BT_AUTO_CONNECT","MESSAGE":"%")",
+          R"("MESSAGE":"2026-11-21 07:00:0@.000 I BT_AUTO_CONNECT: %")"}) {
+        EXPECT_EQ(TimelineOf(LogIn("{" + std::string(entry) + "}\n")), told) << entry;
     }
+    const char* const inBytes = R"({"__REALTIME_TIMESTAMP":"1","SYSLOG_IDENTIFIER":"TV_PLATFORM",)"
+                                R"("MESSAGE":[97,100,97,112,116,101,114,32,27,91,109,255]})";
+    EXPECT_THAT(TimelineOf(own + inBytes), HasSubstr(" remark    adapter \uFFFD\n"));
+    const std::string noise = std::string(3 << 20, 'x') + "\n\x80" + std::string(9, '\0') + "\r\n";
+    EXPECT_EQ(TimelineOf(noise + own), told + "lines of another kind, skipped: 2\n");
     const std::string start = own.substr(0, own.find("2026", 1));
     std::string late = own + own.substr(own.rfind("2026"));
     late.replace(late.find("result : 0"), 10, "result : -1");
@@ -127,12 +131,40 @@ TEST_F(Trace, TakesEveryFormOfTheLogAndWhateverElseIsInIt) {
         "ToDevice(2) > Try to connect x\"'<&>]]>\xff\xC3\x01\x1b[7m\x7f\xE2\x80\xAE";
     EXPECT_THAT(TimelineOf(start + start + odd), HasSubstr("x\"'<&>]]>"));
     EXPECT_THAT(TimelineOf(own.substr(0, own.size() - 20)), HasSubstr("end is not in the log"));
-    for (const char* what :
-         {"/dev/null", ".", "none", "log --svg none/svg", "log --svg /dev/full"}) {
-        EXPECT_EQ(Run(std::string("tvctl trace ") + what + " >out 2>&1"), 1) << what;
+}
+
+TEST_F(Trace, ReadsTheServicesEntriesOfAJournal) {
+    const std::string entry =
+        "__REALTIME_TIMESTAMP=179524440@000000\n_BOOT_ID=0123456789abcdef0123456789abcdef\n"
+        "SYSLOG_IDENTIFIER=BT_AUTO_CONNECT\nMESSAGE=%\n_SYSTEMD_UNIT=";
+    Write("entries", LogIn(entry + "bt-autoconnect.service\n\n" + entry + "another.service\n\n"));
+    ASSERT_EQ(Run("/lib/systemd/systemd-journal-remote -o a.journal entries 2>remote"), 0)
+        << ReadFile(m_folder + "/remote");
+    const std::string told = TimelineOf(LogIn(kOwnForm));
+    for (const char* journal : {"--file a.journal", "--directory ."}) {
+        EXPECT_EQ(Run(std::string("tvctl trace >out ") + journal), 0);
+        EXPECT_EQ(ReadFile(m_folder + "/out"), told) << journal;
     }
-    EXPECT_EQ(Run("tvctl=$(command -v tvctl) && PATH=none $tvctl trace 2>out"), 1);
-    EXPECT_THAT(ReadFile(m_folder + "/out"), HasSubstr("tvctl: journalctl cannot be started"));
+}
+
+TEST_F(Trace, SaysInOneLineWhatItCannotRead) {
+    Write("log", LogIn(kOwnForm));
+    Write("cut", LogIn(R"({"__REALTIME_TIMESTAMP":"7","MESSAGE":"%)"
+                       "\n") +
+                     R"({"a":)" + std::string(50000, '[') + "\n{\"MESSAGE\":7}");
+    const std::pair<const char*, const char*> kCases[] = {
+        {"cut", "no wake-up in cut: 0 lines of the service, 5 of another kind"},
+        {".", ".: Is a directory"},
+        {"none", "none: No such file or directory"},
+        {"log --svg none/svg", "none/svg: No such file or directory"},
+        {"log --svg /dev/full", "/dev/full: No space left on device"},
+        {"--file log", "log cannot be read as a journal: Bad message"},
+        {"--directory none", "none cannot be read as a journal: No such file or directory"}};
+    for (const auto& [what, message] : kCases) {
+        EXPECT_EQ(Run(std::string("tvctl trace 2>out >told ") + what), 1) << what;
+        EXPECT_EQ(ReadFile(m_folder + "/out"), "tvctl: " + std::string(message) + "\n");
+    }
+    EXPECT_EQ(Run("tvctl trace log --file a.journal 2>out"), 2);
 }
 
 }  // namespace

@@ -3,265 +3,263 @@
 #include "tools/tvctl/trace/LogReader.h"
 
 #include <glib.h>
+#include <json/json.h>
+#include <systemd/sd-journal.h>
 
-#include <array>
-#include <cstdio>
-#include <ctime>
-#include <utility>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <optional>
 
 #include "common/CHandle.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
 namespace {
 
+using DateTimePtr = CPtr<GDateTime, g_date_time_unref>;
+using JournalPtr = CPtr<sd_journal, sd_journal_close>;
+// The text of one field of a journal's entry, "" when the entry has none.
+using FieldReader = std::function<std::string(const char* name)>;
+
 // Longer than any line of the service, which cuts its messages at 16 KiB and escapes a byte with
-// four characters.
-constexpr std::size_t kMaxLineBytes = 98304;
+// four characters, and than the JSON of such a message.
+constexpr std::size_t kMaxLineBytes = 131072;
+constexpr const char* kUnit = "bt-autoconnect.service";
 constexpr const char* kTags[] = {"BT_AUTO_CONNECT", "BT_APP_UTIL", "TV_PLATFORM"};
-constexpr const char* kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
-// Stands for the year that -o short leaves out; a leap year, so that it has every day.
-constexpr int kUnknownYear = 2000;
+// "2026-11-21 07:00:01.000", in front of " I TAG: " in the service's own lines.
+constexpr std::size_t kTimeLength = 23;
+constexpr std::size_t kTagBegin = kTimeLength + 3;
 
-// A text that is taken off piece by piece from its front.
-class Cursor {
-public:
-    explicit Cursor(const std::string& text) : m_text(text) {}
-
-    [[nodiscard]] std::size_t Position() const { return m_at; }
-    [[nodiscard]] std::string Rest() const { return m_text.substr(m_at); }
-
-    bool Take(char expected) {
-        if (m_at >= m_text.size() || m_text[m_at] != expected) {
-            return false;
-        }
-        ++m_at;
-        return true;
-    }
-
-    // A number of that many digits; false without.
-    bool TakeNumber(int digits, int& number) {
-        number = 0;
-        for (int i = 0; i < digits; ++i, ++m_at) {
-            if (m_at >= m_text.size() || g_ascii_isdigit(m_text[m_at]) == FALSE) {
-                return false;
-            }
-            number = number * 10 + (m_text[m_at] - '0');
-        }
-        return true;
-    }
-
-    // What stands before the next `separator`, which is taken, too; false when there is none.
-    bool TakeUntil(const char* separator, std::string& piece) {
-        const std::size_t end = m_text.find(separator, m_at);
-        if (end == std::string::npos) {
-            return false;
-        }
-        piece = m_text.substr(m_at, end - m_at);
-        m_at = end + std::char_traits<char>::length(separator);
-        return true;
-    }
-
-private:
-    const std::string& m_text;
-    std::size_t m_at = 0;
-};
-
-// A terminal's colours and other sequences "ESC [ ... letter" go.
-std::string WithoutColours(const std::string& line) {
+// Valid UTF-8 without a terminal's colours and other sequences "ESC [ ... letter".
+std::string Clean(const std::string& text) {
     std::string plain;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] != '\x1B' || i + 1 >= line.size() || line[i + 1] != '[') {
-            plain += line[i];
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\x1B' || i + 1 >= text.size() || text[i + 1] != '[') {
+            plain += text[i];
             continue;
         }
-        for (i += 2; i < line.size() && (line[i] < '@' || line[i] > '~'); ++i) {
+        for (i += 2; i < text.size() && (text[i] < '@' || text[i] > '~'); ++i) {
         }
     }
-    return plain;
+    return GStringPtr(g_utf8_make_valid(plain.data(), static_cast<gssize>(plain.size()))).get();
 }
 
-std::string MakeValid(const std::string& text) {
-    return GStringPtr(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()))).get();
-}
-
-bool TakeClock(Cursor& cursor, tm& time) {
-    return cursor.TakeNumber(2, time.tm_hour) && cursor.Take(':') &&
-           cursor.TakeNumber(2, time.tm_min) && cursor.Take(':') &&
-           cursor.TakeNumber(2, time.tm_sec) && time.tm_hour < 24 && time.tm_min < 60 &&
-           time.tm_sec <= 60;
-}
-
-// The decimals of the second as microseconds; 0 where there are none.
-int TakeFraction(Cursor& cursor) {
-    if (!cursor.Take('.')) {
-        return 0;
-    }
-    int fraction = 0;
-    int digit = 0;
-    for (int unit = 100000; cursor.TakeNumber(1, digit); unit /= 10) {
-        fraction += digit * unit;
-    }
-    return fraction;
-}
-
-bool TakeIsoDate(Cursor& cursor, tm& time) {
-    int year = 0;
-    int month = 0;
-    if (!cursor.TakeNumber(4, year) || !cursor.Take('-') || !cursor.TakeNumber(2, month) ||
-        !cursor.Take('-') || !cursor.TakeNumber(2, time.tm_mday)) {
-        return false;
-    }
-    time.tm_year = year - 1900;
-    time.tm_mon = month - 1;
-    return month >= 1 && month <= 12 && time.tm_mday >= 1 && time.tm_mday <= 31;
-}
-
-// "Nov 21", or "Nov  1".
-bool TakeShortDate(Cursor& cursor, tm& time) {
-    std::string name;
-    if (!cursor.TakeUntil(" ", name) || name.size() != 3) {
-        return false;
-    }
-    const std::size_t month = std::string(kMonths).find(name);
-    const int digits = cursor.Take(' ') ? 1 : 2;
-    time.tm_year = kUnknownYear - 1900;
-    time.tm_mon = static_cast<int>(month / 3);
-    return month != std::string::npos && month % 3 == 0 &&
-           cursor.TakeNumber(digits, time.tm_mday) && time.tm_mday >= 1 && time.tm_mday <= 31 &&
-           cursor.Take(' ');
-}
-
-// As a person reads it: a blank before the time of day, and no more than three decimals.
-std::string WithMilliseconds(std::string when) {
-    const std::size_t point = when.rfind('.');
-    if (point != std::string::npos && point + 4 < when.size()) {
-        when.resize(point + 4);
-    }
-    if (when.size() > 10 && when[10] == 'T') {
-        when[10] = ' ';
-    }
-    return when;
-}
-
-// The text behind the time at the front of `line`, which goes into the record; nothing when there
-// is none.
-std::optional<std::string> TakeTime(const std::string& line, LogRecord& record) {
-    Cursor cursor(line);
-    tm time = {};
-    const bool isIso = !line.empty() && g_ascii_isdigit(line[0]) != FALSE;
-    if (isIso) {
-        if (!TakeIsoDate(cursor, time) || (!cursor.Take(' ') && !cursor.Take('T'))) {
-            return std::nullopt;
-        }
-    } else if (!TakeShortDate(cursor, time)) {
-        return std::nullopt;
-    }
-    if (!TakeClock(cursor, time)) {
-        return std::nullopt;
-    }
-    const int fraction = TakeFraction(cursor);
-    record.when = WithMilliseconds(line.substr(0, cursor.Position()));
-    record.timeUs = std::int64_t{timegm(&time)} * G_USEC_PER_SEC + fraction;
-    std::string zone;
-    if (!cursor.TakeUntil(" ", zone)) {
-        return std::nullopt;
-    }
-    return cursor.Rest();
-}
-
-// "FILE: FUNCTION(LINE) > MESSAGE" of the layers above the platform.
-bool TakePlace(const std::string& text, LogRecord& record) {
-    Cursor cursor(text);
-    std::string number;
-    const bool hasPlace = cursor.TakeUntil(": ", record.file) &&
-                          cursor.TakeUntil("(", record.function) &&
-                          cursor.TakeUntil(") > ", number);
-    record.message = cursor.Rest();
-    return hasPlace;
-}
-
+// The layers above the platform write "FILE: FUNCTION(LINE) > MESSAGE". False when `tag` is not
+// one of the service's, or the text is not like that.
 bool TakeMessage(const std::string& tag, const std::string& text, LogRecord& record) {
-    for (const char* known : kTags) {
-        if (tag != known) {
-            continue;
-        }
-        record.tag = tag;
-        if (tag == "TV_PLATFORM") {
-            record.message = text;
-            return true;
-        }
-        return TakePlace(text, record);
-    }
-    return false;
-}
-
-// "LETTER TAG: text", as the service itself writes it.
-bool TakeOwnForm(const std::string& text, LogRecord& record) {
-    std::string tag;
-    Cursor cursor(text);
-    return text.size() > 2 && text[1] == ' ' && cursor.TakeUntil(" ", tag) &&
-           cursor.TakeUntil(": ", tag) && TakeMessage(tag, cursor.Rest(), record);
-}
-
-// "HOST IDENTIFIER[PROCESS]: text". Where standard error was passed on to the journal line by line,
-// the text is one of the service's own form with a time of its own.
-bool TakeJournalForm(const std::string& text, LogRecord& record) {
-    Cursor cursor(text);
-    std::string host;
-    std::string identifier;
-    if (!cursor.TakeUntil(" ", host) || !cursor.TakeUntil(": ", identifier)) {
+    if (std::find(std::begin(kTags), std::end(kTags), tag) == std::end(kTags)) {
         return false;
     }
-    const std::string tag = identifier.substr(0, identifier.find('['));
-    if (TakeMessage(tag, cursor.Rest(), record)) {
+    if (tag == "TV_PLATFORM") {
+        record.message = text;
         return true;
     }
-    const auto rest = TakeTime(cursor.Rest(), record);
-    return rest && TakeOwnForm(*rest, record);
+    const std::size_t colon = text.find(": ");
+    const std::size_t bracket = text.find('(', colon);
+    const std::size_t end = text.find(") > ", bracket);
+    if (end == std::string::npos) {
+        return false;
+    }
+    record.file = text.substr(0, colon);
+    record.function = text.substr(colon + 2, bracket - colon - 2);
+    record.message = text.substr(end + 4);
+    return true;
 }
 
-std::optional<LogRecord> Parse(const std::string& line) {
-    LogRecord record;
-    const auto rest = TakeTime(MakeValid(WithoutColours(line)), record);
-    if (!rest || (!TakeOwnForm(*rest, record) && !TakeJournalForm(*rest, record))) {
+// A line of the service's own form. Of which zone its time is, is unknown.
+std::optional<LogRecord> ParseLine(const std::string& line) {
+    const std::size_t colon = line.find(": ", kTagBegin);
+    if (colon == std::string::npos || line[kTimeLength] != ' ' || line[kTagBegin - 1] != ' ') {
         return std::nullopt;
     }
+    LogRecord record;
+    record.when = line.substr(0, kTimeLength);
+    const CPtr<GTimeZone, g_time_zone_unref> zone(g_time_zone_new_utc());
+    const DateTimePtr time(g_date_time_new_from_iso8601(record.when.c_str(), zone.get()));
+    const std::string tag = line.substr(kTagBegin, colon - kTagBegin);
+    if (time == nullptr || !TakeMessage(tag, line.substr(colon + 2), record)) {
+        return std::nullopt;
+    }
+    record.timeUs =
+        g_date_time_to_unix(time.get()) * G_USEC_PER_SEC + g_date_time_get_microsecond(time.get());
     return record;
 }
 
-}  // namespace
-
-std::optional<LogRecord> LogReader::Next() {
-    std::string line;
-    while (ReadLine(line)) {
-        if (line.size() <= kMaxLineBytes) {
-            if (auto record = Parse(line)) {
-                return record;
-            }
-        }
-        ++m_skipped;
+// An entry of a journal. Where the service's standard error was passed on to the journal line by
+// line, the message is a line of the service's own form.
+std::optional<LogRecord> ParseEntry(const FieldReader& field) {
+    const std::string message = Clean(field("MESSAGE"));
+    LogRecord record;
+    if (!TakeMessage(field("SYSLOG_IDENTIFIER"), message, record)) {
+        return ParseLine(message);
     }
-    return std::nullopt;
+    const std::string sent = field("_SOURCE_REALTIME_TIMESTAMP");
+    const std::string received = field("__REALTIME_TIMESTAMP");
+    record.timeUs = g_ascii_strtoll((sent.empty() ? received : sent).c_str(), nullptr, 10);
+    const DateTimePtr time(g_date_time_new_from_unix_local(record.timeUs / G_USEC_PER_SEC));
+    if (record.timeUs <= 0 || time == nullptr) {
+        return std::nullopt;
+    }
+    const std::string fraction = std::to_string(1000 + record.timeUs % G_USEC_PER_SEC / 1000);
+    record.when =
+        GStringPtr(g_date_time_format(time.get(), "%Y-%m-%d %H:%M:%S.")).get() + fraction.substr(1);
+    return record;
 }
 
-// Of a line that is too long only so much is kept as shows that it is.
-bool LogReader::ReadLine(std::string& line) {
-    line.clear();
-    std::streambuf* const buffer = m_stream.rdbuf();
-    int character = buffer->sbumpc();
-    if (character == EOF) {
-        return false;
+// A field that is not plain text is an array of its bytes.
+std::string TextOf(const Json::Value& value) {
+    if (value.isString()) {
+        return value.asString();
     }
-    for (; character != EOF && character != '\n'; character = buffer->sbumpc()) {
+    std::string text;
+    for (const Json::Value& byte : value) {
+        text += byte.isInt() ? static_cast<char>(byte.asInt()) : '?';
+    }
+    return text;
+}
+
+std::optional<LogRecord> ParseJson(const std::string& line) {
+    try {
+        const Json::Value entry = Util::JsonUtil::StringToJson(line);
+        return ParseEntry([&entry](const char* name) { return TextOf(entry[name]); });
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+// False at the end. Of a line that is too long only so much is kept as shows that it is.
+bool ReadLine(std::istream& text, std::string& line) {
+    line.clear();
+    char character = 0;
+    while (text.get(character) && character != '\n') {
         if (line.size() <= kMaxLineBytes) {
-            line += static_cast<char>(character);
+            line += character;
         }
     }
     if (!line.empty() && line.back() == '\r') {
         line.pop_back();
     }
-    return true;
+    return text.good() || !line.empty();
+}
+
+void Count(const std::optional<LogRecord>& record, const TakeRecord& take, LogCount& count) {
+    if (record) {
+        take(*record);
+    }
+    ++(record ? count.records : count.skipped);
+}
+
+// 0, or a negative error number.
+int Open(const LogSource& source, JournalPtr& journal) {
+    if (source.kind == LogSource::Kind::kMachine) {
+        return sd_journal_open(Out(journal), SD_JOURNAL_LOCAL_ONLY | SD_JOURNAL_SYSTEM);
+    }
+    if (source.kind == LogSource::Kind::kDirectory) {
+        return sd_journal_open_directory(Out(journal), source.path.c_str(), 0);
+    }
+    const char* files[] = {source.path.c_str(), nullptr};
+    return sd_journal_open_files(Out(journal), files, 0);
+}
+
+// Limits what is read to the service and, in this machine's journal, to the time since its boot.
+int Select(LogSource::Kind kind, sd_journal* journal) {
+    sd_id128_t boot = {};
+    int result = sd_journal_add_match(journal, (std::string("_SYSTEMD_UNIT=") + kUnit).c_str(), 0);
+    if (kind != LogSource::Kind::kMachine || result < 0 ||
+        (result = sd_id128_get_boot(&boot)) < 0) {
+        return result;
+    }
+    const GStringPtr match(
+        g_strdup_printf("_BOOT_ID=" SD_ID128_FORMAT_STR, SD_ID128_FORMAT_VAL(boot)));
+    return sd_journal_add_match(journal, match.get(), 0);
+}
+
+std::string FieldOf(sd_journal* journal, const std::string& name) {
+    std::uint64_t received = 0;
+    if (name == "__REALTIME_TIMESTAMP") {
+        return sd_journal_get_realtime_usec(journal, &received) < 0 ? "" : std::to_string(received);
+    }
+    const void* data = nullptr;
+    std::size_t size = 0;
+    if (sd_journal_get_data(journal, name.c_str(), &data, &size) < 0) {
+        return "";
+    }
+    const std::string field(static_cast<const char*>(data), size);
+    return field.substr(std::min(size, name.size() + 1));  // "NAME=" stands before it
+}
+
+// This machine's journal files of others are not even opened.
+bool MayRead(sd_journal* journal) {
+    return sd_journal_has_runtime_files(journal) > 0 ||
+           sd_journal_has_persistent_files(journal) > 0;
+}
+
+LogCount ReadJournal(const LogSource& source, const TakeRecord& take) {
+    LogCount count;
+    JournalPtr journal;
+    int result = Open(source, journal);
+    if (result >= 0 && source.kind == LogSource::Kind::kMachine && !MayRead(journal.get())) {
+        count.failure = NameOf(source) +
+                        " cannot be read: there is none, or only root and the group"
+                        " systemd-journal may read it";
+        return count;
+    }
+    if (result >= 0) {
+        result = Select(source.kind, journal.get());
+    }
+    while (result >= 0 && (result = sd_journal_next(journal.get())) > 0) {
+        const auto field = [&journal](const char* name) { return FieldOf(journal.get(), name); };
+        Count(ParseEntry(field), take, count);
+    }
+    if (result < 0) {
+        count.failure = NameOf(source) + " cannot be read as a journal: " + std::strerror(-result);
+    }
+    return count;
+}
+
+}  // namespace
+
+std::string NameOf(const LogSource& source) {
+    if (source.kind == LogSource::Kind::kMachine) {
+        return std::string("the journal of ") + kUnit;
+    }
+    return source.kind == LogSource::Kind::kText && source.path == "-" ? "standard input"
+                                                                       : source.path;
+}
+
+LogCount ReadLog(const LogSource& source, const TakeRecord& take) {
+    if (source.kind != LogSource::Kind::kText) {
+        return ReadJournal(source, take);
+    }
+    if (source.path == "-") {
+        return ReadText(std::cin, take);
+    }
+    LogCount count;
+    std::ifstream text(source.path, std::ios::binary);
+    if (text) {
+        count = ReadText(text, take);
+    }
+    if (!text.eof()) {
+        count.failure = source.path + ": " + std::strerror(errno);
+    }
+    return count;
+}
+
+LogCount ReadText(std::istream& text, const TakeRecord& take) {
+    LogCount count;
+    for (std::string line; ReadLine(text, line);) {
+        if (line.size() > kMaxLineBytes) {
+            ++count.skipped;
+        } else {
+            Count(line[0] == '{' ? ParseJson(line) : ParseLine(Clean(line)), take, count);
+        }
+    }
+    return count;
 }
 
 }  // namespace Tvctl

@@ -4,15 +4,9 @@
 
 #include "tools/tvctl/commands/CommandLine.h"
 
-namespace Tvctl {
-
 // Makes the timeline of each wake-up out of a log of the service.
-class TraceCommand {
-public:
-    [[nodiscard]] static CommandGroup Group();
+namespace Tvctl::TraceCommand {
 
-private:
-    static ExitCode Trace(const Arguments& arguments, Console& console);
-};
+[[nodiscard]] CommandGroup Group();
 
-}  // namespace Tvctl
+}  // namespace Tvctl::TraceCommand
