@@ -11,7 +11,7 @@ namespace Tvctl {
 
 namespace {
 
-// Whether `text` reads as `pattern` does; the texts in the place of its stars go behind `texts`.
+// Whether `text` reads as `pattern` does; the texts in the place of its stars are added to `texts`.
 // A star at the end takes everything.
 bool Matches(const char* pattern, const std::string& text, std::vector<std::string>& texts) {
     const GStrvPtr pieces(g_strsplit(pattern, "*", -1));
@@ -81,7 +81,7 @@ const Timeline::KnownLine Timeline::kLines[] = {
     {"BTAutoConnect.cpp", "ConnectToDeviceInList", "No more device to try connect",
      &Timeline::OnListEnded},
     {"BTAutoConnect.cpp", "ConnectToDevice", "Not supported condition", &Timeline::OnRefused,
-     "the ambient picture shows no longer"},
+     "the ambient picture no longer shows"},
     {"BTAutoConnect.cpp", "ConnectToDevice", "Not bonded device", &Timeline::OnNotBonded},
     {"BTAutoConnect.cpp", "ConnectToDevice", "Try to connect *", &Timeline::OnConnecting},
     {"BTAutoConnect.cpp", "OnAudioSinkConnected", "result : *, address : *",

@@ -89,10 +89,6 @@ bool Timeline::IsInWindow() {
     return window && !window->end && TimeIn(Current()) <= window->begin + kWindowSeconds;
 }
 
-void Timeline::AddRemark(const std::string& text) {
-    Current().remarks.push_back({Touch(), text});
-}
-
 void Timeline::OnWakeUp(const Texts& /*texts*/) {
     if (!m_isClosed) {
         if (IsInWindow() || Current().IsOpen()) {
@@ -120,10 +116,6 @@ void Timeline::OnServiceStarted(const Texts& /*texts*/) {
     m_position = 0;
 }
 
-void Timeline::OnBluetooth(const Texts& texts) {
-    AddRemark(texts[0]);
-}
-
 void Timeline::OnRefused(const Texts& texts) {
     Refuse(texts.size() == 1 ? texts[0] : texts[0] + ": " + texts[1]);
 }
@@ -132,10 +124,6 @@ void Timeline::OnReasonOrKey(const Texts& /*texts*/) {
     Refuse(!m_isKeyBlocking   ? "the wake-up reason or the blocking key forbids it"
            : *m_isKeyBlocking ? "the key memory/bluetooth_nirvoui/musictvfail forbids it"
                               : "the wake-up reason forbids it");
-}
-
-void Timeline::OnBlockingKey(const Texts& texts) {
-    m_isKeyBlocking = texts[1] == "1";
 }
 
 void Timeline::OnAmbient(const Texts& texts) {
@@ -150,10 +138,6 @@ void Timeline::Refuse(const std::string& text) {
     if (refusals.empty() || refusals.back().text != whole) {
         refusals.push_back({Touch(), whole});
     }
-}
-
-void Timeline::OnWindowOpened(const Texts& /*texts*/) {
-    Current().window = Window{Touch(), std::nullopt};
 }
 
 void Timeline::OnWindowClosed(const Texts& /*texts*/) {
@@ -175,21 +159,9 @@ void Timeline::OnPhones(const Texts& texts) {
     }
 }
 
-void Timeline::OnScanStarted(const Texts& /*texts*/) {
-    Current().scans.push_back({Touch(), {}, Scan::End::kUnknown, ""});
-}
-
 void Timeline::OnScanRefused(const Texts& texts) {
     OnScanStarted(texts);
     OnScanFailed(texts);
-}
-
-void Timeline::OnScanFailed(const Texts& texts) {
-    EndScan(Scan::End::kFailed, texts.back());
-}
-
-void Timeline::OnScanStopped(const Texts& /*texts*/) {
-    EndScan(Current().heard.empty() ? Scan::End::kTimer : Scan::End::kMatch);
 }
 
 void Timeline::EndScan(Scan::End how, const std::string& reason) {
@@ -206,10 +178,6 @@ void Timeline::OnAdvertisement(const Texts& texts) {
     Current().strangers.different.insert(texts[1]);
 }
 
-void Timeline::OnShortAdvertisement(const Texts& /*texts*/) {
-    Current().strangers.shortTimes.push_back(Touch());
-}
-
 void Timeline::OnPhoneHeard(const Texts& texts) {
     // Its own advertisement was the last that came.
     if (Current().strangers.different.erase(texts[1]) > 0) {
@@ -217,10 +185,6 @@ void Timeline::OnPhoneHeard(const Texts& texts) {
     }
     m_candidate = texts[1];
     Current().heard.push_back({Touch(), m_candidate});
-}
-
-void Timeline::OnListBegins(const Texts& /*texts*/) {
-    m_position = 0;
 }
 
 void Timeline::OnNextOfList(const Texts& /*texts*/) {
@@ -313,22 +277,6 @@ void Timeline::OnDisconnected(const Texts& texts) {
             connection->lost = Touch();
         }
     }
-}
-
-void Timeline::OnPlayerUnknown(const Texts& texts) {
-    m_playerFault = texts[0];
-}
-
-void Timeline::OnPlaysAlready(const Texts& /*texts*/) {
-    EndPlayback(Playback::Outcome::kPlaysAlready);
-}
-
-void Timeline::OnPlaySent(const Texts& /*texts*/) {
-    EndPlayback(Playback::Outcome::kCommandSent);
-}
-
-void Timeline::OnPlayNotSent(const Texts& /*texts*/) {
-    EndPlayback(Playback::Outcome::kNotSent, std::exchange(m_playerFault, ""));
 }
 
 // The check belongs to the oldest connection that waits for one: its timer outlives a wake-up.

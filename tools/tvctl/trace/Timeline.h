@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/tvctl/trace/LogReader.h"
@@ -36,41 +37,65 @@ private:
     [[nodiscard]] static const KnownLine* Recognise(const LogRecord& record, Texts& texts);
     static const KnownLine kLines[];
 
+    // What each line does. The texts that the line carries are named above.
     void OnServiceStarted(const Texts& texts);
     void OnWakeUp(const Texts& texts);
-    void OnBluetooth(const Texts& texts);  // something befell the daemon or the adapter
+    // Something happened to the daemon or the adapter.
+    void OnBluetooth(const Texts& texts) { AddRemark(texts[0]); }
 
-    void OnRefused(const Texts& texts);      // a condition does not hold; why
-    void OnReasonOrKey(const Texts& texts);  // the wake-up reason, or the blocking key, forbids
-    void OnBlockingKey(const Texts& texts);  // the key's value
-    void OnAmbient(const Texts& texts);      // its value
-    void OnWindowOpened(const Texts& texts);
+    // A condition does not hold; why.
+    void OnRefused(const Texts& texts);
+    // The wake-up reason, or the blocking key, forbids it.
+    void OnReasonOrKey(const Texts& texts);
+    // The key's value.
+    void OnBlockingKey(const Texts& texts) { m_isKeyBlocking = texts[1] == "1"; }
+    // What was read, its value.
+    void OnAmbient(const Texts& texts);
+    void OnWindowOpened(const Texts& /*texts*/) { Current().window = Window{Touch(), {}}; }
     void OnWindowClosed(const Texts& texts);
     void OnAttemptStarted(const Texts& texts);
 
-    void OnPhones(const Texts& texts);  // the registered phones, each followed by ", "
-    void OnScanStarted(const Texts& texts);
-    void OnScanRefused(const Texts& texts);  // the result's name
-    void OnScanFailed(const Texts& texts);   // the adapter, why
-    void OnScanStopped(const Texts& texts);
-    void OnListBegins(const Texts& texts);
-    void OnAdvertisement(const Texts& texts);  // the address that would be in it
-    void OnShortAdvertisement(const Texts& texts);
-    void OnPhoneHeard(const Texts& texts);  // address
+    // The registered phones, each followed by ", ".
+    void OnPhones(const Texts& texts);
+    void OnScanStarted(const Texts& /*texts*/) {
+        Current().scans.push_back({Touch(), {}, Scan::End::kUnknown, ""});
+    }
+    // The result's name.
+    void OnScanRefused(const Texts& texts);
+    // The adapter, why.
+    void OnScanFailed(const Texts& texts) { EndScan(Scan::End::kFailed, texts.back()); }
+    void OnScanStopped(const Texts& /*texts*/) {
+        EndScan(Current().heard.empty() ? Scan::End::kTimer : Scan::End::kMatch);
+    }
+    // The address that would be in it.
+    void OnAdvertisement(const Texts& texts);
+    void OnShortAdvertisement(const Texts& /*texts*/) {
+        Current().strangers.shortTimes.push_back(Touch());
+    }
+    // Its address.
+    void OnPhoneHeard(const Texts& texts);
 
+    void OnListBegins(const Texts& /*texts*/) { m_position = 0; }
     void OnNextOfList(const Texts& texts);
     void OnListEnded(const Texts& texts);
     void OnNotBonded(const Texts& texts);
-    void OnConnecting(const Texts& texts);     // address
-    void OnNotConnected(const Texts& texts);   // address, why
-    void OnConnectResult(const Texts& texts);  // result code, address
-    void OnDisconnected(const Texts& texts);   // result code, address
+    // The address.
+    void OnConnecting(const Texts& texts);
+    // The address, why.
+    void OnNotConnected(const Texts& texts);
+    // The result's code, the address.
+    void OnConnectResult(const Texts& texts);
+    void OnDisconnected(const Texts& texts);
 
-    void OnPlayerUnknown(const Texts& texts);  // the device's path
-    void OnPlaysAlready(const Texts& texts);
-    void OnPlaySent(const Texts& texts);
-    void OnPlayNotSent(const Texts& texts);
-    void OnLaunchFailed(const Texts& texts);  // why, where the line says it
+    // What is not known of it.
+    void OnPlayerUnknown(const Texts& texts) { m_playerFault = texts[0]; }
+    void OnPlaysAlready(const Texts& /*texts*/) { EndPlayback(Playback::Outcome::kPlaysAlready); }
+    void OnPlaySent(const Texts& /*texts*/) { EndPlayback(Playback::Outcome::kCommandSent); }
+    void OnPlayNotSent(const Texts& /*texts*/) {
+        EndPlayback(Playback::Outcome::kNotSent, std::exchange(m_playerFault, ""));
+    }
+    // Why.
+    void OnLaunchFailed(const Texts& texts);
 
     void AdvanceClock(std::int64_t timeUs);
     void Refuse(const std::string& text);
@@ -81,7 +106,7 @@ private:
 
     WakeUp& Current() { return m_wakeUps.back(); }
     [[nodiscard]] bool IsInWindow();
-    void AddRemark(const std::string& text);
+    void AddRemark(const std::string& text) { Current().remarks.push_back({Touch(), text}); }
     // The time of the line being added in a wake-up; it is the wake-up's last so far.
     double Touch(WakeUp& wakeUp) const;
     double Touch() { return Touch(Current()); }

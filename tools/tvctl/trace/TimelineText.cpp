@@ -3,9 +3,9 @@
 #include "tools/tvctl/trace/TimelineText.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <utility>
+
+#include "common/CHandle.h"
 
 namespace Tvctl {
 
@@ -79,12 +79,6 @@ std::vector<Line> LinesOf(const WakeUp& wakeUp) {
     return lines;
 }
 
-std::string Format(const Line& line) {
-    std::array<char, 64> front;
-    std::snprintf(front.data(), front.size(), "%8.3f  %-9s ", line.time, line.what.c_str());
-    return front.data() + line.text;
-}
-
 }  // namespace
 
 std::vector<std::string> ToLines(const std::vector<WakeUp>& wakeUps) {
@@ -96,7 +90,9 @@ std::vector<std::string> ToLines(const std::vector<WakeUp>& wakeUps) {
                         std::to_string(wakeUps.size()) + ", " + wakeUp.when + ": " +
                         wakeUp.Summary());
         for (const Line& line : LinesOf(wakeUp)) {
-            texts.push_back(Format(line));
+            texts.emplace_back(GStringPtr(g_strdup_printf("%8.3f  %-9s %s", line.time,
+                                                          line.what.c_str(), line.text.c_str()))
+                                   .get());
         }
     }
     return texts;
@@ -107,7 +103,7 @@ Json::Value ToJson(const std::vector<WakeUp>& wakeUps) {
     for (const WakeUp& wakeUp : wakeUps) {
         Json::Value item;
         item["when"] = wakeUp.when;
-        item["verdict"] = kVerdicts[static_cast<std::size_t>(wakeUp.Outcome())];
+        item["verdict"] = TextOf(kVerdicts, wakeUp.Outcome());
         item["summary"] = wakeUp.Summary();
         item["phones"] = Json::Value(Json::arrayValue);
         for (const std::string& phone : wakeUp.phones) {

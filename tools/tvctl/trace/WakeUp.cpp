@@ -3,10 +3,9 @@
 #include "tools/tvctl/trace/WakeUp.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <cstdlib>
 
+#include "common/CHandle.h"
 #include "utility/CommonUtil.h"
 
 namespace Tvctl {
@@ -52,22 +51,15 @@ const Connection* FindConnected(const WakeUp& wakeUp) {
 }
 
 std::string SummariseConnected(const WakeUp& wakeUp, const Connection& connection) {
-    std::string connected = NameOf(connection.address) + " was connected";
+    const std::string connected = NameOf(connection.address) + " was connected";
     if (wakeUp.playbacks.empty()) {
         return connected;
     }
-    switch (wakeUp.playbacks.back().outcome) {
-        case Playback::Outcome::kPlaysAlready:
-            return connected + " and plays already";
-        case Playback::Outcome::kCommandSent:
-            return connected + " and told to play";
-        case Playback::Outcome::kNotSent:
-        case Playback::Outcome::kLaunchFailed:
-            return connected + ", but not told to play: " + wakeUp.playbacks.back().reason;
-        case Playback::Outcome::kUnknown:
-            break;
-    }
-    return connected + "; the log has no playback check";
+    static constexpr const char* kChecks[] = {
+        "; the log has no playback check", " and plays already", " and told to play",
+        ", but not told to play: ", ", but not told to play: "};
+    const Playback& last = wakeUp.playbacks.back();
+    return connected + TextOf(kChecks, last.outcome) + last.reason;
 }
 
 std::string SummariseFailures(const WakeUp& wakeUp) {
@@ -89,16 +81,11 @@ std::string SummariseFailures(const WakeUp& wakeUp) {
 }
 
 std::string SummariseScan(const Scan& scan) {
-    switch (scan.how) {
-        case Scan::End::kFailed:
-            return "the LE scan failed: " + scan.reason;
-        case Scan::End::kTakenOver:
-            return "another wake-up came during the LE scan";
-        case Scan::End::kUnknown:
-            return "the log ends during the LE scan";
-        default:
-            return "nothing was connected after the LE scan";
-    }
+    static constexpr const char* kEnds[] = {
+        "the log ends during the LE scan", "nothing was connected after the LE scan",
+        "nothing was connected after the LE scan",
+        "the LE scan failed: ", "another wake-up came during the LE scan"};
+    return TextOf(kEnds, scan.how) + scan.reason;
 }
 
 }  // namespace
@@ -112,9 +99,7 @@ std::string Join(const std::vector<std::string>& texts) {
 }
 
 std::string Seconds(double seconds) {
-    std::array<char, 40> text;
-    std::snprintf(text.data(), text.size(), seconds < 9.95 ? "%.2f s" : "%.1f s", seconds);
-    return text.data();
+    return GStringPtr(g_strdup_printf("%.*f s", seconds < 9.95 ? 2 : 1, seconds)).get();
 }
 
 std::string Describe(const Window& window) {
@@ -172,19 +157,10 @@ std::string Describe(const Connection& connection) {
 }
 
 std::string Describe(const Playback& playback) {
-    switch (playback.outcome) {
-        case Playback::Outcome::kPlaysAlready:
-            return "plays already, nothing sent";
-        case Playback::Outcome::kCommandSent:
-            return "play command sent";
-        case Playback::Outcome::kNotSent:
-            return "play command not sent: " + playback.reason;
-        case Playback::Outcome::kLaunchFailed:
-            return "play command failed: " + playback.reason;
-        case Playback::Outcome::kUnknown:
-            break;
-    }
-    return "the check is not in the log";
+    static constexpr const char* kOutcomes[] = {"the check is not in the log",
+                                                "plays already, nothing sent", "play command sent",
+                                                "play command not sent: ", "play command failed: "};
+    return TextOf(kOutcomes, playback.outcome) + playback.reason;
 }
 
 bool WakeUp::IsOpen() const {

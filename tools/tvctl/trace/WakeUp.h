@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -89,10 +90,10 @@ struct WakeUp {
     Strangers strangers;
     std::vector<Connection> connections;
     std::vector<Playback> playbacks;
-    std::vector<Remark> remarks;  // what befell Bluetooth, the clock or the service meanwhile
+    std::vector<Remark> remarks;  // what happened to Bluetooth, the clock or the service
     double end = 0;               // of the last thing that the log tells
 
-    // Whether something began that has not ended; the window, which ends by itself, aside.
+    // Whether something began that has not ended, except the window, which ends by itself.
     [[nodiscard]] bool IsOpen() const;
     // Whether a connection to that phone went down again.
     [[nodiscard]] bool IsLost(const std::string& address) const;
@@ -107,6 +108,11 @@ struct WakeUp {
 [[nodiscard]] std::string Describe(const Strangers& strangers);
 [[nodiscard]] std::string Describe(const Connection& connection);
 [[nodiscard]] std::string Describe(const Playback& playback);
+// The one of `texts`, which are in the order of the enumerators.
+template <typename Enum, std::size_t Count>
+const char* TextOf(const char* const (&texts)[Count], Enum value) {
+    return texts[static_cast<std::size_t>(value)];
+}
 // The texts with commas between them.
 [[nodiscard]] std::string Join(const std::vector<std::string>& texts);
 // "2.5 s"

@@ -8,7 +8,6 @@
 #include <functional>
 #include <set>
 
-#include "tools/tvctl/trace/picture/SvgText.h"
 #include "tools/tvctl/trace/picture/SvgWriter.h"
 
 namespace Tvctl {
@@ -51,11 +50,6 @@ constexpr const char* kGrid = "#e3e7eb";
 constexpr const char* kVerdictColours[] = {kGreen, kAmber, kRed, kAmber, kGrey};
 constexpr const char* kConnectionColours[] = {kGrey, kGreen, kRed, kRed, kGreen};
 constexpr const char* kPlaybackColours[] = {kGrey, kGreen, kGreen, kAmber, kRed};
-
-template <typename Enum>
-const char* ColourOf(const char* const (&colours)[5], Enum value) {
-    return colours[static_cast<std::size_t>(value)];
-}
 
 // The smallest of 1, 2 and 5 times a power of ten that makes no more ticks than there is room for.
 double TickStep(double seconds) {
@@ -166,7 +160,7 @@ void Panel::DrawHeading(std::size_t number, SvgWriter& writer) {
     const double left = kMargin + 20;
     const double width = kWidth - 2 * kMargin - 18;
     writer.BeginGroup(summary);
-    writer.Circle(kMargin + 6, m_y + 9, 6, ColourOf(kVerdictColours, m_wakeUp.Outcome()));
+    writer.Circle(kMargin + 6, m_y + 9, 6, TextOf(kVerdictColours, m_wakeUp.Outcome()));
     writer.Text(left, m_y + 14, "heading",
                 "Wake-up " + std::to_string(number) + ", " + m_wakeUp.when);
     m_y += 33;
@@ -246,7 +240,7 @@ void Panel::DrawHeard() {
                                      all.end());
     std::string label = Join(addresses);
     if (!strangers.empty()) {
-        label += (label.empty() ? "" : " behind ") + Describe(m_wakeUp.strangers);
+        label += (label.empty() ? "" : " after ") + Describe(m_wakeUp.strangers);
     }
     if (all.empty()) {
         all.push_back(X(m_wakeUp.scans.front().begin));
@@ -263,7 +257,7 @@ void Panel::DrawHeard() {
 
 // Below the bar a line shows for how long the phone stayed connected, as far as the log tells.
 void Panel::DrawConnection(const Connection& connection) {
-    const char* const colour = ColourOf(kConnectionColours, connection.result);
+    const char* const colour = TextOf(kConnectionColours, connection.result);
     const std::string name = connection.address.empty() ? "not named" : connection.address;
     const double left = X(connection.begin);
     if (connection.result == Connection::Result::kNotBonded) {
@@ -283,7 +277,7 @@ void Panel::DrawConnection(const Connection& connection) {
 }
 
 void Panel::DrawPlayback(const Playback& playback) {
-    const char* const colour = ColourOf(kPlaybackColours, playback.outcome);
+    const char* const colour = TextOf(kPlaybackColours, playback.outcome);
     const double left = X(playback.begin);
     const double right = X(playback.end.value_or(m_wakeUp.end));
     DrawLane({"Playback", Describe(playback), left, right + kRadius}, [&](double y) {
