@@ -51,7 +51,7 @@ const Connection* FindConnected(const WakeUp& wakeUp) {
 }
 
 std::string SummariseConnected(const WakeUp& wakeUp, const Connection& connection) {
-    const std::string connected = NameOf(connection.address) + " was connected";
+    std::string connected = NameOf(connection.address) + " was connected";
     if (wakeUp.playbacks.empty()) {
         return connected;
     }

@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
+#include <utility>
 
+#include "common/CHandle.h"
 #include "common/PrintableText.h"
 
 namespace Tvctl {
@@ -39,24 +41,26 @@ bool IsAllowed(gunichar character) {
     return !IsSteering(character) && !isNoCharacter;
 }
 
-// Markup is escaped, and a replacement stands for what is not allowed.
+// Markup is escaped, except apostrophes, which no attribute here is quoted by, and a replacement
+// stands for what is not allowed.
 std::string EscapeXml(const std::string& text) {
     std::string escaped;
-    for (const char* at = text.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+    for (const char* at = text.c_str(); *at != '\0';) {
         const char* const next = g_utf8_next_char(at);
-        const std::string character(at, next);
-        escaped += !IsAllowed(g_utf8_get_char(at)) ? "\uFFFD"
-                   : character == "&"              ? "&amp;"
-                   : character == "<"              ? "&lt;"
-                   : character == ">"              ? "&gt;"
-                   : character == "\""             ? "&quot;"
-                                                   : character;
+        if (!IsAllowed(g_utf8_get_char(at))) {
+            escaped += "\uFFFD";
+        } else if (*at == '\'') {
+            escaped += *at;
+        } else {
+            escaped += GStringPtr(g_markup_escape_text(at, next - at)).get();
+        }
+        at = next;
     }
     return escaped;
 }
 
 struct Attribute {
-    Attribute(const char* key, const std::string& text) : name(key), value(text) {}
+    Attribute(const char* key, std::string text) : name(key), value(std::move(text)) {}
     Attribute(const char* key, double number) : name(key), value(Number(number)) {}
 
     const char* name;
