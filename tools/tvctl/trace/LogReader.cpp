@@ -71,7 +71,7 @@ bool TakeMessage(const std::string& tag, const std::string& text, LogRecord& rec
     return true;
 }
 
-// A line of the service's own form. Of which zone its time is, is unknown.
+// A line of the service's own form. The zone of its time is not known.
 std::optional<LogRecord> ParseLine(const std::string& line) {
     const std::size_t colon = line.find(": ", kTagBegin);
     if (colon == std::string::npos || line[kTimeLength] != ' ' || line[kTagBegin - 1] != ' ') {
@@ -154,7 +154,7 @@ void Count(const std::optional<LogRecord>& record, const TakeRecord& take, LogCo
     ++(record ? count.records : count.skipped);
 }
 
-// 0, or a negative error number.
+// Negative: an error number.
 int Open(const LogSource& source, JournalPtr& journal) {
     if (source.kind == LogSource::Kind::kMachine) {
         return sd_journal_open(Out(journal), SD_JOURNAL_LOCAL_ONLY | SD_JOURNAL_SYSTEM);
@@ -193,7 +193,7 @@ std::string FieldOf(sd_journal* journal, const std::string& name) {
     return field.substr(std::min(size, name.size() + 1));  // "NAME=" stands before it
 }
 
-// This machine's journal files of others are not even opened.
+// The files of this machine's journal that the user may not read are left out without an error.
 bool MayRead(sd_journal* journal) {
     return sd_journal_has_runtime_files(journal) > 0 ||
            sd_journal_has_persistent_files(journal) > 0;

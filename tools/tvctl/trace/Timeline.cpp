@@ -50,7 +50,7 @@ void Timeline::Add(const LogRecord& record) {
 std::vector<WakeUp> Timeline::Finish() {
     for (WakeUp& wakeUp : m_wakeUps) {
         if (wakeUp.window && !wakeUp.isStarted && wakeUp.refusals.empty()) {
-            // The service says nothing here: it opens the window, and Bluetooth keeps it from more.
+            // The service logs nothing here: it opened the window, then found Bluetooth off.
             wakeUp.refusals.push_back({wakeUp.window->begin, "Bluetooth is off"});
         }
     }
@@ -199,7 +199,7 @@ void Timeline::OnListEnded(const Texts& /*texts*/) {
 }
 
 void Timeline::OnNotBonded(const Texts& /*texts*/) {
-    // The service says so, too, where it could not ask.
+    // The service logs the same when it could not ask.
     const bool isFailure = !m_candidate.empty() && m_failedAddress == m_candidate;
     AddConnection(m_candidate,
                   isFailure ? Connection::Result::kFailed : Connection::Result::kNotBonded);

@@ -33,68 +33,67 @@ private:
         void (Timeline::*handle)(const Texts& texts);
         const char* meaning = "";  // in an operator's words
     };
-    // Nothing for a line that the timeline has no use for, as most.
+    // nullptr for a line that the timeline does not need, as most are.
     [[nodiscard]] static const KnownLine* Recognise(const LogRecord& record, Texts& texts);
     static const KnownLine kLines[];
 
-    // What each line does. The texts that the line carries are named above.
+    // What each line does. A comment names the texts that it carries.
     void OnServiceStarted(const Texts& texts);
     void OnWakeUp(const Texts& texts);
     // Something happened to the daemon or the adapter.
     void OnBluetooth(const Texts& texts) { AddRemark(texts[0]); }
 
-    // A condition does not hold; why.
+    // Which condition does not hold, and perhaps why.
     void OnRefused(const Texts& texts);
-    // The wake-up reason, or the blocking key, forbids it.
     void OnReasonOrKey(const Texts& texts);
-    // The key's value.
+    // Carries the key's value.
     void OnBlockingKey(const Texts& texts) { m_isKeyBlocking = texts[1] == "1"; }
-    // What was read, its value.
+    // Means what was read, carries its value.
     void OnAmbient(const Texts& texts);
     void OnWindowOpened(const Texts& /*texts*/) { Current().window = Window{Touch(), {}}; }
     void OnWindowClosed(const Texts& texts);
     void OnAttemptStarted(const Texts& texts);
 
-    // The registered phones, each followed by ", ".
+    // Carries the registered phones, each followed by ", ".
     void OnPhones(const Texts& texts);
     void OnScanStarted(const Texts& /*texts*/) {
         Current().scans.push_back({Touch(), {}, Scan::End::kUnknown, ""});
     }
-    // The result's name.
+    // Carries the result's name.
     void OnScanRefused(const Texts& texts);
-    // The adapter, why.
+    // Carries the adapter, why.
     void OnScanFailed(const Texts& texts) { EndScan(Scan::End::kFailed, texts.back()); }
     void OnScanStopped(const Texts& /*texts*/) {
         EndScan(Current().heard.empty() ? Scan::End::kTimer : Scan::End::kMatch);
     }
-    // The address that would be in it.
+    // Carries the address that would be in it.
     void OnAdvertisement(const Texts& texts);
     void OnShortAdvertisement(const Texts& /*texts*/) {
         Current().strangers.shortTimes.push_back(Touch());
     }
-    // Its address.
+    // Carries the phone's address.
     void OnPhoneHeard(const Texts& texts);
 
     void OnListBegins(const Texts& /*texts*/) { m_position = 0; }
     void OnNextOfList(const Texts& texts);
     void OnListEnded(const Texts& texts);
     void OnNotBonded(const Texts& texts);
-    // The address.
+    // Carries the address.
     void OnConnecting(const Texts& texts);
-    // The address, why.
+    // Carries the address, why.
     void OnNotConnected(const Texts& texts);
-    // The result's code, the address.
+    // Both carry the result's code and the address.
     void OnConnectResult(const Texts& texts);
     void OnDisconnected(const Texts& texts);
 
-    // What is not known of it.
+    // Means what is not known of the player.
     void OnPlayerUnknown(const Texts& texts) { m_playerFault = texts[0]; }
     void OnPlaysAlready(const Texts& /*texts*/) { EndPlayback(Playback::Outcome::kPlaysAlready); }
     void OnPlaySent(const Texts& /*texts*/) { EndPlayback(Playback::Outcome::kCommandSent); }
     void OnPlayNotSent(const Texts& /*texts*/) {
         EndPlayback(Playback::Outcome::kNotSent, std::exchange(m_playerFault, ""));
     }
-    // Why.
+    // Carries why, or means it.
     void OnLaunchFailed(const Texts& texts);
 
     void AdvanceClock(std::int64_t timeUs);

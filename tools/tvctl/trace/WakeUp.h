@@ -37,7 +37,7 @@ struct HeardPhone {
     std::string address;
 };
 
-// Advertisements that name no registered phone.
+// Advertisements that do not name a registered phone.
 struct Strangers {
     std::vector<double> times;        // of those that are long enough to name a phone
     std::set<std::string> different;  // what these would name
@@ -108,7 +108,7 @@ struct WakeUp {
 [[nodiscard]] std::string Describe(const Strangers& strangers);
 [[nodiscard]] std::string Describe(const Connection& connection);
 [[nodiscard]] std::string Describe(const Playback& playback);
-// The one of `texts`, which are in the order of the enumerators.
+// The text for `value` out of `texts`, which are in the order of the enumerators.
 template <typename Enum, std::size_t Count>
 const char* TextOf(const char* const (&texts)[Count], Enum value) {
     return texts[static_cast<std::size_t>(value)];

@@ -34,7 +34,7 @@ std::string Number(double value) {
            std::to_string(std::llabs(tenths) % 10);
 }
 
-// What XML, or a viewer, would take for something else than a character to show.
+// False for what XML does not allow or a viewer does not simply show.
 bool IsAllowed(gunichar character) {
     const bool isNoCharacter =
         (character & 0xFFFE) == 0xFFFE || (character >= 0xFDD0 && character <= 0xFDEF);

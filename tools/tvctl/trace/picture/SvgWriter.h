@@ -27,7 +27,7 @@ public:
     // `y` is the base line.
     void Text(double x, double y, const char* textClass, const std::string& text,
               Anchor anchor = Anchor::kStart);
-    // What comes until the end of the group shows `title` to who points at it.
+    // What comes until the end of the group shows `title` under the mouse.
     void BeginGroup(const std::string& title);
     void EndGroup() { m_body += "</g>\n"; }
     // All that another one has written.

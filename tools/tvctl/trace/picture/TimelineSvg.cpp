@@ -79,11 +79,11 @@ private:
     struct Lane {
         std::string name;
         std::string label;
-        // What of the lane's width it takes.
+        // The part of the width that what it shows takes.
         double left = 0;
         double right = 0;
         const char* nameClass = "lane";
-        bool isLabelInside = false;  // upon what the lane shows, if there is room
+        bool isLabelInside = false;  // on what the lane shows, if there is room
     };
     struct Label {
         std::vector<std::string> lines;
@@ -109,7 +109,7 @@ private:
     const WakeUp& m_wakeUp;
     double m_seconds;   // that the axis shows
     double m_y;         // where the next thing begins
-    SvgWriter m_lanes;  // lie upon the grid, whose height they decide
+    SvgWriter m_lanes;  // drawn over the grid, whose height they decide
 };
 
 // The first items, as many as a panel shows.
