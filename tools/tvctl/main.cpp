@@ -3,11 +3,10 @@
 #include <iostream>
 
 #include "tools/tvctl/commands/Commands.h"
-#include "tools/tvctl/trace/TraceCommand.h"
 
 int main(int argc, char** argv) {
     const Tvctl::ExitCode result =
-        Tvctl::Run({Tvctl::WakeCommands(), Tvctl::DoctorCommands(), Tvctl::TraceCommand::Group(),
+        Tvctl::Run({Tvctl::WakeCommands(), Tvctl::DoctorCommands(), Tvctl::TraceCommands(),
                     Tvctl::PhoneCommands(), Tvctl::ConfCommands(), Tvctl::FeatureCommands(),
                     Tvctl::PowerCommands(), Tvctl::DeviceCommands()},
                    {argv + 1, argv + argc}, std::cout, std::cerr);

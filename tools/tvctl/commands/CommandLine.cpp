@@ -104,7 +104,9 @@ std::string Sort(const Command& command, const std::vector<std::string>& words,
                  Arguments& arguments) {
     bool onlyPositional = false;
     for (auto word = words.begin(); word != words.end(); ++word) {
-        if (onlyPositional || word->compare(0, 2, "--") != 0) {
+        const bool isOption =
+            word->compare(0, 2, "--") == 0 || FindNamed(command.options, *word) != nullptr;
+        if (onlyPositional || !isOption) {
             arguments.positional.push_back(*word);
             continue;
         }

@@ -12,6 +12,8 @@ namespace Tvctl {
 [[nodiscard]] CommandGroup WakeCommands();
 // Says why a phone would not be connected, and what would help.
 [[nodiscard]] CommandGroup DoctorCommands();
+// Tells what became of each wake-up, from a log of the service.
+[[nodiscard]] CommandGroup TraceCommands();
 // The registered phones.
 [[nodiscard]] CommandGroup PhoneCommands();
 // Reads, writes and watches keys of the configuration store.

@@ -15,6 +15,7 @@
 #include <optional>
 
 #include "common/CHandle.h"
+#include "common/PrintableText.h"
 #include "utility/JsonUtil.h"
 
 namespace Tvctl {
@@ -35,17 +36,9 @@ constexpr const char* kTags[] = {"BT_AUTO_CONNECT", "BT_APP_UTIL", "TV_PLATFORM"
 constexpr std::size_t kTimeLength = 23;
 constexpr std::size_t kTagBegin = kTimeLength + 3;
 
-// Valid UTF-8 without a terminal's colours and other sequences "ESC [ ... letter".
+// Valid UTF-8 without a terminal's colours.
 std::string Clean(const std::string& text) {
-    std::string plain;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\x1B' || i + 1 >= text.size() || text[i + 1] != '[') {
-            plain += text[i];
-            continue;
-        }
-        for (i += 2; i < text.size() && (text[i] < '@' || text[i] > '~'); ++i) {
-        }
-    }
+    const std::string plain = WithoutColours(text);
     return GStringPtr(g_utf8_make_valid(plain.data(), static_cast<gssize>(plain.size()))).get();
 }
 

@@ -1,25 +1,26 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tvctl/trace/TraceCommand.h"
-
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 
+#include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/trace/LogReader.h"
 #include "tools/tvctl/trace/Timeline.h"
 #include "tools/tvctl/trace/TimelineText.h"
 #include "tools/tvctl/trace/picture/TimelineSvg.h"
 
-namespace Tvctl::TraceCommand {
+namespace Tvctl {
 
 namespace {
 
 LogSource SourceOf(const Arguments& arguments) {
-    if (const auto directory = arguments.Option("--directory")) {
-        return {LogSource::Kind::kDirectory, *directory};
+    for (const char* name : {"-D", "--directory"}) {
+        if (const auto directory = arguments.Option(name)) {
+            return {LogSource::Kind::kDirectory, *directory};
+        }
     }
     if (const auto journal = arguments.Option("--file")) {
         return {LogSource::Kind::kJournal, *journal};
@@ -92,7 +93,7 @@ ExitCode Trace(const Arguments& arguments, Console& console) {
 
 }  // namespace
 
-CommandGroup Group() {
+CommandGroup TraceCommands() {
     return {
         "trace",
         "what became of each wake-up, out of the log",
@@ -105,8 +106,9 @@ CommandGroup Group() {
           "- is standard input. Times are seconds from the wake-up's signal. Fails when there is\n"
           "no wake-up in the log.\n",
           {{"--directory", "DIR", "read the journal files in the folder DIR, of every boot"},
+           {"-D", "DIR", "the same"},
            {"--file", "JOURNAL", "read the journal file JOURNAL, every boot in it"},
            {"--svg", "OUT", "draw the timelines into the file OUT, too"}}}}};
 }
 
-}  // namespace Tvctl::TraceCommand
+}  // namespace Tvctl
