@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
 #include <string>
-#include <type_traits>
 
 #include "platform/system_log.h"
 
@@ -43,43 +41,38 @@
 #define BTLOG_TAG "BT_AUTO_CONNECT"
 #endif
 
-namespace AutoConnectDbg {
+// Where a log line comes from. A function that logs for its callers takes one: they pass
+// BTLOG_HERE, and it writes with BTLOG_FOR, so that the line names the caller.
+struct LogPlace {
+    const char* file;  // without its folder
+    const char* function;
+    int line;
+};
 
-// Where in `path` the part behind its last '/' begins.
-constexpr std::size_t BaseNameOffset(const char* path) {
-    std::size_t offset = 0;
-    for (std::size_t i = 0; path[i] != '\0'; ++i) {
-        if (path[i] == '/') {
-            offset = i + 1;
-        }
-    }
-    return offset;
-}
+#define BTLOG_HERE (LogPlace{__FILE_NAME__, __func__, __LINE__})
+#define BTLOG_FOR(place, priority, ...) \
+    BTLOG_PRINT((place).file, (place).function, (place).line, BTLOG_TAG, priority, __VA_ARGS__)
 
-}  // namespace AutoConnectDbg
+// A line of this place, but under the number `line`.
+#define BTLOG_AT(line, tag, priority, ...) \
+    BTLOG_PRINT(__FILE_NAME__, __func__, line, tag, priority, __VA_ARGS__)
 
-// The base name of this source file, cut out by the compiler.
-#define BTLOG_FILE                                 \
-    (&__FILE__[std::integral_constant<std::size_t, \
-                                      AutoConnectDbg::BaseNameOffset(__FILE__)>::value])
+#define BTLOG_PRINT(file, function, line, tag, priority, format, ...)                        \
+    static_cast<void>(__dlog_print(LOG_ID_MAIN, priority, tag, "%s: %s(%d) > " format, file, \
+                                   function, line, ##__VA_ARGS__))
 
-#define BTLOG_AT(line, tag, priority, format, ...)                                                 \
-    static_cast<void>(__dlog_print(LOG_ID_MAIN, priority, tag, "%s: %s(%d) > " format, BTLOG_FILE, \
-                                   __func__, line, ##__VA_ARGS__))
-#define BTLOG_TAGGED(tag, priority, ...) BTLOG_AT(__LINE__, tag, priority, __VA_ARGS__)
-
-#define BTLOG_DEBUG(...) BTLOG_TAGGED(BTLOG_TAG, DLOG_DEBUG, __VA_ARGS__)
-#define BTLOG_INFO(...) BTLOG_TAGGED(BTLOG_TAG, DLOG_INFO, __VA_ARGS__)
-#define BTLOG_WARN(...) BTLOG_TAGGED(BTLOG_TAG, DLOG_WARN, __VA_ARGS__)
-#define BTLOG_ERROR(...) BTLOG_TAGGED(BTLOG_TAG, DLOG_ERROR, __VA_ARGS__)
+#define BTLOG_DEBUG(...) BTLOG_AT(__LINE__, BTLOG_TAG, DLOG_DEBUG, __VA_ARGS__)
+#define BTLOG_INFO(...) BTLOG_AT(__LINE__, BTLOG_TAG, DLOG_INFO, __VA_ARGS__)
+#define BTLOG_WARN(...) BTLOG_AT(__LINE__, BTLOG_TAG, DLOG_WARN, __VA_ARGS__)
+#define BTLOG_ERROR(...) BTLOG_AT(__LINE__, BTLOG_TAG, DLOG_ERROR, __VA_ARGS__)
 
 // Traces the enclosing function; stands as its first statement. The line it reports is its own.
 #define BTLOG_TRACE() BTLOG_TRACE_AT(__LINE__)
 // The same under a line number that readers of the log know, wherever the function stands by now.
 #define BTLOG_TRACE_AT(line) const ApiTracker btlogTracker(__PRETTY_FUNCTION__, line)
 
-// Logs that a function was entered when it is made, and that it was left when it is destroyed,
-// which is on every way out of the scope. Its lines carry the service's tag wherever it stands, and
+// Its constructor logs that a function was entered, and its destructor that it was left, whichever
+// way that happens. Its lines carry the service's tag wherever it stands, and
 // line numbers that readers of the log know:
 //
 //     AutoConnectDbg.h: ApiTracker(90) > IN >> [SIGNATURE(LINE)]
