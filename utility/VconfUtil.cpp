@@ -8,12 +8,17 @@
 namespace Util {
 
 const std::array<std::string, VCONF_KEY_COUNT> VconfUtil::keys = {
-#define VCONF_KEY(id, name, key) key,
+#define VCONF_KEY(id, key) key,
 #include "utility/VconfKeyTable.h"
 #undef VCONF_KEY
 };
 
 namespace {
+
+// The texts differ, and others search for them as they are.
+constexpr const char* kGetFailure = "fail to get vconfkey";
+constexpr const char* kSetFailure = "fail to vconfkey";
+constexpr const char* kSetBoolFailure = "fail to set vconfkey";
 
 // The store refuses the empty name, so a wrong id fails there and is logged like any failure.
 const char* KeyOf(int id) {
@@ -21,108 +26,97 @@ const char* KeyOf(int id) {
                                            : "";
 }
 
+// What an access of the key `id` came to, under the name of the operation that made it.
+void LogFailure(const LogPlace& place, const char* failure, int id) {
+    BTLOG_FOR(place, DLOG_ERROR, "%s %s[%d]", failure, KeyOf(id), id);
+}
+
+void LogValue(const LogPlace& place, int id, const char* value) {
+    BTLOG_FOR(place, DLOG_DEBUG, "key : %s, value : %s", KeyOf(id), value);
+}
+
+void LogValue(const LogPlace& place, int id, int value) {
+    BTLOG_FOR(place, DLOG_DEBUG, "key : %s, value : %d", KeyOf(id), value);
+}
+
+// Has the platform's `set` store `value`; an asynchronous one has more arguments.
+template <typename Set, typename Value, typename... More>
+void Store(const LogPlace& place, const char* failure, int id, Value value, Set set, More... more) {
+    if (set(KeyOf(id), value, more...) == 0) {
+        LogValue(place, id, value);
+    } else {
+        LogFailure(place, failure, id);
+    }
+}
+
 }  // namespace
 
 void VconfUtil::GetVconf(int id, std::string& value) {
-    const char* key = KeyOf(id);
-    const MallocPtr<char> stored(vconf_get_str(key));
+    const MallocPtr<char> stored(vconf_get_str(KeyOf(id)));
     if (!stored) {
-        BTLOG_ERROR("fail to get vconfkey %s[%d]", key, id);
+        LogFailure(BTLOG_HERE, kGetFailure, id);
         return;
     }
     value = stored.get();
-    BTLOG_DEBUG("key : %s, value : %s", key, value.c_str());
+    LogValue(BTLOG_HERE, id, value.c_str());
 }
 
 void VconfUtil::GetVconf(int id, bool& value) {
-    const char* key = KeyOf(id);
     int stored = 0;
-    if (vconf_get_bool(key, &stored) != 0) {
-        BTLOG_ERROR("fail to get vconfkey %s[%d]", key, id);
+    if (vconf_get_bool(KeyOf(id), &stored) != 0) {
+        LogFailure(BTLOG_HERE, kGetFailure, id);
         return;
     }
     value = stored != 0;
-    BTLOG_DEBUG("key : %s, value : %d", key, value);
+    LogValue(BTLOG_HERE, id, static_cast<int>(value));
 }
 
 void VconfUtil::GetVconf(int id, int& value) {
-    const char* key = KeyOf(id);
-    if (vconf_get_int(key, &value) != 0) {
-        BTLOG_ERROR("fail to get vconfkey %s[%d]", key, id);
+    if (vconf_get_int(KeyOf(id), &value) != 0) {
+        LogFailure(BTLOG_HERE, kGetFailure, id);
         return;
     }
-    BTLOG_DEBUG("key : %s, value : %d", key, value);
+    LogValue(BTLOG_HERE, id, value);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 void VconfUtil::SetVconf(int id, std::string value) {
-    const char* key = KeyOf(id);
-    if (vconf_set_str(key, value.c_str()) != 0) {
-        BTLOG_ERROR("fail to vconfkey %s[%d]", key, id);
-        return;
-    }
-    BTLOG_DEBUG("key : %s, value : %s", key, value.c_str());
+    Store(BTLOG_HERE, kSetFailure, id, value.c_str(), vconf_set_str);
 }
 
 void VconfUtil::SetVconf(int id, bool value) {
-    const char* key = KeyOf(id);
-    if (vconf_set_bool(key, static_cast<int>(value)) != 0) {
-        BTLOG_ERROR("fail to set vconfkey %s[%d]", key, id);
-        return;
-    }
-    BTLOG_DEBUG("key : %s, value : %d", key, value);
+    Store(BTLOG_HERE, kSetBoolFailure, id, static_cast<int>(value), vconf_set_bool);
 }
 
 void VconfUtil::SetVconf(int id, int value) {
-    const char* key = KeyOf(id);
-    if (vconf_set_int(key, value) != 0) {
-        BTLOG_ERROR("fail to vconfkey %s[%d]", key, id);
-        return;
-    }
-    BTLOG_DEBUG("key : %s, value : %d", key, value);
+    Store(BTLOG_HERE, kSetFailure, id, value, vconf_set_int);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 void VconfUtil::SetVconfAsync(int id, std::string value) {
-    const char* key = KeyOf(id);
-    BTLOG_ERROR("set %s to %s async", key, value.c_str());
-    if (vconf_set_str_async(key, value.c_str(), nullptr, nullptr) != 0) {
-        BTLOG_ERROR("fail to vconfkey %s[%d]", key, id);
-        return;
-    }
-    BTLOG_DEBUG("key : %s, value : %s", key, value.c_str());
+    BTLOG_ERROR("set %s to %s async", KeyOf(id), value.c_str());
+    Store(BTLOG_HERE, kSetFailure, id, value.c_str(), vconf_set_str_async, nullptr, nullptr);
 }
 
 void VconfUtil::SetVconfAsync(int id, bool value) {
-    const char* key = KeyOf(id);
-    BTLOG_ERROR("set %s to %d async", key, value);
-    if (vconf_set_bool_async(key, static_cast<int>(value), nullptr, nullptr) != 0) {
-        BTLOG_ERROR("fail to set vconfkey %s[%d]", key, id);
-        return;
-    }
-    BTLOG_DEBUG("key : %s, value : %d", key, value);
+    BTLOG_ERROR("set %s to %d async", KeyOf(id), value);
+    Store(BTLOG_HERE, kSetBoolFailure, id, static_cast<int>(value), vconf_set_bool_async, nullptr,
+          nullptr);
 }
 
 void VconfUtil::SetVconfAsync(int id, int value) {
-    const char* key = KeyOf(id);
-    BTLOG_ERROR("set %s to %d async", key, value);
-    if (vconf_set_int_async(key, value, nullptr, nullptr) != 0) {
-        BTLOG_ERROR("fail to vconfkey %s[%d]", key, id);
-        return;
-    }
-    BTLOG_DEBUG("key : %s, value : %d", key, value);
+    BTLOG_ERROR("set %s to %d async", KeyOf(id), value);
+    Store(BTLOG_HERE, kSetFailure, id, value, vconf_set_int_async, nullptr, nullptr);
 }
 
 int VconfUtil::AddVconfChangedCb(int id, vconf_callback_fn callback, void* user_data) {
-    const char* key = KeyOf(id);
-    BTLOG_DEBUG("Add vconf key callback %s[%d]", key, id);
-    return vconf_notify_key_changed(key, callback, user_data);
+    BTLOG_DEBUG("Add vconf key callback %s[%d]", KeyOf(id), id);
+    return vconf_notify_key_changed(KeyOf(id), callback, user_data);
 }
 
 int VconfUtil::RemoveVconfChangedCb(int id, vconf_callback_fn callback) {
-    const char* key = KeyOf(id);
-    BTLOG_DEBUG("Remove vconf key callback %s[%d]", key, id);
-    return vconf_ignore_key_changed(key, callback);
+    BTLOG_DEBUG("Remove vconf key callback %s[%d]", KeyOf(id), id);
+    return vconf_ignore_key_changed(KeyOf(id), callback);
 }
 
 }  // namespace Util

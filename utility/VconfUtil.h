@@ -9,12 +9,25 @@
 
 namespace Util {
 
-// The id of each configuration key; 0 to 143, stable.
+// The id of each configuration key; 0 to 143, stable. Those that this program uses have a name.
 enum VconfKeyId : int {
-#define VCONF_KEY(id, name, key) VCONF_KEY_##name = (id),
+#define VCONF_KEY(id, key) VCONF_KEY_##id,
 #include "utility/VconfKeyTable.h"
 #undef VCONF_KEY
-    VCONF_KEY_COUNT
+    VCONF_KEY_COUNT,
+    VCONF_KEY_DB_NIRVO_ALLOWEDSSDEVICELIST = VCONF_KEY_1,
+    VCONF_KEY_DB_NIRVO_SOUNDSHAREDEVICE_DEV_ONE_ADDR = VCONF_KEY_5,
+    VCONF_KEY_DB_NIRVO_MUSICTV_PAIRED1 = VCONF_KEY_6,
+    VCONF_KEY_DB_NIRVO_MUSICTV_PAIRED3 = VCONF_KEY_12,
+    VCONF_KEY_DB_NIRVO_AUTO_CONNECT_MOBILE_LIST = VCONF_KEY_13,
+    VCONF_KEY_DB_LOW_POWER_SUPPORT_BT_DISABLE = VCONF_KEY_26,
+    VCONF_KEY_DB_ORG_ORLIX_BLEAPP_ADDED_MOBILE_KEYLIST = VCONF_KEY_30,
+    VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL = VCONF_KEY_48,
+    VCONF_KEY_MEMORY_WIFI_FREQUENCY = VCONF_KEY_92,
+    VCONF_KEY_DB_NIRVO_AMBIENT_MODE_FULL_POWER_OFF_EVENT = VCONF_KEY_113,
+    VCONF_KEY_DB_NIRVO_VELMORA_AUDIO_COMPATIBILITY = VCONF_KEY_130,
+    VCONF_KEY_DB_NIRVO_LAST_AUDIO_AUTO_CONNECTION = VCONF_KEY_139,
+    VCONF_KEY_MEMORY_ACM_NETWORKSPEAKER_STATUS = VCONF_KEY_142,
 };
 
 // Reads, writes and watches the keys of the platform's configuration store by key id. Every access
@@ -32,7 +45,7 @@ public:
     static void GetVconf(int id, int& value);
 
     static void SetVconf(int id, std::string value);
-    // Without this a string literal would turn into a bool.
+    // Without this a string literal would be taken as a bool.
     static void SetVconf(int id, const char* value) { SetVconf(id, std::string(value)); }
     static void SetVconf(int id, bool value);
     static void SetVconf(int id, int value);
@@ -43,8 +56,8 @@ public:
     static void SetVconfAsync(int id, bool value);
     static void SetVconfAsync(int id, int value);
 
-    // Has `callback` called on the main loop when the key changes, and ends that. `user_data` must
-    // stay valid until then. The platform's result: 0 on success.
+    // The first has `callback` called on the main loop when the key changes; the second ends that,
+    // and `user_data` must stay valid until then. The platform's result: 0 on success.
     static int AddVconfChangedCb(int id, vconf_callback_fn callback, void* user_data);
     static int RemoveVconfChangedCb(int id, vconf_callback_fn callback);
 };

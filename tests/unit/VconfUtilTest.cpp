@@ -24,7 +24,7 @@ TEST_F(VconfUtilTest, KeyTableIsFixed) {
     }
     EXPECT_EQ(hash, 0x90eeaf88fd9cb7ef);
     const int ids[] = {
-#define VCONF_KEY(id, name, key) Util::VCONF_KEY_##name,
+#define VCONF_KEY(id, key) Util::VCONF_KEY_##id,
 #include "utility/VconfKeyTable.h"
 #undef VCONF_KEY
     };
