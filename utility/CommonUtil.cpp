@@ -7,19 +7,19 @@
 
 #include <algorithm>
 #include <map>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 
 #include "autoconnect/src/AutoConnectDbg.h"
+#include "common/Address.h"
 #include "platform/bluetooth.h"
 
 namespace Util {
 
 namespace {
 
-// The first name given for a code stays: an operation already in progress reads "TIMED_OUT" in
-// the log, and readers have come to search for that.
+// The first name given for a code stays: an operation already in progress is "TIMED_OUT" in the
+// log, and readers search for that.
 const std::map<int, std::string> kErrorNames = {
     {BT_ERROR_CANCELLED, "CANCELLED"},
     {BT_ERROR_INVALID_PARAMETER, "INVALID_PARAMETER"},
@@ -42,32 +42,16 @@ const std::map<int, std::string> kErrorNames = {
     {BT_ERROR_NONE, "ERROR_NONE"},
 };
 
-constexpr std::size_t kAddressLength = 17;
 constexpr std::size_t kMaxHexDigits = 8;
-
-// The C locale's toupper, whatever locale the process has.
-char ToUpperAscii(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
 
 }  // namespace
 
 bool CommonUtil::IsValidAddress(const std::string& address) {
-    try {
-        // The length goes first: the expression engine recurses with the length of its input.
-        if (address.size() != kAddressLength) {
-            throw std::invalid_argument("size is not 17");
-        }
-        const std::regex pattern("(([0-9A-Fa-f]){2}:){5}(([0-9A-Fa-f]){2})",
-                                 std::regex_constants::ECMAScript);
-        if (!std::regex_match(address, pattern)) {
-            throw std::invalid_argument("Invalid format");
-        }
+    if (IsAddress(address)) {
         return true;
-    } catch (const std::exception& e) {
-        BTLOG_ERROR("%s", e.what());
-        return false;
     }
+    BTLOG_ERROR("%s", address.size() == kAddressLength ? "Invalid format" : "size is not 17");
+    return false;
 }
 
 unsigned int CommonUtil::convertToUIntFromHexString(const std::string& hex) {
@@ -87,7 +71,7 @@ bool CommonUtil::StartsWith(const std::string& text, const std::string& prefix) 
 
 std::string CommonUtil::ToCapital(const std::string& text) {
     std::string capital = text;
-    std::transform(capital.begin(), capital.end(), capital.begin(), ToUpperAscii);
+    std::transform(capital.begin(), capital.end(), capital.begin(), g_ascii_toupper);
     return capital;
 }
 

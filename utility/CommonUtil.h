@@ -12,11 +12,11 @@ namespace Util {
 class CommonUtil {
 public:
     // Whether `address` is six two-digit hexadecimal groups joined by ":", 17 characters, either
-    // case. A refusal is logged with its reason. Throws nothing.
+    // case. If not, the reason is logged. Throws nothing.
     static bool IsValidAddress(const std::string& address);
 
-    // The number that up to 8 hexadecimal digits spell. Leading blanks are skipped, reading stops
-    // at the first character that is no digit, and no digit at all gives 0. Throws
+    // The number that up to 8 hexadecimal digits stand for. Leading blanks are skipped, reading
+    // stops at the first character that is not a digit, and a text without digits gives 0. Throws
     // std::out_of_range for more than 8 characters.
     static unsigned int convertToUIntFromHexString(const std::string& hex);
 
@@ -40,7 +40,7 @@ public:
     static void RemoveTimer(unsigned int* timerId);
 
     // Appends the pieces of `text` to *out, which is not cleared. Every character of `delimiters`
-    // separates on its own; empty pieces are kept, so an empty text gives one empty piece.
+    // is a separator; empty pieces are kept, so an empty text gives one empty piece.
     static void StrSplit(const std::string& text, const std::string& delimiters,
                          std::vector<std::string>* out);
 

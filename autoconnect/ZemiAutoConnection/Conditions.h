@@ -4,11 +4,13 @@
 
 #include <cstddef>
 
-// What must hold between a wake-up and music, and the numbers and names that go with it: read by
-// the service, which acts on them, by the tools that explain what it does, and by the media player.
+#include "common/Address.h"
+
+// The conditions for connecting a phone after a wake-up, and the numbers and names that go with
+// them. Used by the service, by the tools that explain what it does, and by the media player.
 namespace Conditions {
 
-// What these reasons mean is the platform's affair; an unknown reason is accepted.
+// Only the platform knows what these reasons mean. An unknown reason is accepted.
 constexpr bool IsWakeUpReasonAccepted(int reason) {
     return reason != 41 && reason != 94 && reason != 95;
 }
@@ -32,9 +34,9 @@ inline constexpr unsigned int kWakeUpWindowMs = 10000;
 // The application that tells a connected phone to play.
 inline constexpr const char* kMediaPlayerAppId = "com.velmora.tv.bmp";
 
-// The packed list of masked addresses: one address every kPackedStride characters; the character
-// between two of them means nothing.
-inline constexpr std::size_t kAddressLength = 17;
+// The packed list of masked addresses: an address begins every kPackedStride characters; the
+// character between two addresses has no meaning.
+using ::kAddressLength;
 inline constexpr std::size_t kPackedStride = kAddressLength + 1;
 
 }  // namespace Conditions
