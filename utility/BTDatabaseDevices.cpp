@@ -1,19 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
-#include <utility>
 
 #include "autoconnect/src/AutoConnectDbg.h"
 #include "utility/BTDatabaseManager.h"
-#include "utility/CommonUtil.h"
 #include "utility/JsonUtil.h"
 
 // The operations on the device table.
 
 namespace {
 
-// An address stands in a statement as it is only after it was found to be one: hexadecimal digits
-// and colons.
+// Safe because only a checked address is put into a statement: hexadecimal digits and colons.
 std::string SelectText(const std::string& address) {
     return "select * from bt_device_info where Remote_address = '" + address + "';";
 }
@@ -31,32 +30,28 @@ std::string TextOrEmpty(sqlite3_stmt* row, int column) {
     return text != nullptr ? std::string(text, size) : std::string();
 }
 
-// Throws std::runtime_error for a column without a value.
-std::string RequiredText(sqlite3_stmt* row, int column) {
-    if (IsNull(row, column)) {
-        throw std::runtime_error(std::string(sqlite3_column_name(row, column)) + " is NULL");
-    }
-    return TextOrEmpty(row, column);
-}
-
-bt_db_dev_info_s RecordOf(sqlite3_stmt* row, std::string (*text)(sqlite3_stmt*, int)) {
+// A column without a value gives "" or 0.
+bt_db_dev_info_s RecordOf(sqlite3_stmt* row) {
     bt_db_dev_info_s record;
-    record.remote_address = text(row, BT_DB_REMOTE_ADDRESS);
-    record.remote_name = text(row, BT_DB_REMOTE_NAME);
+    record.remote_address = TextOrEmpty(row, BT_DB_REMOTE_ADDRESS);
+    record.remote_name = TextOrEmpty(row, BT_DB_REMOTE_NAME);
     record.use_type = static_cast<usetype>(sqlite3_column_int(row, BT_DB_USE_TYPE));
     record.bt_status = static_cast<bt_connection_status>(sqlite3_column_int(row, BT_DB_BT_STATUS));
     record.profile_type = sqlite3_column_int(row, BT_DB_PROFILE_TYPE);
     record.device_type = static_cast<bt_devices_type>(sqlite3_column_int(row, BT_DB_DEVICE_TYPE));
-    record.service_name = text(row, BT_DB_SERVICE_NAME);
-    record.provider_name = text(row, BT_DB_PROVIDER_NAME);
+    record.service_name = TextOrEmpty(row, BT_DB_SERVICE_NAME);
+    record.provider_name = TextOrEmpty(row, BT_DB_PROVIDER_NAME);
     record.vid = sqlite3_column_int(row, BT_DB_VID);
     record.pid = sqlite3_column_int(row, BT_DB_PID);
     return record;
 }
 
+constexpr bt_db_fields_e kTextFields[] = {BT_DB_REMOTE_ADDRESS, BT_DB_REMOTE_NAME,
+                                          BT_DB_SERVICE_NAME, BT_DB_PROVIDER_NAME};
+
 bool IsText(bt_db_fields_e field) {
-    return field == BT_DB_REMOTE_ADDRESS || field == BT_DB_REMOTE_NAME ||
-           field == BT_DB_SERVICE_NAME || field == BT_DB_PROVIDER_NAME;
+    return std::find(std::begin(kTextFields), std::end(kTextFields), field) !=
+           std::end(kTextFields);
 }
 
 bool IsId(bt_db_fields_e field) {
@@ -69,13 +64,25 @@ bool IsNumber(bt_db_fields_e field) {
 
 }  // namespace
 
+bool BTDatabaseManager::MayAccess(const LogPlace& place, const std::string& address,
+                                  bool isRightType) const {
+    if (!isRightType) {
+        BTLOG_FOR(place, DLOG_ERROR, "wrong data type. ");
+    }
+    return isRightType && IsOpen(place) && IsAddress(place, address);
+}
+
+StatementPtr BTDatabaseManager::FindDevice(const LogPlace& place, const std::string& address,
+                                           bool isRightType) {
+    return MayAccess(place, address, isRightType) ? FirstRow(place, SelectText(address)) : nullptr;
+}
+
 // NOLINTBEGIN(performance-unnecessary-value-param): the signatures are fixed
 
 bool BTDatabaseManager::InsertData(std::string address, std::string name, usetype use,
                                    bt_connection_status status, int profile, bt_devices_type type,
                                    std::string service, std::string provider, int vid, int pid) {
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
+    if (!MayAccess(BTLOG_HERE, address)) {
         return false;
     }
     const SqliteTextPtr query(
@@ -83,19 +90,11 @@ bool BTDatabaseManager::InsertData(std::string address, std::string name, usetyp
                         "%d )",
                         address.c_str(), name.c_str(), use, status, profile, type, service.c_str(),
                         provider.c_str(), vid, pid));
-    BTLOG_DEBUG("query : %s", query.get());
-    if (Execute(query.get()) != SQLITE_OK) {
-        BTLOG_ERROR("Error executing SQLite3 INSERT statement:: %s", ErrorText());
-        BTLOG_ERROR("INSERT Record Fail");
-        return false;
-    }
-    BTLOG_INFO("INSERT Record Successfully");
-    return true;
+    return Insert(BTLOG_HERE, query.get());
 }
 
 bool BTDatabaseManager::IsRecordExist(std::string address) {
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
+    if (!MayAccess(BTLOG_HERE, address)) {
         return false;
     }
     const std::string query = SelectText(address);
@@ -104,121 +103,67 @@ bool BTDatabaseManager::IsRecordExist(std::string address) {
 }
 
 bool BTDatabaseManager::executeRecordExistQuery(const std::string& query) {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    StatementPtr statement;
-    if (const char* failure = TakeFirstStep(query, statement)) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
-        return false;
-    }
-    return m_lastResult == SQLITE_ROW;
+    return IsOpen(BTLOG_HERE) && FirstRow(BTLOG_HERE, query) != nullptr;
 }
 
 bool BTDatabaseManager::GetDataFromDB(std::string address, bt_db_fields_e field,
                                       std::string& value) {
-    if (!IsText(field) && !IsId(field)) {
-        BTLOG_ERROR("wrong data type. ");
+    const StatementPtr row = FindDevice(BTLOG_HERE, address, IsText(field) || IsId(field));
+    if (!row) {
         return false;
     }
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
+    if (IsNull(row.get(), field)) {
+        BTLOG_ERROR("%s is NULL", ColumnName(field));
         return false;
     }
-    StatementPtr statement;
-    if (const char* failure = TakeFirstStep(SelectText(address), statement)) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
-        return false;
-    }
-    if (m_lastResult != SQLITE_ROW) {
-        return false;
-    }
-    if (IsNull(statement.get(), field)) {
-        BTLOG_ERROR("%s is NULL", m_columnNames[static_cast<std::size_t>(field)].c_str());
-        return false;
-    }
-    value = TextOrEmpty(statement.get(), field);
+    value = TextOrEmpty(row.get(), field);
     return true;
 }
 
 bool BTDatabaseManager::GetDataFromDB(std::string address, bt_db_fields_e field, int& value) {
-    if (!IsNumber(field)) {
-        BTLOG_ERROR("wrong data type. ");
+    const StatementPtr row = FindDevice(BTLOG_HERE, address, IsNumber(field));
+    if (!row) {
         return false;
     }
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    StatementPtr statement;
-    if (const char* failure = TakeFirstStep(SelectText(address), statement)) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
-        return false;
-    }
-    if (m_lastResult != SQLITE_ROW) {
-        return false;
-    }
-    value = sqlite3_column_int(statement.get(), field);
+    value = sqlite3_column_int(row.get(), field);
     return true;
 }
 
 bool BTDatabaseManager::UpdateDataOnDB(std::string address, bt_db_fields_e field,
                                        std::string value) {
-    if (!IsText(field)) {
-        BTLOG_ERROR("wrong data type. ");
+    if (!MayAccess(BTLOG_HERE, address, IsText(field))) {
         return false;
     }
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    // SQLite takes a string literal for a column's name here.
-    const SqliteTextPtr query(sqlite3_mprintf(
-        "UPDATE bt_device_info set %Q = %Q where Remote_address = %Q",
-        m_columnNames[static_cast<std::size_t>(field)].c_str(), value.c_str(), address.c_str()));
-    if (Execute(query.get()) != SQLITE_OK) {
-        BTLOG_ERROR("Error executing SQLite3 statement: %s", ErrorText());
-        return false;
-    }
-    return true;
+    // SQLite accepts a string literal as the column's name here.
+    const SqliteTextPtr query(
+        sqlite3_mprintf("UPDATE bt_device_info set %Q = %Q where Remote_address = %Q",
+                        ColumnName(field), value.c_str(), address.c_str()));
+    return Execute(BTLOG_HERE, query.get());
 }
 
 bool BTDatabaseManager::UpdateDataOnDB(std::string address, bt_db_fields_e field, int value) {
-    if (!IsNumber(field) && !IsId(field)) {
-        BTLOG_ERROR("wrong data type. ");
+    if (!MayAccess(BTLOG_HERE, address, IsNumber(field) || IsId(field))) {
         return false;
     }
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    const std::string query = "UPDATE bt_device_info set " +
-                              m_columnNames[static_cast<std::size_t>(field)] + " = '" +
-                              std::to_string(value) + "' where Remote_address = '" + address + "';";
+    const std::string query = std::string("UPDATE bt_device_info set ") + ColumnName(field) +
+                              " = '" + std::to_string(value) + "' where Remote_address = '" +
+                              address + "';";
     BTLOG_DEBUG("integer data sql update query = %s ", query.c_str());
-    if (Execute(query.c_str()) != SQLITE_OK) {
-        BTLOG_ERROR("Error executing SQLite3 statement: %s", ErrorText());
-        return false;
-    }
-    return true;
+    return Execute(BTLOG_HERE, query.c_str());
 }
 
 bool BTDatabaseManager::GetRecordFromDB(bt_db_dev_info_s& record, std::string address) {
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    StatementPtr statement;
-    if (const char* failure = TakeFirstStep(SelectText(address), statement)) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
-        return false;
-    }
-    if (m_lastResult != SQLITE_ROW) {
+    const StatementPtr row = FindDevice(BTLOG_HERE, address);
+    if (!row) {
         return false;
     }
     try {
-        record = RecordOf(statement.get(), RequiredText);
+        for (const bt_db_fields_e field : kTextFields) {
+            if (IsNull(row.get(), field)) {
+                throw std::runtime_error(std::string(ColumnName(field)) + " is NULL");
+            }
+        }
+        record = RecordOf(row.get());
         return true;
     } catch (const std::exception& e) {
         BTLOG_ERROR("exception : %s", e.what());
@@ -227,84 +172,62 @@ bool BTDatabaseManager::GetRecordFromDB(bt_db_dev_info_s& record, std::string ad
 }
 
 bool BTDatabaseManager::DeleteRecord(std::string address) {
-    if (const char* refusal = Refusal(address)) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    const std::string query =
-        "DELETE from bt_device_info where Remote_address = '" + address + "';";
-    BTLOG_DEBUG("DELETE query = %s", query.c_str());
-    if (Execute(query.c_str()) != SQLITE_OK) {
-        BTLOG_ERROR("Error executing SQLite3 statement: %s", ErrorText());
-        return false;
-    }
-    return true;
+    return MayAccess(BTLOG_HERE, address) &&
+           Delete(BTLOG_HERE,
+                  "DELETE from bt_device_info where Remote_address = '" + address + "';");
 }
 
 // NOLINTEND(performance-unnecessary-value-param)
 
 bool BTDatabaseManager::DeleteAllRecord() {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
+    if (!IsOpen(BTLOG_HERE)) {
         return false;
     }
     const char* query = "DELETE from bt_device_info,volume_info ;";
     BTLOG_DEBUG("DELETE All query = %s", query);
-    if (Execute(query) != SQLITE_OK) {
-        BTLOG_ERROR("Error executing SQLite3 statement: %s", ErrorText());
-        return false;
-    }
-    return true;
+    return Execute(BTLOG_HERE, query);
 }
 
 int BTDatabaseManager::GetRecordCount() {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
+    if (!IsOpen(BTLOG_HERE)) {
         return 0;
     }
     int count = 0;
-    const char* failure = ForEachRow(kSelectAll, [&](sqlite3_stmt*) { ++count; });
-    if (failure == kPrepareFailed) {
+    const Outcome outcome = ForEachRow(kSelectAll, [&](sqlite3_stmt*) { ++count; });
+    if (outcome == Outcome::kPrepareFailed) {
         BTLOG_ERROR("Count Error! [%s]", ErrorText());
         return 0;
     }
-    if (failure != nullptr) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
-    }
+    LogFailure(BTLOG_HERE, outcome);
     BTLOG_INFO("No of records = %d", count);
     return count;
 }
 
 bool BTDatabaseManager::GetAllRecordFromDB(std::vector<bt_db_dev_info_s>* records) {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
+    if (!IsOpen(BTLOG_HERE)) {
         return false;
     }
     BTLOG_DEBUG("sql update query = %s ", kSelectAll);
     std::vector<bt_db_dev_info_s> found;
-    const char* failure = ForEachRow(
-        kSelectAll, [&](sqlite3_stmt* row) { found.push_back(RecordOf(row, TextOrEmpty)); });
-    if (failure == kPrepareFailed) {
+    const Outcome outcome =
+        ForEachRow(kSelectAll, [&](sqlite3_stmt* row) { found.push_back(RecordOf(row)); });
+    if (outcome == Outcome::kPrepareFailed) {
         BTLOG_ERROR("get all record => Error on sqlite3_prepare_v2: [%s]", ErrorText());
         return false;
     }
-    if (failure != nullptr) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
+    if (LogFailure(BTLOG_HERE, outcome)) {
         return false;
     }
-    for (bt_db_dev_info_s& record : found) {
-        records->push_back(std::move(record));
-    }
+    std::move(found.begin(), found.end(), std::back_inserter(*records));
     return true;
 }
 
 bool BTDatabaseManager::GetAllDontuseDeivceRecord(std::string& json) {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
+    if (!IsOpen(BTLOG_HERE)) {
         return false;
     }
     Json::Value devices;
-    const char* failure = ForEachRow(kSelectAll, [&](sqlite3_stmt* row) {
+    const Outcome outcome = ForEachRow(kSelectAll, [&](sqlite3_stmt* row) {
         if (sqlite3_column_int(row, BT_DB_USE_TYPE) != BT_DEVICE_DONT_USE ||
             IsNull(row, BT_DB_REMOTE_ADDRESS) || IsNull(row, BT_DB_REMOTE_NAME)) {
             return;
@@ -314,8 +237,7 @@ bool BTDatabaseManager::GetAllDontuseDeivceRecord(std::string& json) {
         device["name"] = TextOrEmpty(row, BT_DB_REMOTE_NAME);
         devices.append(device);
     });
-    if (failure != nullptr) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
+    if (LogFailure(BTLOG_HERE, outcome)) {
         return false;
     }
     json = Util::JsonUtil::JsonToString(devices);
@@ -323,17 +245,14 @@ bool BTDatabaseManager::GetAllDontuseDeivceRecord(std::string& json) {
 }
 
 void BTDatabaseManager::printAllrecord() {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
+    if (!IsOpen(BTLOG_HERE)) {
         return;
     }
     BTLOG_INFO("Print Record ");
     std::vector<bt_db_dev_info_s> records;
-    const char* failure = ForEachRow(
-        kSelectAll, [&](sqlite3_stmt* row) { records.push_back(RecordOf(row, TextOrEmpty)); });
-    if (failure != nullptr) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
-    }
+    const Outcome outcome =
+        ForEachRow(kSelectAll, [&](sqlite3_stmt* row) { records.push_back(RecordOf(row)); });
+    LogFailure(BTLOG_HERE, outcome);
     for (const bt_db_dev_info_s& record : records) {
         BTLOG_INFO(" ************** Record ************** ");
         BTLOG_INFO("Remote_address= %s", record.remote_address.c_str());

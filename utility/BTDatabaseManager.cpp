@@ -21,26 +21,13 @@ namespace {
 
 using Util::AppDataUtil;
 
-// Such a name can stand unquoted in a statement.
+// Whether the name is safe in a statement without quotes.
 bool IsPlainName(const std::string& name) {
-    const auto isPlain = [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-               c == '_';
-    };
+    const auto isPlain = [](char c) { return g_ascii_isalnum(c) || c == '_'; };
     return !name.empty() && std::all_of(name.begin(), name.end(), isPlain);
 }
 
 }  // namespace
-
-// Compared by address, so there is one of each.
-const char* const BTDatabaseManager::kPrepareFailed = "Error on sqlite3_prepare_v2: ";
-const char* const BTDatabaseManager::kStepFailed = "Error on sqlite3_step: ";
-
-BTDatabaseManager::BTDatabaseManager()
-    : m_manufacturerDataCache(std::make_unique<ManufacturerDataCache>()),
-      m_fileName("BT_Connection_record.db"),
-      m_columnNames({"Remote_address", "Remote_name", "Use_type", "bt_status", "Profile_type",
-                     "Device_type", "Sevice_name", "Provider_name", "vid", "pid"}) {}
 
 BTDatabaseManager* BTDatabaseManager::getInstance() {
     static BTDatabaseManager* instance = nullptr;
@@ -91,85 +78,46 @@ bool BTDatabaseManager::CloseDatabase() {
 }
 
 bool BTDatabaseManager::CreateTable() {
-    const char* query =
+    return Create(
+        BTLOG_HERE,
         "create table IF NOT EXISTS bt_device_info (Remote_address TEXT PRIMARY KEY, "
         "Remote_name TEXT, Use_type INTEGER, bt_status INTEGER, Profile_type INTEGER, "
-        "Device_type INTEGER, Sevice_name TEXT, Provider_name TEXT, vid INTEGER, pid INTEGER);";
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    BTLOG_INFO("CREATE TABLE query = %s", query);
-    if (Execute(query) != SQLITE_OK) {
-        BTLOG_ERROR("Table %s", ErrorText());
-        return false;
-    }
-    return true;
+        "Device_type INTEGER, Sevice_name TEXT, Provider_name TEXT, vid INTEGER, pid INTEGER);");
 }
 
 bool BTDatabaseManager::CreateManufacturerTable() {
-    const char* query =
-        "create table IF NOT EXISTS bt_manufacturer_data (Remote_address TEXT PRIMARY KEY, "
-        "Manufacturer_data TEXT, link_type INTEGER);";
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    BTLOG_INFO("CREATE TABLE query = %s", query);
-    if (Execute(query) != SQLITE_OK) {
-        BTLOG_ERROR("Table %s", ErrorText());
-        return false;
-    }
-    return true;
+    return Create(BTLOG_HERE,
+                  "create table IF NOT EXISTS bt_manufacturer_data (Remote_address TEXT PRIMARY "
+                  "KEY, Manufacturer_data TEXT, link_type INTEGER);");
 }
 
 bool BTDatabaseManager::CreateVolumeInfoTable() {
-    const char* query =
-        "create table IF NOT EXISTS volume_info (address TEXT PRIMARY KEY, "
-        "absvol_connect_history INTEGER);";
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
-        return false;
-    }
-    BTLOG_INFO("CREATE TABLE query = %s", query);
-    if (Execute(query) != SQLITE_OK) {
-        BTLOG_ERROR("Table %s", ErrorText());
-        return false;
-    }
-    return true;
+    return Create(BTLOG_HERE,
+                  "create table IF NOT EXISTS volume_info (address TEXT PRIMARY KEY, "
+                  "absvol_connect_history INTEGER);");
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 bool BTDatabaseManager::IsTableExist(std::string table) {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
+    if (!IsOpen(BTLOG_HERE)) {
         return false;
     }
     if (!IsPlainName(table)) {
         BTLOG_ERROR("%s", "table name is not valid");
         return false;
     }
-    StatementPtr statement;
-    if (const char* failure = TakeFirstStep("pragma table_info(" + table + ");", statement)) {
-        BTLOG_ERROR("%s%s", failure, ErrorText());
-        return false;
-    }
-    return sqlite3_data_count(statement.get()) > 0;
+    // A row for each column; a table that does not exist has none.
+    return FirstRow(BTLOG_HERE, "pragma table_info(" + table + ");") != nullptr;
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 bool BTDatabaseManager::DropTable(std::string table) {
-    if (const char* refusal = Refusal()) {
-        BTLOG_ERROR("%s", refusal);
+    if (!IsOpen(BTLOG_HERE)) {
         return false;
     }
     const SqliteTextPtr query(sqlite3_mprintf("DROP TABLE %Q", table.c_str()));
     BTLOG_DEBUG("query : %s", query.get());
-    if (Execute(query.get()) != SQLITE_OK) {
-        BTLOG_ERROR("%s", ErrorText());
-        return false;
-    }
-    return true;
+    return Execute(BTLOG_HERE, query.get(), "");
 }
 
 void BTDatabaseManager::DeleteDBFiles() {
@@ -182,52 +130,107 @@ void BTDatabaseManager::DeleteDBFiles() {
     }
 }
 
-const char* BTDatabaseManager::Refusal() const {
-    return m_db ? nullptr : "m_db is NULL";
-}
-
-const char* BTDatabaseManager::Refusal(const std::string& address) const {
-    if (const char* refusal = Refusal()) {
-        return refusal;
+bool BTDatabaseManager::IsOpen(const LogPlace& place) const {
+    if (!m_db) {
+        BTLOG_FOR(place, DLOG_ERROR, "%s", "m_db is NULL");
     }
-    return Util::CommonUtil::IsValidAddress(address) ? nullptr : "address is not valid";
+    return m_db != nullptr;
 }
 
-int BTDatabaseManager::Execute(const char* statement) {
-    // SQLite takes no text for an empty one, which succeeds.
+bool BTDatabaseManager::IsAddress(const LogPlace& place, const std::string& address) {
+    const bool isAddress = Util::CommonUtil::IsValidAddress(address);
+    if (!isAddress) {
+        BTLOG_FOR(place, DLOG_ERROR, "%s", "address is not valid");
+    }
+    return isAddress;
+}
+
+int BTDatabaseManager::Run(const char* statement) {
+    // SQLite would treat NULL as an empty statement, which succeeds.
     m_lastResult = statement == nullptr
                        ? SQLITE_NOMEM
                        : sqlite3_exec(m_db.get(), statement, nullptr, nullptr, nullptr);
     return m_lastResult;
 }
 
-int BTDatabaseManager::Step(const StatementPtr& statement) {
-    m_lastResult = sqlite3_step(statement.get());
-    return m_lastResult;
+bool BTDatabaseManager::Execute(const LogPlace& place, const char* statement, const char* failure) {
+    if (Run(statement) != SQLITE_OK) {
+        BTLOG_FOR(place, DLOG_ERROR, "%s%s", failure, ErrorText());
+    }
+    return m_lastResult == SQLITE_OK;
 }
 
-const char* BTDatabaseManager::TakeFirstStep(const std::string& query, StatementPtr& statement) {
+bool BTDatabaseManager::Create(const LogPlace& place, const char* statement) {
+    if (!IsOpen(place)) {
+        return false;
+    }
+    BTLOG_FOR(place, DLOG_INFO, "CREATE TABLE query = %s", statement);
+    return Execute(place, statement, "Table ");
+}
+
+bool BTDatabaseManager::Insert(const LogPlace& place, const char* statement) {
+    BTLOG_FOR(place, DLOG_DEBUG, "query : %s", statement);
+    if (!Execute(place, statement, "Error executing SQLite3 INSERT statement:: ")) {
+        BTLOG_FOR(place, DLOG_ERROR, "INSERT Record Fail");
+        return false;
+    }
+    BTLOG_FOR(place, DLOG_INFO, "INSERT Record Successfully");
+    return true;
+}
+
+bool BTDatabaseManager::Delete(const LogPlace& place, const std::string& statement) {
+    BTLOG_FOR(place, DLOG_DEBUG, "DELETE query = %s", statement.c_str());
+    return Execute(place, statement.c_str());
+}
+
+BTDatabaseManager::Outcome BTDatabaseManager::Step(sqlite3_stmt* statement) {
+    m_lastResult = sqlite3_step(statement);
+    return m_lastResult == SQLITE_ROW    ? Outcome::kRow
+           : m_lastResult == SQLITE_DONE ? Outcome::kDone
+                                         : Outcome::kStepFailed;
+}
+
+BTDatabaseManager::Outcome BTDatabaseManager::TakeFirstStep(const std::string& query,
+                                                            StatementPtr& statement) {
     m_lastResult = sqlite3_prepare_v2(m_db.get(), query.c_str(), -1, Out(statement), nullptr);
-    if (m_lastResult != SQLITE_OK) {
-        return kPrepareFailed;
-    }
-    const int result = Step(statement);
-    return result == SQLITE_ROW || result == SQLITE_DONE ? nullptr : kStepFailed;
+    return m_lastResult == SQLITE_OK ? Step(statement.get()) : Outcome::kPrepareFailed;
 }
 
-const char* BTDatabaseManager::ForEachRow(const std::string& query,
-                                          const std::function<void(sqlite3_stmt*)>& visit) {
+StatementPtr BTDatabaseManager::FirstRow(const LogPlace& place, const std::string& query) {
     StatementPtr statement;
-    if (const char* failure = TakeFirstStep(query, statement)) {
-        return failure;
+    const Outcome outcome = TakeFirstStep(query, statement);
+    if (LogFailure(place, outcome) || outcome == Outcome::kDone) {
+        statement.reset();
     }
-    while (m_lastResult == SQLITE_ROW) {
+    return statement;
+}
+
+BTDatabaseManager::Outcome BTDatabaseManager::ForEachRow(
+    const std::string& query, const std::function<void(sqlite3_stmt*)>& visit) {
+    StatementPtr statement;
+    Outcome outcome = TakeFirstStep(query, statement);
+    while (outcome == Outcome::kRow) {
         visit(statement.get());
-        Step(statement);
+        outcome = Step(statement.get());
     }
-    return m_lastResult == SQLITE_DONE ? nullptr : kStepFailed;
+    return outcome;
+}
+
+bool BTDatabaseManager::LogFailure(const LogPlace& place, Outcome outcome) const {
+    if (outcome == Outcome::kPrepareFailed) {
+        BTLOG_FOR(place, DLOG_ERROR, "Error on sqlite3_prepare_v2: %s", ErrorText());
+    } else if (outcome == Outcome::kStepFailed) {
+        BTLOG_FOR(place, DLOG_ERROR, "Error on sqlite3_step: %s", ErrorText());
+    } else {
+        return false;
+    }
+    return true;
 }
 
 const char* BTDatabaseManager::ErrorText() const {
     return sqlite3_errmsg(m_db.get());
+}
+
+const char* BTDatabaseManager::ColumnName(bt_db_fields_e field) const {
+    return m_columnNames[static_cast<std::size_t>(field)].c_str();
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "autoconnect/src/AutoConnectDbg.h"
 #include "common/CHandle.h"
 #include "utility/BtDeviceTypes.h"
 #include "utility/ManufacturerDataCache.h"
@@ -22,9 +23,9 @@
 //     }
 //
 // Nothing throws; what fails is logged with SQLite's reason and answers false. A record operation
-// without an open connection is refused, as is an address that is no address, and then no
-// statement is made. Addresses are compared as they are written. What an operation acknowledged is
-// in the file when the power goes. One thread at a time.
+// needs an open connection and a valid address; otherwise it is refused and no statement is made.
+// Addresses are compared as they are written. After an operation has answered true, its change is
+// kept even when the power fails. One thread at a time.
 class BTDatabaseManager {
 public:
     // The one instance, made on the first call and never destroyed. NULL when there was no memory.
@@ -35,8 +36,8 @@ public:
 
     // ---- the file ----
 
-    // Makes the file with its three tables when it is missing. A file that is there is trusted: its
-    // tables are not looked at.
+    // Makes the file with its three tables when it is missing. The tables of an existing file are
+    // not checked.
     [[nodiscard]] bool PrepareDatabase();
     // A connection that is still open is closed first.
     [[nodiscard]] bool OpenDatabase();
@@ -48,7 +49,7 @@ public:
     // A name that is not made of letters, digits and "_" is refused.
     bool IsTableExist(std::string table);
     bool DropTable(std::string table);
-    // Removes the file, its journal and SoundMirroingStatus.txt beside it.
+    // Removes the file, its journal and SoundMirroingStatus.txt in the same folder.
     void DeleteDBFiles();
 
     // ---- the device table ----
@@ -75,8 +76,8 @@ public:
     bool GetRecordFromDB(bt_db_dev_info_s& record, std::string address);
     // True also when there is no record.
     bool DeleteRecord(std::string address);
-    // Deletes nothing and is always false: its statement names two tables, which SQLite refuses. It
-    // is kept as it is on purpose.
+    // Deletes nothing and is always false: its statement names two tables, which SQLite refuses.
+    // This is so on purpose.
     bool DeleteAllRecord();
     // As many records as could be read.
     int GetRecordCount();
@@ -86,7 +87,7 @@ public:
     bool GetAllDontuseDeivceRecord(std::string& json);
     // Logs every record.
     void printAllrecord();
-    // Opens the database by itself and leaves it open for the caller to close.
+    // Opens the database and leaves it open; the caller closes it.
     bool getModelNameFromDB(const std::string& address, std::string& name);
 
     // ---- manufacturer data ----
@@ -102,40 +103,65 @@ public:
 
     // ---- absolute volume ----
 
-    // These two open and close the database by themselves.
+    // These two open and close the database.
     bool getAbsVolConnectedHistory(const std::string& address);
     void setAbsVolConnectedHistory(const std::string& address);
     bool DeleteVolInfo(const std::string& address);
 
 protected:
-    BTDatabaseManager();
+    BTDatabaseManager() = default;
     ~BTDatabaseManager() = default;
 
 private:
-    // Why an operation is refused, NULL when it is not.
-    [[nodiscard]] const char* Refusal() const;
-    [[nodiscard]] const char* Refusal(const std::string& address) const;
+    // These log for the operation at `place`.
 
-    // Each gives SQLite's result and keeps it in m_lastResult.
-    int Execute(const char* statement);
-    int Step(const StatementPtr& statement);
+    // What every statement needs. What is missing is logged.
+    [[nodiscard]] bool IsOpen(const LogPlace& place) const;
+    static bool IsAddress(const LogPlace& place, const std::string& address);
 
-    // Prepares the query and takes its first step; or takes every step and hands each row to
-    // `visit`. NULL when SQLite did it all, otherwise what a log line about it begins with:
-    // kPrepareFailed or kStepFailed. They log nothing, for a line names the operation.
-    const char* TakeFirstStep(const std::string& query, StatementPtr& statement);
-    const char* ForEachRow(const std::string& query,
-                           const std::function<void(sqlite3_stmt*)>& visit);
-    static const char* const kPrepareFailed;
-    static const char* const kStepFailed;
+    // Executes a statement; NULL, one for which there was no memory, fails. A failure is logged as
+    // `failure` and SQLite's reason.
+    bool Execute(const LogPlace& place, const char* statement,
+                 const char* failure = "Error executing SQLite3 statement: ");
+    // The same for statements of a kind, which are logged.
+    bool Create(const LogPlace& place, const char* statement);
+    bool Insert(const LogPlace& place, const char* statement);
+    bool Delete(const LogPlace& place, const std::string& statement);
+
+    // A query's statement on its first row; null when there is no row, or after a failure.
+    StatementPtr FirstRow(const LogPlace& place, const std::string& query);
+
+    // Whether a device's record may be read or changed, and a statement on the record.
+    // `isRightType`: whether its column is of the operation's type.
+    [[nodiscard]] bool MayAccess(const LogPlace& place, const std::string& address,
+                                 bool isRightType = true) const;
+    StatementPtr FindDevice(const LogPlace& place, const std::string& address,
+                            bool isRightType = true);
+
+    // What a query's last step gave.
+    enum class Outcome { kRow, kDone, kPrepareFailed, kStepFailed };
+    // Whether it failed; then that is logged, with SQLite's reason.
+    bool LogFailure(const LogPlace& place, Outcome outcome) const;
+
+    // These log nothing, and keep SQLite's result in m_lastResult.
+    int Run(const char* statement);
+    Outcome Step(sqlite3_stmt* statement);
+    Outcome TakeFirstStep(const std::string& query, StatementPtr& statement);
+    // Hands each row to `visit`; never kRow.
+    Outcome ForEachRow(const std::string& query, const std::function<void(sqlite3_stmt*)>& visit);
 
     // SQLite's reason for the last failure.
     [[nodiscard]] const char* ErrorText() const;
+    [[nodiscard]] const char* ColumnName(bt_db_fields_e field) const;
 
-    std::unique_ptr<ManufacturerDataCache> m_manufacturerDataCache;
+    std::unique_ptr<ManufacturerDataCache> m_manufacturerDataCache =
+        std::make_unique<ManufacturerDataCache>();
     SqlitePtr m_db;
     int m_lastResult = SQLITE_OK;
-    std::string m_fileName;
-    std::vector<std::string> m_columnNames;  // by bt_db_fields_e
+    std::string m_fileName = "BT_Connection_record.db";
+    // By bt_db_fields_e.
+    std::vector<std::string> m_columnNames = {
+        "Remote_address", "Remote_name", "Use_type",      "bt_status", "Profile_type",
+        "Device_type",    "Sevice_name", "Provider_name", "vid",       "pid"};
     bool m_hasBeenOpen = false;
 };

@@ -7,11 +7,7 @@
 bool ManufacturerDataCache::isExist(const std::string& address) {
     BTLOG_TRACE();
     const bool exists = m_entries.find(address) != m_entries.end();
-    if (exists) {
-        BTLOG_INFO("%s exist", address.c_str());
-    } else {
-        BTLOG_INFO("%s does not exist", address.c_str());
-    }
+    BTLOG_INFO("%s %s", address.c_str(), exists ? "exist" : "does not exist");
     return exists;
 }
 

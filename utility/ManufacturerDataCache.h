@@ -6,16 +6,16 @@
 #include <string>
 #include <tuple>
 
-// LE manufacturer data of devices, by address as it is written, with the link type. Data and link
-// type are kept as the writer gave them. One thread at a time.
+// The LE manufacturer data and the link type of devices, by address as it is written. One thread at
+// a time.
 class ManufacturerDataCache {
 public:
     bool isExist(const std::string& address);
 
-    // Whether the entry was added: one that is there already keeps its first value.
+    // Whether the entry was added: an existing one keeps its value.
     bool insert(const std::string& address, const std::string& data, int linkType);
 
-    // False, and the outputs untouched, when there is no entry.
+    // False when there is no entry; the outputs then stay as they are.
     bool get(const std::string& address, std::string& data, int& linkType);
 
     // Whether there was an entry to erase.

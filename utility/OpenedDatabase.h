@@ -2,32 +2,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <memory>
+
 #include "utility/BTDatabaseManager.h"
 
 namespace Util {
 
-// The device database, made if need be, and open for as long as this lives; false when it cannot be
-// opened. Not while another one lives.
+// The device database, made when it is missing, and open for as long as this object exists; false
+// when it cannot be opened. Only one at a time.
 class OpenedDatabase {
 public:
-    OpenedDatabase()
-        : m_manager(BTDatabaseManager::getInstance()),
-          m_isOpen(m_manager != nullptr && m_manager->PrepareDatabase() &&
-                   m_manager->OpenDatabase()) {}
-    ~OpenedDatabase() {
-        if (m_isOpen) {
-            m_manager->CloseDatabase();
+    OpenedDatabase() {
+        BTDatabaseManager* manager = BTDatabaseManager::getInstance();
+        if (manager != nullptr && manager->PrepareDatabase() && manager->OpenDatabase()) {
+            m_manager.reset(manager);
         }
     }
-    OpenedDatabase(const OpenedDatabase&) = delete;
-    OpenedDatabase& operator=(const OpenedDatabase&) = delete;
 
-    explicit operator bool() const { return m_isOpen; }
-    BTDatabaseManager* operator->() const { return m_manager; }
+    explicit operator bool() const { return m_manager != nullptr; }
+    BTDatabaseManager* operator->() const { return m_manager.get(); }
 
 private:
-    BTDatabaseManager* m_manager;  // not owned, lives as long as the process
-    bool m_isOpen;
+    struct Close {
+        void operator()(BTDatabaseManager* manager) const { manager->CloseDatabase(); }
+    };
+    std::unique_ptr<BTDatabaseManager, Close> m_manager;  // lives as long as the process
 };
 
 }  // namespace Util
