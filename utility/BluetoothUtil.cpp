@@ -4,11 +4,10 @@
 
 #include <algorithm>
 #include <iterator>
-#include <optional>
+#include <string>
 
 #include "autoconnect/src/AutoConnectDbg.h"
-#include "common/CHandle.h"
-#include "utility/BluetoothRecords.h"
+#include "common/DeviceInfo.h"
 #include "utility/CommonUtil.h"
 #include "utility/SystemConfigUtil.h"
 #include "utility/VconfUtil.h"
@@ -25,18 +24,36 @@ constexpr int kMajorPhone = 2;
 constexpr int kAvrcpPowerCommand = 0x40;
 constexpr const char* kTvNamePrefix = "[TV]";
 
-// Accessories that are connected all the time and are nobody's devices.
+// Accessories that are always connected; they do not count as devices.
 constexpr const char* kAccessoryNames[] = {"Trellis Remote A", "Swivel Mount B", "Corvi Toggle C"};
 
 using AudioInfoPtr = CPtr<bt_audio_connected_info_s, bt_audio_free_connected_info>;
 
-// One flag of a bonded device's record; none when there is no record.
-std::optional<bool> BondedDeviceFlag(const std::string& address, bool bt_device_info_s::*flag) {
-    const DeviceInfoPtr info = ReadBondedDevice(address);
+// One flag of a bonded device's record, logged under its name; false when there is no record.
+bool ReadFlag(const LogPlace& place, const std::string& address, bool bt_device_info_s::*flag,
+              const char* name) {
+    DeviceInfoPtr info = ReadBondedDevice(address);
     if (!info) {
-        return std::nullopt;
+        return false;
     }
-    return info.get()->*flag;
+    const bool value = info.get()->*flag;
+    info.reset();
+    BTLOG_FOR(place, DLOG_WARN, "%s %d", name, value);
+    return value;
+}
+
+bool IsMissing(const LogPlace& place, const void* pointer, const char* name) {
+    if (pointer == nullptr) {
+        BTLOG_FOR(place, DLOG_ERROR, "%s is NULL", name);
+    }
+    return pointer == nullptr;
+}
+
+// Logs the result of an adapter switch and returns it.
+int LogSwitch(const LogPlace& place, const std::string& call, int result) {
+    BTLOG_FOR(place, DLOG_ERROR, "<Not Error> %s, ret = [%s]", call.c_str(),
+              CommonUtil::ERR_STR(result));
+    return result;
 }
 
 }  // namespace
@@ -48,22 +65,11 @@ int BluetoothUtil::GetAdapterState() {
 }
 
 bool BluetoothUtil::IsPairedDevice(const std::string& address) {
-    const std::optional<bool> isBonded = BondedDeviceFlag(address, &bt_device_info_s::is_bonded);
-    if (!isBonded) {
-        return false;
-    }
-    BTLOG_WARN("is bonded device %d", *isBonded);
-    return *isBonded;
+    return ReadFlag(BTLOG_HERE, address, &bt_device_info_s::is_bonded, "is bonded device");
 }
 
 bool BluetoothUtil::IsConnectedDevice(const std::string& address) {
-    const std::optional<bool> isConnected =
-        BondedDeviceFlag(address, &bt_device_info_s::is_connected);
-    if (!isConnected) {
-        return false;
-    }
-    BTLOG_WARN("isConnected %d", *isConnected);
-    return *isConnected;
+    return ReadFlag(BTLOG_HERE, address, &bt_device_info_s::is_connected, "isConnected");
 }
 
 bool BluetoothUtil::IsMobile(const std::string& address) {
@@ -85,20 +91,9 @@ int BluetoothUtil::GetConnectedDevices(std::vector<std::string>& out) {
 }
 
 bool BluetoothUtil::OnForeachConnectedDevice(bt_device_info_s* info, void* userData) noexcept {
-    if (userData == nullptr) {
-        BTLOG_ERROR("userData is NULL");
-        return true;
-    }
-    if (info == nullptr) {
-        BTLOG_ERROR("deviceInfo is NULL");
-        return true;
-    }
-    if (info->remote_address == nullptr) {
-        BTLOG_ERROR("deviceInfo->remote_address is NULL");
-        return true;
-    }
-    if (info->remote_name == nullptr) {
-        BTLOG_ERROR("deviceInfo->remote_name is NULL");
+    if (IsMissing(BTLOG_HERE, userData, "userData") || IsMissing(BTLOG_HERE, info, "deviceInfo") ||
+        IsMissing(BTLOG_HERE, info->remote_address, "deviceInfo->remote_address") ||
+        IsMissing(BTLOG_HERE, info->remote_name, "deviceInfo->remote_name")) {
         return true;
     }
     const std::string name = info->remote_name;
@@ -129,10 +124,6 @@ int BluetoothUtil::GetConnectedDeviceNumberWithProfile(bt_profile_e profile) {
         }));
 }
 
-int BluetoothUtil::GetConnectedHidDeviceNumber() {
-    return GetConnectedDeviceNumberWithProfile(BT_PROFILE_HID);
-}
-
 bool BluetoothUtil::GetConnectedA2dpDevice(std::string& address, std::string& name, int type) {
     AudioInfoPtr info;
     const int result = bt_audio_get_connected_info(type, Out(info));
@@ -158,7 +149,7 @@ void BluetoothUtil::GetLastVelmoraAudioDevice(std::string& address, std::string&
     std::string value;
     VconfUtil::GetVconf(VCONF_KEY_DB_NIRVO_SOUNDSHAREDEVICE_DEV_ONE_ADDR, value);
     const std::size_t slash = value.find('/');
-    // Without a slash both get the whole value: npos + 1 is 0.
+    // Without a slash both get the whole value, as npos + 1 is 0.
     address = value.substr(0, slash);
     name = value.substr(slash + 1);
 }
@@ -214,30 +205,24 @@ bool BluetoothUtil::IsAdapterNameStartsWithTVprefix() {
 }
 
 int BluetoothUtil::SetAdapterEnable() {
-    const int result = bt_adapter_enable();
-    BTLOG_ERROR("<Not Error> bt_adapter_enable, ret = [%s]", CommonUtil::ERR_STR(result));
+    const int result = LogSwitch(BTLOG_HERE, "bt_adapter_enable", bt_adapter_enable());
     VconfUtil::SetVconf(VCONF_KEY_DB_LOW_POWER_SUPPORT_BT_DISABLE, 0);
     return result;
 }
 
 int BluetoothUtil::SetAdapterDisable() {
-    const int result = bt_adapter_disable();
-    BTLOG_ERROR("<Not Error> bt_adapter_disable, ret = [%s]", CommonUtil::ERR_STR(result));
+    const int result = LogSwitch(BTLOG_HERE, "bt_adapter_disable", bt_adapter_disable());
     VconfUtil::SetVconf(VCONF_KEY_DB_LOW_POWER_SUPPORT_BT_DISABLE, 1);
     return result;
 }
 
 int BluetoothUtil::SetAdapterReset() {
-    const int result = bt_adapter_reset();
-    BTLOG_ERROR("<Not Error> bt_adapter_reset, ret = [%s]", CommonUtil::ERR_STR(result));
-    return result;
+    return LogSwitch(BTLOG_HERE, "bt_adapter_reset", bt_adapter_reset());
 }
 
 int BluetoothUtil::SetAdapterConnectable(bool on) {
-    const int result = bt_adapter_set_connectable(on);
-    BTLOG_ERROR("<Not Error> bt_adapter_set_connectable[%d], ret = [%s]", on,
-                CommonUtil::ERR_STR(result));
-    return result;
+    return LogSwitch(BTLOG_HERE, "bt_adapter_set_connectable[" + std::to_string(int{on}) + "]",
+                     bt_adapter_set_connectable(on));
 }
 
 int BluetoothUtil::SetAdapterVisibility(bt_adapter_visibility_mode_e mode) {

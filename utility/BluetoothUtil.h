@@ -11,8 +11,8 @@ namespace Util {
 
 // Questions about the local adapter and bonded devices, what kind a device is, whether the TV is to
 // use it, and the adapter's switches. Stateless; failures are logged, nothing throws. Addresses are
-// 'XX:XX:XX:XX:XX:XX', either case, but where the device database is asked: there they must be
-// spelled as they were stored. Main loop's thread only.
+// 'XX:XX:XX:XX:XX:XX', either case; where the device database is asked, in the case in which they
+// were stored. Main loop's thread only.
 class BluetoothUtil {
 public:
     // bt_adapter_state_e: 1 enabled; 0 disabled, also when the Bluetooth service cannot tell.
@@ -45,9 +45,11 @@ public:
     static bool OnForeachConnectedDevice(bt_device_info_s* info, void* userData) noexcept;
     static int GetNumberOfBtdevice();
     static int GetConnectedDeviceNumberWithProfile(bt_profile_e profile);
-    static int GetConnectedHidDeviceNumber();
-    // The connected audio device of a kind (bt_audio_get_connected_info); outputs untouched when
-    // there is none.
+    static int GetConnectedHidDeviceNumber() {
+        return GetConnectedDeviceNumberWithProfile(BT_PROFILE_HID);
+    }
+    // The connected audio device of a kind (bt_audio_get_connected_info). False when there is none;
+    // the outputs then stay as they are.
     static bool GetConnectedA2dpDevice(std::string& address, std::string& name, int type);
     // The maker's audio device that was used last, from a configuration key.
     static void GetLastVelmoraAudioDevice(std::string& address, std::string& name);
@@ -63,13 +65,13 @@ public:
 
     // ---- changes ----
 
-    // Whether the device may connect without being asked about.
+    // Lets the device connect without a question to the user, or no longer.
     static void SetAutoAcceptDevice(const std::string& address, bool accept);
     // Tells the connected phone to switch off; `address` is not used. The platform's result.
     static int sendPowerOffCmd(const std::string& address);
-    // Unregisters the first accessory that connects in standby and can be unregistered.
+    // Of the accessories that connect in standby, unregisters the first one that can be.
     static void RemoveAllHeadlessDevice();
-    // For each of them; false ends the iteration, and does so after a success.
+    // For each of them. False ends the iteration: after a success.
     static bool RemoveAllHeadlessDeviceCb(bt_adapter_headless_dev_info_s* info,
                                           void* userData) noexcept;
 
@@ -78,7 +80,7 @@ public:
     // "" when it cannot be read.
     static std::string GetAdapterName();
     static bool IsAdapterNameStartsWithTVprefix();
-    // Enabling and disabling also notes in a configuration key that Bluetooth is to stay off.
+    // These two also store in a configuration key whether Bluetooth is to stay off.
     static int SetAdapterEnable();
     static int SetAdapterDisable();
     static int SetAdapterReset();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include "autoconnect/src/AutoConnectDbg.h"
-#include "utility/BluetoothRecords.h"
+#include "common/DeviceInfo.h"
 #include "utility/BluetoothUtil.h"
 #include "utility/BtDeviceTypes.h"
 #include "utility/CommonUtil.h"
@@ -13,7 +13,7 @@ namespace Util {
 
 namespace {
 
-// What a row made here says of a device of which nothing but the flag is known.
+// The other values of a new row, when only the flag of the device is known.
 constexpr int kNewProfileType = 1;
 constexpr auto kNewDeviceType = static_cast<bt_devices_type>(1);
 

@@ -4,11 +4,11 @@
 #include <iterator>
 
 #include "autoconnect/src/AutoConnectDbg.h"
-#include "utility/BluetoothRecords.h"
+#include "common/DeviceInfo.h"
 #include "utility/BluetoothUtil.h"
 #include "utility/BtDeviceTypes.h"
 
-// What kind of device it is, told from its class, its ids and its name.
+// The kind of a device, by its class, its ids and its name.
 
 namespace Util {
 
@@ -21,7 +21,7 @@ constexpr int kMinorGamepad = 0x08;
 constexpr int kMinorKeyboard = 0x40;
 constexpr int kMinorPointing = 0x80;
 constexpr int kMinorKeyboardPointing = 0xC0;
-// Headsets, loudspeakers, headphones, car audio and the like; no set-top box (0x24), and 0x0C is
+// Headsets, loudspeakers, headphones, car audio and the like, but not a set-top box (0x24); 0x0C is
 // reserved.
 constexpr int kAudioMinors[] = {0x00, 0x04, 0x08, 0x10, 0x14, 0x18, 0x1C, 0x20, 0x28};
 
@@ -29,6 +29,10 @@ constexpr int kVelmoraVendor = 0x04E8;
 constexpr int kRemoteProduct = 0x2075;
 constexpr int kNewSpeakerProduct = 0x9000;
 constexpr int kOldSpeakerProduct = 0x9010;
+
+// By bt_devices_type.
+constexpr const char* kTypeTexts[] = {"UNKNOWN_DEV_TYPE", "KeyBoard",  "Mouse",    "GamePad",
+                                      "Remocon",          "HeadPhone", "Soundbar", "Soundbar"};
 
 struct Ids {
     int vendor = 0;
@@ -69,22 +73,29 @@ bt_devices_type HidType(const std::string& address, const std::string& name, int
     }
 }
 
-struct AudioKind {
-    bt_devices_type type;
-    const char* message;
-};
-
-AudioKind AudioType(const Ids& ids, const std::string& name) {
+bt_devices_type AudioType(const LogPlace& place, const std::string& address,
+                          const std::string& name, int minor) {
+    if (!BluetoothUtil::IsAudioMinorCOD(minor)) {
+        BTLOG_FOR(place, DLOG_INFO, "[%s] does not have supported audio minor cod", name.c_str());
+        return BT_DEVICE_TYPE_UNKNOWN;
+    }
+    const Ids ids = ReadIds(address);
+    BTLOG_FOR(place, DLOG_DEBUG, "Device Naem = %s, VID = 0x%x and PID = 0x%x", name.c_str(),
+              static_cast<unsigned int>(ids.vendor), static_cast<unsigned int>(ids.product));
     if (ids.Are(kNewSpeakerProduct)) {
-        return {BT_DEVICE_TYPE_VELMORA_SPK_NEW, "This is new type Velmora BT spk"};
+        BTLOG_FOR(place, DLOG_DEBUG, "This is new type Velmora BT spk");
+        return BT_DEVICE_TYPE_VELMORA_SPK_NEW;
     }
     if (ids.Are(kOldSpeakerProduct) || Contains(name, "[Velmora] ")) {
-        return {BT_DEVICE_TYPE_VELMORA_SPK_OLD, "This is old type Velmora BT spk"};
+        BTLOG_FOR(place, DLOG_DEBUG, "This is old type Velmora BT spk");
+        return BT_DEVICE_TYPE_VELMORA_SPK_OLD;
     }
     if (Contains(name, "Velmora Wireless Audio")) {
-        return {BT_DEVICE_TYPE_UNKNOWN, "This is Velmora BT spk but it has wrong device name."};
+        BTLOG_FOR(place, DLOG_DEBUG, "This is Velmora BT spk but it has wrong device name.");
+        return BT_DEVICE_TYPE_UNKNOWN;
     }
-    return {BT_DEVICE_TYPE_HEADPHONE, "Normal Bluetooth Speaker"};
+    BTLOG_FOR(place, DLOG_DEBUG, "Normal Bluetooth Speaker");
+    return BT_DEVICE_TYPE_HEADPHONE;
 }
 
 }  // namespace
@@ -111,58 +122,29 @@ int BluetoothUtil::GetDeviceType(const std::string& address) {
         BTLOG_ERROR("device_info->remote_name is NULL");
         return BT_DEVICE_TYPE_UNKNOWN;
     }
+    const int major = info->bt_class.major_device_class;
+    const bool isHid = major == kMajorPeripheral;
+    if (!isHid && major != kMajorAudioVideo) {
+        BTLOG_INFO("Not supported bt devices");
+        return BT_DEVICE_TYPE_UNKNOWN;
+    }
     const std::string name = info->remote_name;
     const int minor = info->bt_class.minor_device_class;
-    bt_devices_type type = BT_DEVICE_TYPE_UNKNOWN;
-    switch (info->bt_class.major_device_class) {
-        case kMajorPeripheral:
-            type = HidType(address, name, minor);
-            BTLOG_DEBUG("type : %d, EXIT()", type);
-            BTLOG_DEBUG("major cod is BT_MAJOR_DEVICE_CLASS_PERIPHERAL. HID type is [%d].", type);
-            break;
-        case kMajorAudioVideo:
-            if (IsAudioMinorCOD(minor)) {
-                const Ids ids = ReadIds(address);
-                BTLOG_DEBUG("Device Naem = %s, VID = 0x%x and PID = 0x%x", name.c_str(),
-                            static_cast<unsigned int>(ids.vendor),
-                            static_cast<unsigned int>(ids.product));
-                const AudioKind kind = AudioType(ids, name);
-                BTLOG_DEBUG("%s", kind.message);
-                type = kind.type;
-            } else {
-                BTLOG_INFO("[%s] does not have supported audio minor cod", name.c_str());
-            }
-            BTLOG_DEBUG("type : %d, EXIT()", type);
-            BTLOG_DEBUG("major cod is BT_MAJOR_DEVICE_CLASS_AUDIO_VIDEO. Audio type is [%d].",
-                        type);
-            break;
-        default:
-            BTLOG_INFO("Not supported bt devices");
-            break;
-    }
+    const bt_devices_type type =
+        isHid ? HidType(address, name, minor) : AudioType(BTLOG_HERE, address, name, minor);
+    BTLOG_DEBUG("type : %d, EXIT()", type);
+    BTLOG_DEBUG("major cod is BT_MAJOR_DEVICE_CLASS_%s type is [%d].",
+                isHid ? "PERIPHERAL. HID" : "AUDIO_VIDEO. Audio", type);
     return type;
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 std::string BluetoothUtil::GetStringDeviceType(std::string address) {
-    switch (GetDeviceType(address)) {
-        case BT_DEVICE_TYPE_KEYBOARD:
-            return "KeyBoard";
-        case BT_DEVICE_TYPE_MOUSE:
-            return "Mouse";
-        case BT_DEVICE_TYPE_GAMEPAD:
-            return "GamePad";
-        case BT_DEVICE_TYPE_REMOTE:
-            return "Remocon";
-        case BT_DEVICE_TYPE_HEADPHONE:
-            return "HeadPhone";
-        case BT_DEVICE_TYPE_VELMORA_SPK_OLD:
-        case BT_DEVICE_TYPE_VELMORA_SPK_NEW:
-            return "Soundbar";
-        default:
-            BTLOG_ERROR("Use Dev Type as Known in case of failure");
-            return "UNKNOWN_DEV_TYPE";
+    const int type = GetDeviceType(address);
+    if (type == BT_DEVICE_TYPE_UNKNOWN) {
+        BTLOG_ERROR("Use Dev Type as Known in case of failure");
     }
+    return kTypeTexts[type];
 }
 
 }  // namespace Util
