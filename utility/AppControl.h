@@ -7,8 +7,8 @@
 
 using AppControlPtr = CPtr<app_control_s, app_control_destroy>;
 
-// A request to launch `appId`, or to tell it when it runs. Null when the platform is out of memory;
-// its functions refuse that in turn.
+// A request to launch `appId`, or to send it the request when it already runs. Null when the
+// platform is out of memory; its functions refuse a null request.
 inline AppControlPtr MakeLaunchRequest(const char* appId) {
     AppControlPtr handle;
     app_control_create(Out(handle));

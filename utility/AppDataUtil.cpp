@@ -24,20 +24,10 @@ std::string AppDataUtil::getDataPath() {
     return kDataPath;
 }
 
-std::string AppDataUtil::GetAppDataFilePath() {
-    BTLOG_DEBUG("path = %s", kDataPath.c_str());
-    return kDataPath;
-}
-
 std::string AppDataUtil::GetAppDataFilePath(const std::string& name) {
     std::string path = kDataPath + name;
     BTLOG_DEBUG("path = %s", path.c_str());
     return path;
-}
-
-std::string AppDataUtil::GetAppSharedResourcePath() {
-    BTLOG_DEBUG("path = %s", kSharedPath.c_str());
-    return kSharedPath;
 }
 
 std::string AppDataUtil::GetAppSharedResourcePath(const std::string& name) {

@@ -19,16 +19,8 @@ using AppInfoPtr = CPtr<app_info_s, app_info_destroy>;
 using PackageInfoPtr = CPtr<package_info_s, package_info_destroy>;
 
 bool CollectExtra(app_control_h appControl, const char* key, void* data) noexcept {
-    if (key == nullptr) {
-        BTLOG_ERROR("key is null");
-        return true;
-    }
-    if (data == nullptr) {
-        BTLOG_ERROR("data is null");
-        return true;
-    }
-    if (appControl == nullptr) {
-        BTLOG_ERROR("appControl is null");
+    if (key == nullptr || data == nullptr || appControl == nullptr) {
+        BTLOG_ERROR("%s is null", key == nullptr ? "key" : data == nullptr ? "data" : "appControl");
         return true;
     }
     MallocPtr<char> value;
@@ -37,6 +29,12 @@ bool CollectExtra(app_control_h appControl, const char* key, void* data) noexcep
         static_cast<AppManagerUtil::Extras*>(data)->emplace_back(key, value.get());
     }
     return true;
+}
+
+bool LaunchAgain(app_control_h request, const char* appId) {
+    AppManagerUtil::Extras extras;
+    app_control_foreach_extra_data(request, CollectExtra, &extras);
+    return AppManagerUtil::LaunchApp(appId, extras, false);
 }
 
 bool CollectMetadata(const char* key, const char* value, void* data) noexcept {
@@ -76,10 +74,6 @@ bool AppManagerUtil::LaunchApp(const std::string& appId, Extras extras, bool isS
     return result == 0;
 }
 
-bool AppManagerUtil::LaunchApp(const std::string& appId, bool isSync) {
-    return LaunchApp(appId, Extras(), isSync);
-}
-
 void AppManagerUtil::OnAppControlResult(app_control_h request, app_control_error_e result,
                                         void* /*userData*/) noexcept {
     static int retryCnt = 0;
@@ -87,28 +81,16 @@ void AppManagerUtil::OnAppControlResult(app_control_h request, app_control_error
     app_control_get_app_id(request, Out(appId));
     if (!appId) {
         BTLOG_ERROR("appId is null");
-        retryCnt = 0;
-        return;
-    }
-    if (result == APP_CONTROL_ERROR_NONE) {
+    } else if (result == APP_CONTROL_ERROR_NONE) {
         BTLOG_INFO("success to launch %s", appId.get());
-        retryCnt = 0;
-        return;
-    }
-    if (retryCnt > 0) {
-        retryCnt = 0;
-        BTLOG_ERROR("Fail to launch %s(%d)", appId.get(), result);
-        return;
-    }
-    Extras extras;
-    app_control_foreach_extra_data(request, CollectExtra, &extras);
-    if (LaunchApp(appId.get(), extras, false)) {
+    } else if (retryCnt == 0 && LaunchAgain(request, appId.get())) {
         ++retryCnt;
         BTLOG_INFO("Retry(#%d)", retryCnt);
+        return;
     } else {
-        retryCnt = 0;
         BTLOG_ERROR("Fail to launch %s(%d)", appId.get(), result);
     }
+    retryCnt = 0;
 }
 
 bool AppManagerUtil::launchBluetoothDeviceist(bool isSync) {
@@ -157,12 +139,9 @@ bool AppManagerUtil::IsAppForeGround(const std::string& appId) {
 bool AppManagerUtil::IsPackageInstalled(const std::string& pkgId) {
     PackageInfoPtr info;
     const int result = package_info_create(pkgId.c_str(), Out(info));
-    if (result != 0 || !info) {
-        BTLOG_WARN("%s is not installed", pkgId.c_str());
-        return false;
-    }
-    BTLOG_WARN("%s is installed", pkgId.c_str());
-    return true;
+    const bool isInstalled = result == 0 && info;
+    BTLOG_WARN("%s is %sinstalled", pkgId.c_str(), isInstalled ? "" : "not ");
+    return isInstalled;
 }
 
 bool AppManagerUtil::IsUpdating(const std::string& appId) {

@@ -18,13 +18,14 @@ public:
     // Texts for the application, (key, value), in this order.
     using Extras = std::vector<std::pair<std::string, std::string>>;
 
-    // Launches the application `appId`, or tells it when it runs. With `isSync` the answer is the
-    // platform's own; otherwise a launch that fails later is tried once more, without delay. True
-    // when the request was accepted.
+    // Launches the application `appId`, or sends it the request when it already runs. True when the
+    // request was accepted. Without `isSync` a launch that fails later is tried once more, at once.
     static bool LaunchApp(const std::string& appId, Extras extras, bool isSync);
-    static bool LaunchApp(const std::string& appId, bool isSync);
+    static bool LaunchApp(const std::string& appId, bool isSync) {
+        return LaunchApp(appId, Extras(), isSync);
+    }
 
-    // Outcome of an asynchronous launch; decides about the one retry.
+    // The result of an asynchronous launch; makes the one retry.
     static void OnAppControlResult(app_control_h request, app_control_error_e result,
                                    void* userData) noexcept;
 

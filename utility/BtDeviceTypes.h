@@ -4,9 +4,9 @@
 
 #include <string>
 
-// What the device database keeps of a device, and the numbers in it. They are the file's format and
-// are shared with the package's other programs, so they never change; a number that another program
-// wrote may be none of those listed.
+// What the device database stores about a device. The numbers are the file's format, which the
+// package's other programs share, so they never change. A file may hold other numbers than these,
+// as other programs write it too.
 
 // What kind of device it is.
 enum bt_devices_type : int {

@@ -21,7 +21,7 @@ Json::Value JsonUtil::StringToJson(const std::string& text) {
             return value;
         }
     } catch (const Json::Exception& e) {
-        // The reader's way to say that the text is nested too deeply.
+        // The reader throws when the text is nested too deeply.
         errors = e.what();
     }
     throw std::runtime_error(errors);

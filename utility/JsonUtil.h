@@ -11,7 +11,7 @@ namespace Util {
 // Converts between JSON text and jsoncpp values. Stateless; any thread.
 class JsonUtil {
 public:
-    // The value that the whole of `text` spells. Throws std::runtime_error with the parser's
+    // The value of the whole of `text`. Throws std::runtime_error with the parser's
     // message when it does not parse or is nested too deeply.
     static Json::Value StringToJson(const std::string& text);
 

@@ -10,8 +10,7 @@ namespace Util {
 enum class AuiPattern : int { Connected = 0, Disconnected = 1 };
 
 // The short interface sounds of a Bluetooth connection and disconnection. Playback is switched off:
-// the operations keep their form so that callers may go on calling them, and neither play, log nor
-// fail, whatever they are given.
+// the operations stay, so that callers need not change, and do nothing.
 class SoundUtil {
 public:
     SoundUtil();

@@ -6,8 +6,8 @@
 #include "platform/system_info.h"
 #include "utility/VconfUtil.h"
 
-// The texts of the log lines are as other components search for them, also where one names another
-// feature than the one that was read.
+// Other components search for the texts of the log lines, so they stay as they are, even where a
+// text names another feature than the one that was read.
 
 namespace Util {
 
@@ -29,168 +29,136 @@ bool ReadFeature(const char* key, int* value) {
     return system_info_get_custom_int(key, value) == 0;
 }
 
+// The same; a failure is logged as `errorText`, for the query at `place`.
+template <typename Value>
+bool ReadFeature(const LogPlace& place, const char* key, Value* value, const char* errorText) {
+    const bool isRead = ReadFeature(key, value);
+    if (!isRead) {
+        BTLOG_FOR(place, DLOG_ERROR, "%s", errorText);
+    }
+    return isRead;
+}
+
 }  // namespace
 
-// A query of one boolean feature: `start` is the answer when it cannot be read.
-#define BOOL_QUERY(function, key, start, errorText, infoFormat, infoWhen) \
-    bool SystemConfigUtil::function() {                                   \
-        bool value = start;                                               \
-        const bool isRead = ReadFeature(FEATURE_PREFIX key, &value);      \
-        if (!isRead) {                                                    \
-            BTLOG_ERROR(errorText);                                       \
-        }                                                                 \
-        if (isRead || (infoWhen) == kAlways) {                            \
-            BTLOG_INFO(infoFormat, value);                                \
-        }                                                                 \
-        return value;                                                     \
+// A query of one boolean feature: when it cannot be read, `start` is the answer and `errorText` is
+// logged.
+#define IRREGULAR_QUERY(function, key, start, errorText, infoFormat, infoWhen)              \
+    bool SystemConfigUtil::function() {                                                     \
+        bool value = start;                                                                 \
+        const bool isRead = ReadFeature(BTLOG_HERE, FEATURE_PREFIX key, &value, errorText); \
+        if (isRead || (infoWhen) == kAlways) {                                              \
+            BTLOG_INFO(infoFormat, value);                                                  \
+        }                                                                                   \
+        return value;                                                                       \
     }
 
-BOOL_QUERY(isA2dpSinkSupport, "sound_mirroring_supported", false,
-           "fail to get com.velmora/featureconf/sound_mirroring_supported", "support : [%d]",
+// The usual case: false when it cannot be read, and the error text is "FAILURE to get KEY".
+#define BOOL_QUERY(function, key, failure, infoFormat, infoWhen)                             \
+    IRREGULAR_QUERY(function, key, false, failure " to get " FEATURE_PREFIX key, infoFormat, \
+                    infoWhen)
+
+BOOL_QUERY(isA2dpSinkSupport, "sound_mirroring_supported", "fail", "support : [%d]", kAlways)
+BOOL_QUERY(isA2dpSourceSupport, "bluetooth.audio_support", "fail", "support : [%d]", kAlways)
+BOOL_QUERY(isHfpSupport, "bluetooth.hfp_support", "fail", "support : [%d]", kAlways)
+BOOL_QUERY(isSupportGripSensor, "setting.menuitem.remote_grib_support", "fail", "support : [%d]",
            kAlways)
-BOOL_QUERY(isA2dpSourceSupport, "bluetooth.audio_support", false,
-           "fail to get com.velmora/featureconf/bluetooth.audio_support", "support : [%d]", kAlways)
-BOOL_QUERY(isHfpSupport, "bluetooth.hfp_support", false,
-           "fail to get com.velmora/featureconf/bluetooth.hfp_support", "support : [%d]", kAlways)
-BOOL_QUERY(isSupportGripSensor, "setting.menuitem.remote_grib_support", false,
-           "fail to get com.velmora/featureconf/setting.menuitem.remote_grib_support",
-           "support : [%d]", kAlways)
-BOOL_QUERY(IsAuracastSupport, "bluetooth.le_audio_support", false,
-           "fail to get com.velmora/featureconf/bluetooth.le_audio_support", "support : [%d]",
-           kAlways)
+BOOL_QUERY(IsAuracastSupport, "bluetooth.le_audio_support", "fail", "support : [%d]", kAlways)
 BOOL_QUERY(IsSupportVelmoraAudioCompatibilityFMS, "bluetooth.velmora_audio_compatibility_support",
-           false,
-           "Fail to get com.velmora/featureconf/bluetooth.velmora_audio_compatibility_support",
-           "isSupportVelmoraAudioCompatibility FMS = %d", kOnSuccess)
-BOOL_QUERY(IsCorvi, "product.is_game_screen_monitor", false,
-           "Fail to get com.velmora/featureconf/product.is_game_screen_monitor", "isCorvi = %d",
+           "Fail", "isSupportVelmoraAudioCompatibility FMS = %d", kOnSuccess)
+BOOL_QUERY(IsCorvi, "product.is_game_screen_monitor", "Fail", "isCorvi = %d", kOnSuccess)
+BOOL_QUERY(IsSupportRotator, "product.rotation_accessory_support", "Fail", "isSupportRotator = %d",
            kOnSuccess)
-BOOL_QUERY(IsSupportRotator, "product.rotation_accessory_support", false,
-           "Fail to get com.velmora/featureconf/product.rotation_accessory_support",
-           "isSupportRotator = %d", kOnSuccess)
-BOOL_QUERY(IsInternalSpeakerSupported, "internal_speaker_supported", true,
-           "Fail to get com.velmora/featureconf/internal_speaker_supported", "nfcSupport = %d",
-           kOnSuccess)
-BOOL_QUERY(IsNfcSupport, "nfcdaemon.is_nfc_support", false,
-           "Fail to get com.velmora/featureconf/nfcdaemon.is_nfc_support", "nfcSupport = %d",
-           kOnSuccess)
-BOOL_QUERY(IsMledSupport, "4hdmi_multiview.support", false,
-           "fail to get com.velmora/featureconf/4hdmi_multiview.support",
-           "dualsound support : [%d]", kAlways)
-BOOL_QUERY(IsSmartMonitor, "product.smart_monitor_feature_support", false,
-           "fail to get com.velmora/featureconf/product.smart_monitor_feature_support",
-           "isSmartMonitor : [%d]", kAlways)
-BOOL_QUERY(IsProjector, "projector_feature_support", false,
-           "fail to get com.velmora/featureconf/projector_feature_support", "isProjector : [%d]",
+IRREGULAR_QUERY(IsInternalSpeakerSupported, "internal_speaker_supported", true,
+                "Fail to get " FEATURE_PREFIX "internal_speaker_supported", "nfcSupport = %d",
+                kOnSuccess)
+BOOL_QUERY(IsNfcSupport, "nfcdaemon.is_nfc_support", "Fail", "nfcSupport = %d", kOnSuccess)
+BOOL_QUERY(IsMledSupport, "4hdmi_multiview.support", "fail", "dualsound support : [%d]", kAlways)
+BOOL_QUERY(IsSmartMonitor, "product.smart_monitor_feature_support", "fail", "isSmartMonitor : [%d]",
            kAlways)
-BOOL_QUERY(IsOutdoorTv, "outdoor_tv_product_image_support", false,
-           "fail to get com.velmora/featureconf/multiview.dualsound", "dualsound support : [%d]",
-           kAlways)
-BOOL_QUERY(IsChinaAiServiceSupport, "cn_ai_service_supported", false,
-           "Fail to get com.velmora/featureconf/cn_ai_service_supported",
-           "ChinaAiServiceSupport = %d", kOnSuccess)
-BOOL_QUERY(IsAmbientSupport, "ambient_screen_support", false,
-           "fail to com.velmora/featureconf/ambient_screen_support", "ambient support : [%d]",
+BOOL_QUERY(IsProjector, "projector_feature_support", "fail", "isProjector : [%d]", kAlways)
+IRREGULAR_QUERY(IsOutdoorTv, "outdoor_tv_product_image_support", false,
+                "fail to get " FEATURE_PREFIX "multiview.dualsound", "dualsound support : [%d]",
+                kAlways)
+BOOL_QUERY(IsChinaAiServiceSupport, "cn_ai_service_supported", "Fail", "ChinaAiServiceSupport = %d",
            kOnSuccess)
-BOOL_QUERY(IsMultiviewDualSoundSupport, "multiview.dualsound", false,
-           "fail to get com.velmora/featureconf/multiview.dualsound", "dualsound support : [%d]",
+IRREGULAR_QUERY(IsAmbientSupport, "ambient_screen_support", false,
+                "fail to " FEATURE_PREFIX "ambient_screen_support", "ambient support : [%d]",
+                kOnSuccess)
+BOOL_QUERY(IsMultiviewDualSoundSupport, "multiview.dualsound", "fail", "dualsound support : [%d]",
            kOnSuccess)
-BOOL_QUERY(IsMultiviewSupport, "multiview.support", false,
-           "fail to get com.velmora/featureconf/multiview.support", "MultiView support : [%d]",
-           kOnSuccess)
-BOOL_QUERY(IsSoundMirroringSupport, "sound_mirroring_supported", false,
-           "Failed to get com.velmora/featureconf/sound_mirroring_supported",
+BOOL_QUERY(IsMultiviewSupport, "multiview.support", "fail", "MultiView support : [%d]", kOnSuccess)
+BOOL_QUERY(IsSoundMirroringSupport, "sound_mirroring_supported", "Failed",
            "soundmirroring support : %d", kAlways)
-BOOL_QUERY(IsPavraTV, "pavra_tv", false, "Failed to get com.velmora/featureconf/pavra_tv",
-           "Is PavraTV :%d", kAlways)
-BOOL_QUERY(IsZemiTV, "display_rotator_supported", false,
-           "Failed to get com.velmora/featureconf/display_rotator_supported", "Is isZEMI :%d",
-           kAlways)
-BOOL_QUERY(IsMarloSupport, "iwb_support", false,
-           "Failed to get com.velmora/featureconf/iwb_support", "marloSupport :%d", kAlways)
+BOOL_QUERY(IsPavraTV, "pavra_tv", "Failed", "Is PavraTV :%d", kAlways)
+BOOL_QUERY(IsZemiTV, "display_rotator_supported", "Failed", "Is isZEMI :%d", kAlways)
+BOOL_QUERY(IsMarloSupport, "iwb_support", "Failed", "marloSupport :%d", kAlways)
 
 // A query of one integer feature: `failure` is the answer when it cannot be read, `success`, made
 // of `value`, when it can.
-#define INT_QUERY(type, function, key, start, failure, success, errorText, infoFormat) \
-    type SystemConfigUtil::function() {                                                \
-        int value = start;                                                             \
-        if (!ReadFeature(FEATURE_PREFIX key, &value)) {                                \
-            BTLOG_ERROR(errorText);                                                    \
-            return failure;                                                            \
-        }                                                                              \
-        BTLOG_INFO(infoFormat, value);                                                 \
-        return success;                                                                \
+#define INT_QUERY(type, function, key, start, failure, success, infoFormat) \
+    type SystemConfigUtil::function() {                                     \
+        int value = start;                                                  \
+        if (!ReadFeature(BTLOG_HERE, FEATURE_PREFIX key, &value,            \
+                         "Fail to get " FEATURE_PREFIX key)) {              \
+            return failure;                                                 \
+        }                                                                   \
+        BTLOG_INFO(infoFormat, value);                                      \
+        return success;                                                     \
     }
 
 INT_QUERY(int, GetNumOfSimultaneousHdmiRx, "soc.num_of_simultaneous_supported_hdmi_rx", 1, 1, value,
-          "Fail to get com.velmora/featureconf/soc.num_of_simultaneous_supported_hdmi_rx",
           "numOfHdmiRx = %d")
 INT_QUERY(int, GetEasyPairingThreshold, "bluetooth.vimba_easy_pairing_threshold", 0, -88, value,
-          "Fail to get com.velmora/featureconf/bluetooth.vimba_easy_pairing_threshold",
           "threshold = %d")
-INT_QUERY(int, GetNumOfView, "multiview.num_of_views", 0, 0, value,
-          "Fail to get com.velmora/featureconf/multiview.num_of_views", "numOfView = %d")
-INT_QUERY(int, GetDeviceType, "devicename.device_type_index", 0, 1, value,
-          "Fail to get com.velmora/featureconf/devicename.device_type_index", "DeviceType : [%d]")
-INT_QUERY(int, GetIconType, "devicename.icon_index", 0, 6, value,
-          "Fail to get com.velmora/featureconf/devicename.icon_index", "IconType : [%d]")
-INT_QUERY(bool, IsBLESupport, "ble_support", 0, false, value != 0,
-          "Fail to get com.velmora/featureconf/ble_support", "BLE support : [%d]")
+INT_QUERY(int, GetNumOfView, "multiview.num_of_views", 0, 0, value, "numOfView = %d")
+INT_QUERY(int, GetDeviceType, "devicename.device_type_index", 0, 1, value, "DeviceType : [%d]")
+INT_QUERY(int, GetIconType, "devicename.icon_index", 0, 6, value, "IconType : [%d]")
+INT_QUERY(bool, IsBLESupport, "ble_support", 0, false, value != 0, "BLE support : [%d]")
 
 // A query of one boolean feature that is read once in the life of the process; a failed read is
 // tried again by the next call.
-#define CACHED_QUERY(function, key, infoFormat)                                         \
-    bool SystemConfigUtil::function() {                                                 \
-        static bool value = false;                                                      \
-        static bool isRead = false;                                                     \
-        if (!isRead) {                                                                  \
-            if (!ReadFeature(FEATURE_PREFIX key, &value)) {                             \
-                BTLOG_ERROR("fail to get com.velmora/featureconf/multiview.dualsound"); \
-                return value;                                                           \
-            }                                                                           \
-            isRead = true;                                                              \
-        }                                                                               \
-        BTLOG_INFO(infoFormat, value);                                                  \
-        return value;                                                                   \
+#define CACHED_QUERY(function, key, infoFormat)                                              \
+    bool SystemConfigUtil::function() {                                                      \
+        static bool value = false;                                                           \
+        static bool isRead = false;                                                          \
+        isRead = isRead || ReadFeature(BTLOG_HERE, FEATURE_PREFIX key, &value,               \
+                                       "fail to get " FEATURE_PREFIX "multiview.dualsound"); \
+        if (isRead) {                                                                        \
+            BTLOG_INFO(infoFormat, value);                                                   \
+        }                                                                                    \
+        return value;                                                                        \
     }
 
 CACHED_QUERY(IsLumeoTV, "lumeo_tv", "Is LumeoTV :%d")
 CACHED_QUERY(IsArtModeOnly, "artapp.artmode_only_support", "Is ArtModeOnly :%d")
 
-bool SystemConfigUtil::isA2dpSupport() {
-    return isA2dpSourceSupport() || isA2dpSinkSupport();
-}
-
 bool SystemConfigUtil::IsBluetoothDiscoverable() {
     bool isDiscoverable = true;
-    if (!ReadFeature(FEATURE_PREFIX "bluetooth.discoverable", &isDiscoverable)) {
-        BTLOG_ERROR("fail to get com.velmora/featureconf/bluetooth.discoverable");
-    }
+    ReadFeature(BTLOG_HERE, FEATURE_PREFIX "bluetooth.discoverable", &isDiscoverable,
+                "fail to get " FEATURE_PREFIX "bluetooth.discoverable");
     BTLOG_INFO("general discoverable : [%d]", isDiscoverable);
     if (!isDiscoverable) {
         return false;
     }
-    if (!ReadFeature(FEATURE_PREFIX "bluetooth.always_classic_discoverable", &isDiscoverable)) {
-        BTLOG_ERROR("fail to get com.velmora/featureconf/bluetooth.always_classic_discoverable");
-    }
+    ReadFeature(BTLOG_HERE, FEATURE_PREFIX "bluetooth.always_classic_discoverable", &isDiscoverable,
+                "fail to get " FEATURE_PREFIX "bluetooth.always_classic_discoverable");
     BTLOG_INFO("classic discoverable : [%d]", isDiscoverable);
     return isDiscoverable;
 }
 
 bool SystemConfigUtil::IsTessa() {
     int version = 0;
-    if (!ReadFeature(FEATURE_PREFIX "the_tessa_version", &version)) {
-        BTLOG_ERROR("fail to get com.velmora/featureconf/the_tessa_version");
-    }
+    ReadFeature(BTLOG_HERE, FEATURE_PREFIX "the_tessa_version", &version,
+                "fail to get " FEATURE_PREFIX "the_tessa_version");
     BTLOG_INFO("Is LumeoTV :%d", version);
     return version != 0;
 }
 
 bool SystemConfigUtil::IsLfdProduct() {
     int type = 0;
-    if (!ReadFeature(FEATURE_PREFIX "product.product_type", &type)) {
-        BTLOG_ERROR("com.velmora/featureconf/product.product_type");
-    }
+    ReadFeature(BTLOG_HERE, FEATURE_PREFIX "product.product_type", &type,
+                FEATURE_PREFIX "product.product_type");
     BTLOG_INFO("product type : %d", type);
     return type == kLfdProductType && !IsMarloSupport();
 }
@@ -202,14 +170,6 @@ bool SystemConfigUtil::GetIrKeyCode(unsigned char& code) {
     }
     code = static_cast<unsigned char>(value & kIrKeyCodeMask);
     return true;
-}
-
-bool SystemConfigUtil::IsHmsModeEnable() {
-    return false;
-}
-
-bool SystemConfigUtil::IsB2BOptionEnable() {
-    return false;
 }
 
 bool SystemConfigUtil::isLastBtAudioAutoConnectionEnable() {
@@ -224,10 +184,6 @@ bool SystemConfigUtil::IsSupportVelmoraAudioCompatibilityVconf() {
     VconfUtil::GetVconf(VCONF_KEY_DB_NIRVO_VELMORA_AUDIO_COMPATIBILITY, isSupported);
     BTLOG_INFO("isSupportVelmoraAudioCompatibility vconf = %d", isSupported);
     return isSupported;
-}
-
-bool SystemConfigUtil::IsSupportVelmoraAudioCompatibility() {
-    return IsSupportVelmoraAudioCompatibilityFMS() && IsSupportVelmoraAudioCompatibilityVconf();
 }
 
 }  // namespace Util

@@ -36,7 +36,7 @@ public:
     // The rotating TVs, the only ones that connect phones by themselves.
     static bool IsZemiTV();
     static bool IsMarloSupport();
-    // Read successfully once, the answer stays for the life of the process.
+    // Once read, the answer stays for the life of the process.
     static bool IsLumeoTV();
     static bool IsArtModeOnly();
 
@@ -52,24 +52,26 @@ public:
     // ---- queries made of several reads ----
 
     // Source or sink.
-    static bool isA2dpSupport();
-    // Discoverable at all and always discoverable over BR/EDR; each true when it cannot be read.
+    static bool isA2dpSupport() { return isA2dpSourceSupport() || isA2dpSinkSupport(); }
+    // Whether it is discoverable, and always so over BR/EDR; each true when it cannot be read.
     static bool IsBluetoothDiscoverable();
     static bool IsTessa();
     // A large-format display: product type 4 without the interactive-whiteboard feature.
     static bool IsLfdProduct();
-    // The infrared key code in `code`; false, and `code` untouched, when it cannot be read.
+    // The infrared key code in `code`. False when it cannot be read; `code` then stays as it is.
     static bool GetIrKeyCode(unsigned char& code);
     // Always false.
-    static bool IsHmsModeEnable();
-    static bool IsB2BOptionEnable();
+    static bool IsHmsModeEnable() { return false; }
+    static bool IsB2BOptionEnable() { return false; }
 
     // ---- configuration keys instead of features ----
 
     static bool isLastBtAudioAutoConnectionEnable();
     static bool IsSupportVelmoraAudioCompatibilityVconf();
     // The feature and the configuration key.
-    static bool IsSupportVelmoraAudioCompatibility();
+    static bool IsSupportVelmoraAudioCompatibility() {
+        return IsSupportVelmoraAudioCompatibilityFMS() && IsSupportVelmoraAudioCompatibilityVconf();
+    }
 };
 
 }  // namespace Util

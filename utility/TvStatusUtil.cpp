@@ -18,7 +18,7 @@ constexpr int kAmbientModeLowPower = 2;
 constexpr int kAmbientTypeArtApp = 1 << 2;
 constexpr int kFirstStandbyState = POWER_STATE_BACKGROUND_STANDBY;
 
-// Numbers that are the platform's and are passed on as they are.
+// The platform's numbers, passed on as they are.
 constexpr int kSetStateOption = 1;
 constexpr int kWakeUpReasonRequest = 1;
 constexpr int kSuspendMode = 3;
@@ -34,9 +34,19 @@ int ReadIntKey(int id) {
     return value;
 }
 
-bool IsLowPowerAmbient() {
-    return TvStatusUtil::GetPowerState() == POWER_STATE_LOW_POWER &&
-           TvStatusUtil::GetAmbientMode() == kAmbientModeLowPower;
+// Logs what was read, and returns it.
+int LogNumber(const LogPlace& place, const char* name, int number) {
+    BTLOG_FOR(place, DLOG_INFO, "%s %d", name, number);
+    return number;
+}
+
+bool IsLowPowerAmbient(const LogPlace& place) {
+    const bool isLowPower = TvStatusUtil::GetPowerState() == POWER_STATE_LOW_POWER &&
+                            TvStatusUtil::GetAmbientMode() == kAmbientModeLowPower;
+    if (!isLowPower) {
+        BTLOG_FOR(place, DLOG_ERROR, "Not LPM mode");
+    }
+    return isLowPower;
 }
 
 }  // namespace
@@ -54,18 +64,6 @@ int TvStatusUtil::GetWifiChannel() {
     return ReadIntKey(VCONF_KEY_MEMORY_WIFI_FREQUENCY);
 }
 
-int TvStatusUtil::GetDeviceWakeUpReason() {
-    return device_power_get_wakeup_reason();
-}
-
-int TvStatusUtil::SetMasterMute(bool mute) {
-    return sound_manager_set_tv_master_mute(mute);
-}
-
-int TvStatusUtil::SetTvSpeakerMute(bool mute) {
-    return sound_manager_set_device_mute(SOUND_DEVICE_TV_SPEAKER, mute);
-}
-
 bool TvStatusUtil::GetTvSpeakerMute() {
     bool mute = false;
     sound_manager_get_device_mute(SOUND_DEVICE_TV_SPEAKER, &mute);
@@ -73,21 +71,15 @@ bool TvStatusUtil::GetTvSpeakerMute() {
 }
 
 int TvStatusUtil::GetAmbientType() {
-    const int type = device_power_get_ambient_type();
-    BTLOG_INFO("Current Ambient type : %d", type);
-    return type;
+    return LogNumber(BTLOG_HERE, "Current Ambient type :", device_power_get_ambient_type());
 }
 
 int TvStatusUtil::GetAmbientMode() {
-    const int mode = device_power_get_ambient_mode();
-    BTLOG_INFO("Current Ambient Mode : %d", mode);
-    return mode;
+    return LogNumber(BTLOG_HERE, "Current Ambient Mode :", device_power_get_ambient_mode());
 }
 
 int TvStatusUtil::GetPowerState() {
-    const int state = device_power_get_state();
-    BTLOG_INFO("Power state = %d", state);
-    return state;
+    return LogNumber(BTLOG_HERE, "Power state =", device_power_get_state());
 }
 
 void TvStatusUtil::SetPowerState(power_state_e state) {
@@ -160,8 +152,7 @@ void TvStatusUtil::SleepTv() {
 }
 
 void TvStatusUtil::LockLpmPowerState(int timeout) {
-    if (!IsLowPowerAmbient()) {
-        BTLOG_ERROR("Not LPM mode");
+    if (!IsLowPowerAmbient(BTLOG_HERE)) {
         return;
     }
     isLpmLocked = screen_manager_set_ambient_lock(1, timeout) == 0;
@@ -169,8 +160,7 @@ void TvStatusUtil::LockLpmPowerState(int timeout) {
 }
 
 void TvStatusUtil::UnlockLpmPowerState() {
-    if (!IsLowPowerAmbient()) {
-        BTLOG_ERROR("Not LPM mode");
+    if (!IsLowPowerAmbient(BTLOG_HERE)) {
         return;
     }
     if (!isLpmLocked) {

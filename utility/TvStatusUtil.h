@@ -17,11 +17,13 @@ public:
     // The channel frequency as the network service reports it; 0 when unknown.
     static int GetWifiChannel();
 
-    // The platform's number for why the TV woke.
-    static int GetDeviceWakeUpReason();
+    // Why the TV woke, as the platform's number.
+    static int GetDeviceWakeUpReason() { return device_power_get_wakeup_reason(); }
     // Each returns the platform's result, 0 on success.
-    static int SetMasterMute(bool mute);
-    static int SetTvSpeakerMute(bool mute);
+    static int SetMasterMute(bool mute) { return sound_manager_set_tv_master_mute(mute); }
+    static int SetTvSpeakerMute(bool mute) {
+        return sound_manager_set_device_mute(SOUND_DEVICE_TV_SPEAKER, mute);
+    }
     // False when unknown.
     static bool GetTvSpeakerMute();
 
@@ -35,8 +37,8 @@ public:
     // Switches the picture on when it is off in a TV that is in use.
     static void PictureOn();
 
-    // Keeps the TV from going below standby for `timeout_ms` milliseconds (0: until unlocked), and
-    // ends that.
+    // The first keeps the TV from going below standby for `timeout_ms` milliseconds (0: until
+    // unlocked); the second ends that.
     static void SetStandbyPowerLock(int timeout_ms);
     static void UnSetStandbyPowerLock();
 

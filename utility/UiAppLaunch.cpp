@@ -26,8 +26,8 @@ UiAppLaunch::UiAppLaunch() {
 UiAppLaunch::~UiAppLaunch() {
     BTLOG_TRACE();
     {
-        // Without the lock the worker could look at the flag just before the store and wait just
-        // after the notification.
+        // Without the lock the worker could miss the notification: it could read the flag before
+        // this store and begin to wait after the notification.
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_stopped = true;
     }
@@ -70,7 +70,7 @@ void UiAppLaunch::SendNirvoUiMessage(const nirvo_event& event) {
     for (int attempt = 0; attempt < kLaunchAttempts; ++attempt) {
         if (LaunchApp(event)) {
             BTLOG_INFO("org.orlix.nirvoui launched");
-            // An application that never gets ready costs the time and nothing else.
+            // If the application never gets ready, only this time is lost.
             LwipcWaitEvent(kReadyEvent, kReadyTimeoutMs);
             return;
         }
