@@ -24,28 +24,20 @@ constexpr int kMsPerSec = 1000;
 // The phone's player shows up over AVRCP some time after the audio connection.
 constexpr unsigned int kPlaybackCheckDelayMs = 3000;
 
-void CheckPlayback() {
+int CheckPlayback(void* /*user_data*/) noexcept {
     bt_avrcp_player_state_e state = BT_AVRCP_PLAYER_STATE_STOPPED;
     if (bt_avrcp_control_get_play_status(&state) != BT_ERROR_NONE) {
         BTLOG_ERROR("fail to get playing status");
-        return;
-    }
-    if (state == BT_AVRCP_PLAYER_STATE_PLAYING) {
+    } else if (state == BT_AVRCP_PLAYER_STATE_PLAYING) {
         BTLOG_INFO("already playing");
-        return;
+    } else {
+        BTLOG_INFO("send play cmd to bmplayer");
+        Util::AppManagerUtil::LaunchApp(Conditions::kMediaPlayerAppId, {{"cmd", "play"}}, true);
     }
-    BTLOG_INFO("send play cmd to bmplayer");
-    Util::AppManagerUtil::LaunchApp(Conditions::kMediaPlayerAppId, {{"cmd", "play"}}, true);
-}
-
-int OnPlaybackCheckTimer(void* /*user_data*/) noexcept {
-    CheckPlayback();
     return G_SOURCE_REMOVE;
 }
 
 }  // namespace
-
-CBtAutoConnect::CBtAutoConnect() = default;
 
 CBtAutoConnect::~CBtAutoConnect() {
     Util::CommonUtil::RemoveTimer(&m_scanTimer);
@@ -107,7 +99,7 @@ void CBtAutoConnect::ConnectToDeviceInList(bool reset) {
     if (reset) {
         position = 0;
     }
-    // A long list of phones that are not bonded is walked here and now, so it must not recurse.
+    // A loop, not a recursion: the list may hold many phones that are not bonded.
     const std::vector<std::string> devices = m_mobileList.GetList();
     while (position < devices.size()) {
         BTLOG_INFO("Try to connect device");
@@ -139,7 +131,7 @@ void CBtAutoConnect::OnAudioSinkConnected(int result, const std::string& address
         m_tryingList = false;
         m_status = kIdle;
         if (address == m_connectingAddress) {
-            g_timeout_add(kPlaybackCheckDelayMs, OnPlaybackCheckTimer, nullptr);
+            g_timeout_add(kPlaybackCheckDelayMs, CheckPlayback, nullptr);
         }
         m_connectingAddress.clear();
         return;
@@ -152,10 +144,6 @@ void CBtAutoConnect::OnAudioSinkConnected(int result, const std::string& address
 
 void CBtAutoConnect::OnAudioSinkDisconnected(int result, const std::string& address) {
     BTLOG_INFO("result : %d, address : %s", result, address.c_str());
-}
-
-void CBtAutoConnect::UpdateMobileList(const std::string& cmd) {
-    m_mobileList.UpdateList(cmd);
 }
 
 void CBtAutoConnect::SetWakeUpTime(bool on) {
@@ -185,8 +173,8 @@ int CBtAutoConnect::OnWakeUptimer(void* user_data) noexcept {
 
 void CBtAutoConnect::StartLEScan() {
     m_status = kScanning;
-    // A second wake-up finds the first one's timer running: two of them would walk the list twice,
-    // and one that outlives a failed start would walk it without a scan.
+    // At a second wake-up the first one's timer still runs. Two timers would walk the list twice,
+    // and the old one would walk it without a scan if the start below fails.
     if (m_scanTimer != 0) {
         Util::CommonUtil::RemoveTimer(&m_scanTimer);
     }
@@ -254,11 +242,10 @@ int CBtAutoConnect::OnLEScanTimeout(void* user_data) noexcept {
     auto* self = static_cast<CBtAutoConnect*>(user_data);
     self->m_scanTimer = 0;
     self->StopLEScan();
-    if (self->m_deviceFound) {
-        return G_SOURCE_REMOVE;
+    if (!self->m_deviceFound) {
+        BTLOG_INFO("No found mobile. Try to connect mobiles in list sequentially");
+        self->ConnectToDeviceInList(true);
     }
-    BTLOG_INFO("No found mobile. Try to connect mobiles in list sequentially");
-    self->ConnectToDeviceInList(true);
     return G_SOURCE_REMOVE;
 }
 

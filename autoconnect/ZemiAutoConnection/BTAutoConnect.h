@@ -11,15 +11,15 @@
 //
 // An attempt begins with StartAutoConnect: for five seconds it listens to LE advertisements for one
 // that carries the address of a registered phone, and connects the first such phone. When none is
-// heard it tries the registered phones in order; each failed connection leads to the next phone.
-// Three seconds after a connection that it asked for succeeded it has the phone play, unless the
-// phone plays already.
+// heard it tries the registered phones in order; after each failed connection it tries the next
+// one. Three seconds after a connection that it asked for succeeded, it makes the phone play,
+// unless the phone plays already.
 //
 // It also keeps the wake-up window: the ten seconds after the TV woke in which the shell may start
-// an attempt. Main loop's thread only; failures are logged, none is reported.
+// an attempt. Main loop's thread only. Failures are logged and not reported to the caller.
 class CBtAutoConnect {
 public:
-    CBtAutoConnect();
+    CBtAutoConnect() = default;
     ~CBtAutoConnect();
     CBtAutoConnect(const CBtAutoConnect&) = delete;
     CBtAutoConnect& operator=(const CBtAutoConnect&) = delete;
@@ -31,11 +31,11 @@ public:
     // Connects one phone. False when it is not bonded, so that the next one may be tried at once;
     // true when no other phone is to be tried now.
     bool ConnectToDevice(const std::string& address);
-    // Goes on with the next phone of the list, or with the first one when `reset` is set.
+    // Tries the next phone of the list, or the first one when `reset` is set.
     void ConnectToDeviceInList(bool reset);
 
-    // The platform's report on an A2DP connection; arguments as
-    // bt_audio_connection_state_changed_cb has them. `address` may be NULL.
+    // The platform's report on an A2DP connection, with the arguments of
+    // bt_audio_connection_state_changed_cb. `address` may be NULL.
     void OnAudioSinkConnectionState(int result, bool connected, const char* address);
     void OnAudioSinkConnected(int result, const std::string& address);
     void OnAudioSinkDisconnected(int result, const std::string& address);
@@ -43,8 +43,8 @@ public:
     // 0 idle, 1 scanning, 2 connecting.
     [[nodiscard]] int GetStatus() const { return m_status; }
     [[nodiscard]] bool IsPortrait() const { return false; }
-    // Applies a phone's own setting; `cmd` as MobileList::UpdateList has it.
-    void UpdateMobileList(const std::string& cmd);
+    // Applies a phone's own setting; `cmd` as in MobileList::UpdateList.
+    void UpdateMobileList(const std::string& cmd) { m_mobileList.UpdateList(cmd); }
 
     // Opens the wake-up window for ten seconds from now, or closes it.
     void SetWakeUpTime(bool on);

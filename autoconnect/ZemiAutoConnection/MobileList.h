@@ -12,10 +12,10 @@
 // on the list when its owner enabled it ("value" is "Y" in the phones' settings) and it may switch
 // the TV on and off (its masked address is among the packed ones); phones that mirror the TV's
 // sound come first. It is built from three keys of the configuration store and rebuilt when the
-// masked addresses change or a phone sends its setting; the settings key itself is not watched. Its
-// own masked addresses are written back for other components.
+// masked addresses change or a phone sends its setting; the settings key itself is not watched. The
+// masked addresses of the list are written to a fourth key for other components.
 //
-// Failures are logged and leave what the failing step had reached. Main loop's thread only.
+// Failures are logged; what was done before the failure stays. Main loop's thread only.
 class MobileList {
 public:
     // Builds the list and subscribes to changes of the masked addresses and of the sound-mirroring
@@ -25,7 +25,7 @@ public:
     MobileList(const MobileList&) = delete;
     MobileList& operator=(const MobileList&) = delete;
 
-    // Rebuilds the list from the keys and writes the masked addresses back.
+    // Rebuilds the list from the keys and writes its masked addresses.
     void UpdateList();
 
     // Applies a phone's own command to the phones' settings, then rebuilds the list. `cmd` is a
@@ -46,9 +46,9 @@ public:
     // The addresses in connection order, in upper case.
     [[nodiscard]] std::vector<std::string> GetList() const { return m_list; }
 
-    // The masked form of a 17-character address: each character but the first and the last is
-    // combined with its position by exclusive or. Empty for any other length, logged. Applied twice
-    // it gives the address back.
+    // The masked form of a 17-character address: each character except the first and the last is
+    // combined with its position by exclusive or. Any other length gives an empty text and is
+    // logged. Applied twice it gives the address again.
     static std::string GetXorMac(const std::string& address);
     // A copy with 'a' to 'z' in upper case.
     static std::string ToCapital(const std::string& text);
@@ -58,13 +58,6 @@ public:
     static void OnSMDeviceListVconfKeyChanged(keynode_t* node, void* data) noexcept;
 
 private:
-    void Append(const std::string& address);
-    void WriteAutoConnectList(const std::string& value) const;
-
     std::vector<std::string> m_list;
     std::unordered_set<std::string> m_registered;  // the same addresses, for Exist
-    std::string m_autoConnectListKey;
-    std::string m_mobileSettingKey;
-    std::string m_soundMirroringKey;
-    std::string m_autoOnOffKey;
 };

@@ -5,11 +5,11 @@
 #include "autoconnect/src/AutoConnectDbg.h"
 #include "platform/bluetooth.h"
 
-// Listens to A2DP connections as long as it lives. Main loop's thread only.
+// Listens to A2DP connections for as long as it exists. Main loop's thread only.
 class AudioConnectionListener {
 public:
-    // Arguments as bt_audio_set_connection_state_changed_cb has them. A refusal is logged; the
-    // service then connects phones, but never hears whether that succeeded.
+    // The arguments of bt_audio_set_connection_state_changed_cb. A failure is logged; the service
+    // then connects phones, but is never told whether that succeeded.
     AudioConnectionListener(bt_audio_connection_state_changed_cb callback, void* userData) {
         const int result = bt_audio_set_connection_state_changed_cb(callback, userData);
         if (result != BT_ERROR_NONE) {

@@ -16,7 +16,7 @@
 #include "utility/VconfUtil.h"
 
 // Destroyed when the process exits, before the tables and the launcher thread of the utility layer,
-// which were there before it.
+// which were made earlier.
 AutoConnectApp& AutoConnectApp::GetInstance() {
     static AutoConnectApp instance;
     return instance;
@@ -30,18 +30,18 @@ AutoConnectApp::~AutoConnectApp() {
     BTLOG_TRACE_AT(30);
 }
 
-// Asking for the bus name before there is a loop is safe: the answers are dispatched by the loop,
-// so none of the callbacks runs before it does.
+// Asking for the bus name before there is a loop is safe: the loop dispatches the answers, so no
+// callback runs before it does.
 void AutoConnectApp::StartMainLoop() {
     BTLOG_TRACE();
-    // For as long as the loop runs: a connection that fails is what leads to the next phone.
+    // For as long as the loop runs: after a failed connection the next phone is tried.
     const AudioConnectionListener listener(OnAudioConnectionState, this);
     InitDbus();
     m_MainLoop = g_main_loop_new(nullptr, FALSE);
     g_main_loop_run(m_MainLoop);
 }
 
-// The loop ends after the callbacks that are ready now, so another command may still come in.
+// The loop first runs the callbacks that are ready now, so one more command may still arrive.
 void AutoConnectApp::CloseMainLoop() {
     BTLOG_TRACE();
     try {
@@ -53,7 +53,7 @@ void AutoConnectApp::CloseMainLoop() {
     }
 }
 
-// On a failure the service goes on without a name, until somebody who read the log ends it.
+// After a failure the service runs on without a name, until somebody reads the log and stops it.
 void AutoConnectApp::InitDbus() {
     BTLOG_TRACE_AT(59);
     m_InterfaceVTable.method_call = OnMethodCall;
@@ -124,11 +124,11 @@ void AutoConnectApp::OnMethodCall(GDBusConnection* /*connection*/, const gchar* 
 
 void AutoConnectApp::DeInitDbus() {
     BTLOG_TRACE();
-    // Nothing is owned, or another unknown command came in before the loop ended.
+    // InitDbus failed, or a second unknown command arrived before the loop ended.
     if (m_IntrospectionData == nullptr) {
         return;
     }
-    // Giving up the name may give up the last reference to the connection.
+    // Giving up the name may release the last reference to the connection.
     const GObjectPtr<GDBusConnection> connection(
         m_Connection == nullptr ? nullptr : G_DBUS_CONNECTION(g_object_ref(m_Connection)));
     g_bus_unown_name(m_OwnerId);
@@ -186,13 +186,20 @@ bool AutoConnectApp::CheckZemiAutoConnectCondition() const {
     return true;
 }
 
-void AutoConnectApp::PrepareZemiAutoConnection() {
+bool AutoConnectApp::IsConnectionAllowed(const LogPlace& place) const {
     if (!Util::SystemConfigUtil::IsZemiTV()) {
-        BTLOG_INFO("Not the zemi tv");
-        return;
+        BTLOG_FOR(place, DLOG_INFO, "Not the zemi tv");
+        return false;
     }
     if (!CheckZemiAutoConnectCondition()) {
-        BTLOG_INFO("This is not zemi auto connect condition");
+        BTLOG_FOR(place, DLOG_INFO, "This is not zemi auto connect condition");
+        return false;
+    }
+    return true;
+}
+
+void AutoConnectApp::PrepareZemiAutoConnection() {
+    if (!IsConnectionAllowed(BTLOG_HERE)) {
         return;
     }
     BTLOG_INFO("SetWakupTime for btautoconnect");
@@ -200,15 +207,7 @@ void AutoConnectApp::PrepareZemiAutoConnection() {
 }
 
 void AutoConnectApp::DoZemiAutoConnection() {
-    if (!Util::SystemConfigUtil::IsZemiTV()) {
-        BTLOG_INFO("Not the zemi tv");
-        return;
-    }
-    if (!CheckZemiAutoConnectCondition()) {
-        BTLOG_INFO("This is not zemi auto connect condition");
-        return;
-    }
-    if (m_BtAutoConnect.IsWakeUpTime()) {
+    if (IsConnectionAllowed(BTLOG_HERE) && m_BtAutoConnect.IsWakeUpTime()) {
         BTLOG_INFO("Start ZEMI bluetooth auto connection");
         m_BtAutoConnect.StartAutoConnect();
     }

@@ -7,12 +7,13 @@
 #include <string>
 
 #include "autoconnect/ZemiAutoConnection/BTAutoConnect.h"
+#include "autoconnect/src/AutoConnectDbg.h"
 
 // The service's shell: the one instance owns the engine, the bus name and the main loop, and turns
 // the signals on its D-Bus interface into work of the engine.
 //
 // Commands are signals on the interface "com.velmora.tv.bt.autoconnect" of the object
-// "/com/velmora/tv/bt/autoconnect" on the system bus, from any sender that the bus lets through:
+// "/com/velmora/tv/bt/autoconnect" on the system bus, from any sender that the bus policy allows:
 //
 //     PrePareAndDoAutoConnect (any arguments)  the TV woke: open the wake-up window and, with
 //                                              Bluetooth on, start an attempt
@@ -29,13 +30,13 @@ public:
 
     // Runs the service; returns when a command stopped it.
     void StartMainLoop();
-    // Makes StartMainLoop return; nothing before it made its loop.
+    // Makes StartMainLoop return; does nothing before the loop exists.
     void CloseMainLoop();
 
     // Asks for the bus name. The service runs on without it: an introspection text that does not
-    // parse is logged as an error, a name that is not obtained only by the trace of OnNameLost.
+    // parse is logged as an error; a name that is not obtained shows only in OnNameLost's trace.
     void InitDbus();
-    // Gives the bus name up, then the object. Nothing for what InitDbus did not get.
+    // Gives up the bus name, then the object. Does nothing for what InitDbus did not get.
     void DeInitDbus();
 
     // Does what the command `name` asks for; `parameters` are the message's and stay the caller's.
@@ -49,6 +50,8 @@ private:
     void OnAutoConMobileUpdate(GVariant* parameters);
     // Whether the TV woke for a reason that allows an automatic connection.
     [[nodiscard]] bool CheckZemiAutoConnectCondition() const;
+    // The same, on a TV that connects phones by itself; a refusal is logged for `place`.
+    [[nodiscard]] bool IsConnectionAllowed(const LogPlace& place) const;
     void PrepareZemiAutoConnection();
     void DoZemiAutoConnection();
 

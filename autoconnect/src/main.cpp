@@ -3,7 +3,6 @@
 #include "autoconnect/src/AutoConnectApp.h"
 
 int main() {
-    AutoConnectApp& app = AutoConnectApp::GetInstance();
-    app.StartMainLoop();
+    AutoConnectApp::GetInstance().StartMainLoop();
     return 0;
 }
