@@ -9,9 +9,10 @@
 
 // Advertising-data structures as a Bluetooth LE packet carries them: one byte of length, which
 // counts what follows, one byte of type, then the content (Bluetooth Core Specification, Vol 3,
-// Part C, 11). The bytes come from strangers: lengths lie, and structures end outside the packet.
+// Part C, 11). Any device may send them, so a length may be wrong and a structure may end outside
+// the packet.
 
-// A manufacturer-specific structure: the company identifier and the bytes behind it, which may be
+// A manufacturer-specific structure: the company identifier and the bytes after it, which may be
 // none. `data` points into the packet that was searched.
 struct ManufacturerData {
     std::uint16_t company;
@@ -22,17 +23,17 @@ struct ManufacturerData {
 constexpr std::uint8_t kManufacturerDataType = 0xFF;
 // Type and company identifier, the part of a structure's length that is not content.
 constexpr std::size_t kManufacturerHeaderSize = 3;
-// A packet of extended advertising data has 255 bytes, its one structure's length among them.
+// A packet of extended advertising data has 255 bytes, one of which is its one structure's length.
 constexpr std::size_t kMaxManufacturerContent = 255 - 1 - kManufacturerHeaderSize;
 
-// How a phone names itself in such content of at least that many bytes: by its Bluetooth address,
-// most significant byte first.
+// How a phone identifies itself in such content, which then has at least kPhoneDataSize bytes: by
+// its Bluetooth address, most significant byte first.
 constexpr std::size_t kPhoneDataSize = 15;
 constexpr std::size_t kPhoneAddressStart = 7;
 constexpr std::size_t kPhoneAddressSize = 6;
 
-// The first manufacturer-specific structure that lies whole within the `size` bytes at `packet`
-// (NULL when size is 0). A length of 0 ends the data early, as the significant part is over.
+// The first manufacturer-specific structure that is complete within the `size` bytes at `packet`
+// (NULL when size is 0). A length of 0 ends the data early: the rest is padding.
 inline std::optional<ManufacturerData> FindManufacturerData(const std::uint8_t* packet,
                                                             std::size_t size) {
     std::size_t at = 0;

@@ -8,9 +8,9 @@
 
 #include "common/CHandle.h"
 
-// What somebody wants to hear of a bus: the comings and goings of a name, or signals. It ends when
-// its owner drops or replaces it, also from within its own callbacks; these run on the thread's
-// default main context.
+// Watches a bus: a name that appears and vanishes, or signals. It ends when its owner drops or
+// replaces it, which its own callbacks may do too. Callbacks run on the thread's default main
+// context.
 class BusWatch {
 public:
     BusWatch() = default;
@@ -25,8 +25,8 @@ public:
                 [](GDBusConnection*, guint id) { g_bus_unwatch_name(id); }};
     }
 
-    // Signals of `sender`, from any object. With a name as sender the bus library passes on what
-    // its owner sent and nothing else.
+    // Signals of `sender`, from any object. When `sender` is a name, the bus library passes on only
+    // what the name's owner sent.
     [[nodiscard]] static BusWatch OnSignal(GDBusConnection* bus, const char* sender,
                                            const char* interface, const char* member,
                                            GDBusSignalCallback callback, void* userData) {

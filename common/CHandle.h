@@ -9,10 +9,10 @@
 #include <memory>
 #include <utility>
 
-// Owners for handles of C libraries: each alias frees with the one function that its library names
-// for the handle, so a handle is released exactly once on every path. Only "transfer full" handles
-// are wrapped; a borrowed one stays a raw pointer, and a floating GVariant goes straight into the
-// call that sinks it.
+// Owners for handles of C libraries. Each alias frees its handle with the function that the library
+// gives for it, so a handle is released exactly once on every path. Only handles that the caller
+// must free ("transfer full") are wrapped; a borrowed one stays a raw pointer, and a floating
+// GVariant goes straight into the call that sinks it.
 
 template <auto Free>
 struct CFree {
@@ -29,7 +29,6 @@ template <typename T>
 using GObjectPtr = CPtr<T, g_object_unref>;
 using GErrorPtr = CPtr<GError, g_error_free>;
 using GVariantPtr = CPtr<GVariant, g_variant_unref>;
-using GVariantIterPtr = CPtr<GVariantIter, g_variant_iter_free>;
 using GStringPtr = CPtr<char, g_free>;
 using GStrvPtr = CPtr<char*, g_strfreev>;
 using GKeyFilePtr = CPtr<GKeyFile, g_key_file_unref>;
@@ -44,7 +43,7 @@ template <typename T>
 using MallocPtr = CPtr<T, std::free>;
 
 // Out-parameter for an owner: `f(Out(owner))` releases what the owner held and stores what `f`
-// wrote. The owner must not be read, nor be named by another Out, in the same full expression.
+// wrote. In the same full expression the owner must not be read or be given to another Out.
 template <typename Owner>
 class OutHandle {
 public:

@@ -8,13 +8,13 @@
 #include <string>
 #include <string_view>
 
-// Text from outside, made safe to show: a device's name must not start a line of its own, control a
-// terminal, or show its letters in another order than they have.
+// Makes text from outside safe to show: a device's name must not start a new line, control a
+// terminal, or show its letters in a wrong order.
 
-// Whether a terminal does something else with the character than show it where it stands: a control
-// character (C0, C1, DEL), a line or paragraph separator, or one that changes the direction of text
-// (Unicode Standard Annex 9, 2).
-inline bool IsSteering(gunichar character) {
+// Whether the character does something to a terminal instead of being shown: a control character
+// (C0, C1, DEL), a line or paragraph separator, or one that changes the direction of text (Unicode
+// Standard Annex 9, 2).
+inline bool IsControl(gunichar character) {
     const bool isDirection = character == 0x061C || character == 0x200E || character == 0x200F ||
                              (character >= 0x202A && character <= 0x202E) ||
                              (character >= 0x2066 && character <= 0x2069);
@@ -22,8 +22,8 @@ inline bool IsSteering(gunichar character) {
            g_unichar_iscntrl(character) != FALSE;
 }
 
-// Appends `text`; each byte of a steering character that is not in `kept` (ASCII), and each byte
-// that is not UTF-8, becomes \xNN.
+// Appends `text`; each byte of a control that is not in `kept` (ASCII), and each byte that is not
+// UTF-8, becomes \xNN.
 inline void AppendPrintable(std::string& out, std::string_view text, std::string_view kept = "") {
     static constexpr char kDigits[] = "0123456789ABCDEF";
     const char* at = text.data();
@@ -33,7 +33,7 @@ inline void AppendPrintable(std::string& out, std::string_view text, std::string
         const bool isInvalid = character >= 0x80000000U;
         const char* const next = isInvalid || character == 0 ? at + 1 : g_utf8_next_char(at);
         const bool isKept = kept.find(*at) != std::string_view::npos;
-        if (!isKept && (isInvalid || IsSteering(character))) {
+        if (!isKept && (isInvalid || IsControl(character))) {
             for (; at < next; ++at) {
                 const auto byte = static_cast<unsigned char>(*at);
                 out += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};

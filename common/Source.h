@@ -8,7 +8,7 @@
 #include <utility>
 
 // Something that the thread's default main context waits for. It is cancelled when its owner drops
-// or replaces it, and it may be dropped or replaced from within its own action.
+// or replaces it, which its own action may do too.
 class Source {
 public:
     Source() = default;
@@ -60,7 +60,7 @@ private:
     std::unique_ptr<GSource, Destroy> m_source;
 };
 
-// A source that becomes due by itself.
+// A source that becomes due when its time is over.
 class Timer : public Source {
 public:
     Timer() = default;

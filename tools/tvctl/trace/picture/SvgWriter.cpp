@@ -38,7 +38,7 @@ std::string Number(double value) {
 bool IsAllowed(gunichar character) {
     const bool isNoCharacter =
         (character & 0xFFFE) == 0xFFFE || (character >= 0xFDD0 && character <= 0xFDEF);
-    return !IsSteering(character) && !isNoCharacter;
+    return !IsControl(character) && !isNoCharacter;
 }
 
 // Markup is escaped, except apostrophes, which no attribute here is quoted by, and a replacement
