@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
 #include <cstring>
 
-#include "platform/config_store.h"
+#include "common/CHandle.h"
+#include "platform/database.h"
 #include "tests/fake_platform/FakeState.h"
 
 struct _keynode_t {};
@@ -12,55 +12,19 @@ namespace Fake {
 
 namespace {
 
-constexpr int kFailed = -1;
-
-struct Watch {
-    std::string key;
-    vconf_callback_fn callback;
-    void* data;
-};
-
-std::vector<Watch>& Watches() {
-    static std::vector<Watch>& watches = *new std::vector<Watch>;
-    return watches;
-}
-
-bool IsKey(const char* key) {
-    return key != nullptr &&
-           (std::strncmp(key, "db/", 3) == 0 || std::strncmp(key, "memory/", 7) == 0);
-}
-
-bool SameWatch(const Watch& a, const Watch& b) {
-    return a.key == b.key && a.callback == b.callback && a.data == b.data;
-}
-
-// Calls those of `watches`, who watched the key when it was written, that still do.
-void Notify(const std::string& key, const std::vector<Watch>& watches) {
-    for (const Watch& watch : watches) {
-        const bool still = std::any_of(Watches().begin(), Watches().end(),
-                                       [&](const Watch& w) { return SameWatch(w, watch); });
-        if (watch.key == key && still) {
-            keynode_t node{};
-            watch.callback(&node, watch.data);
-        }
-    }
-}
-
-// The key's value; NULL when it was never written.
-const Value* Find(const char* key) {
-    const auto found = IsKey(key) ? TheWorld().keys.find(key) : TheWorld().keys.end();
-    return found == TheWorld().keys.end() ? nullptr : &found->second;
+bool IsKey(const std::string& key) {
+    return key.compare(0, 3, "db/") == 0 || key.compare(0, 7, "memory/") == 0;
 }
 
 int Write(const char* key, const Value& value) {
-    FAKE_REFUSE_IF(!IsKey(key), kFailed);
+    FAKE_REFUSE_IF(!IsKey(key), -1);
     WriteKey(key, value);
     return 0;
 }
 
 // The value is there, and the callback called, with the next RunPending.
 int WriteLater(const char* key, const Value& value, vconf_set_async_cb callback, void* data) {
-    FAKE_REFUSE_IF(!IsKey(key), kFailed);
+    FAKE_REFUSE_IF(!IsKey(key), -1);
     Post([name = std::string(key), value, callback, data] {
         WriteKey(name, value);
         if (callback != nullptr) {
@@ -72,110 +36,94 @@ int WriteLater(const char* key, const Value& value, vconf_set_async_cb callback,
 
 }  // namespace
 
-void ResetConfig() {
-    Watches().clear();
-}
-
-void ConfigLeftovers(std::vector<std::string>* found) {
-    for (const Watch& watch : Watches()) {
-        found->push_back("watch on " + watch.key);
-    }
-}
-
 void WriteKey(const std::string& key, const std::optional<Value>& value) {
+    TheWorld().keys.erase(key);
     if (value) {
         TheWorld().keys[key] = *value;
-    } else {
-        TheWorld().keys.erase(key);
     }
-    Post([key, watches = Watches()] { Notify(key, watches); });
+    for (const auto& watch : Main().watches) {
+        if (watch->key == key) {
+            // Unless it is ignored by then.
+            Post([weak = std::weak_ptr(watch)] {
+                keynode_t node{};
+                if (const auto still = weak.lock()) {
+                    still->callback(&node, still->data);
+                }
+            });
+        }
+    }
 }
 
 std::string TextKey(const std::string& key) {
-    const auto found = TheWorld().keys.find(key);
-    const bool text =
-        found != TheWorld().keys.end() && std::holds_alternative<std::string>(found->second);
-    return text ? std::get<std::string>(found->second) : "(none)";
+    std::string text = "(none)";
+    Read<std::string>(TheWorld().keys, key.c_str(), &text);
+    return text;
 }
 
 }  // namespace Fake
 
-using Fake::Value;
+using Fake::Main;
+using Fake::TheWorld;
 
 extern "C" {
 
 char* vconf_get_str(const char* key) {
-    Fake::Enter(Fake::Kind::kQuery, Fake::Thread::kMain, __func__, Fake::Joined(key));
-    const Value* value = Fake::Find(key);
-    const auto* text = value == nullptr ? nullptr : std::get_if<std::string>(value);
-    return text == nullptr ? nullptr : strdup(text->c_str());
+    Fake::Enter(Fake::Kind::kQuery, Fake::Thread::kMain, __func__, key);
+    std::string text;
+    return Fake::Read<std::string>(TheWorld().keys, key, &text) == 0 ? strdup(text.c_str())
+                                                                     : nullptr;
 }
 
 int vconf_get_bool(const char* key, int* value) {
     FAKE_QUERY(key);
-    const Value* stored = Fake::Find(key);
-    FAKE_REFUSE_IF(stored == nullptr || !std::holds_alternative<bool>(*stored), Fake::kFailed);
-    *value = static_cast<int>(std::get<bool>(*stored));
-    return 0;
+    return Fake::Read<bool>(TheWorld().keys, key, value);
 }
 
 int vconf_get_int(const char* key, int* value) {
     FAKE_QUERY(key);
-    const Value* stored = Fake::Find(key);
-    FAKE_REFUSE_IF(stored == nullptr || !std::holds_alternative<int>(*stored), Fake::kFailed);
-    *value = std::get<int>(*stored);
-    return 0;
+    return Fake::Read<int>(TheWorld().keys, key, value);
 }
 
-int vconf_set_str(const char* key, const char* value) {
-    FAKE_COMMAND(key, value);
-    FAKE_REFUSE_IF(value == nullptr, Fake::kFailed);
-    return Fake::Write(key, std::string(value));
-}
-
-int vconf_set_bool(const char* key, int value) {
-    FAKE_COMMAND(key, value);
-    return Fake::Write(key, value != 0);
-}
-
-int vconf_set_int(const char* key, int value) {
-    FAKE_COMMAND(key, value);
-    return Fake::Write(key, value);
-}
-
-int vconf_set_str_async(const char* key, const char* value, vconf_set_async_cb callback,
-                        void* user_data) {
-    FAKE_COMMAND(key, value);
-    return Fake::WriteLater(key, std::string(value), callback, user_data);
-}
-
-int vconf_set_bool_async(const char* key, int value, vconf_set_async_cb callback, void* user_data) {
-    FAKE_COMMAND(key, value);
-    return Fake::WriteLater(key, value != 0, callback, user_data);
-}
-
-int vconf_set_int_async(const char* key, int value, vconf_set_async_cb callback, void* user_data) {
-    FAKE_COMMAND(key, value);
-    return Fake::WriteLater(key, value, callback, user_data);
-}
+// The two setters of a type, whose values the store keeps as `stored`.
+#define FAKE_SETTERS(type, Argument, stored)                                               \
+    int vconf_set_##type(const char* key, Argument value) {                                \
+        FAKE_COMMAND(key, value);                                                          \
+        return Fake::Write(key, stored);                                                   \
+    }                                                                                      \
+    int vconf_set_##type##_async(const char* key, Argument value, vconf_set_async_cb done, \
+                                 void* user_data) {                                        \
+        FAKE_COMMAND(key, value);                                                          \
+        return Fake::WriteLater(key, stored, done, user_data);                             \
+    }
+FAKE_SETTERS(str, const char*, std::string(value))
+FAKE_SETTERS(bool, int, value != 0)
+FAKE_SETTERS(int, int, value)
 
 int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* user_data) {
     FAKE_QUERY(key);
-    FAKE_REFUSE_IF(!Fake::IsKey(key), Fake::kFailed);
-    Fake::Watches().push_back({key, callback, user_data});
+    FAKE_REFUSE_IF(!Fake::IsKey(key), -1);
+    Main().watches.push_back(std::make_shared<Fake::Watch>(Fake::Watch{key, callback, user_data}));
     return 0;
 }
 
 int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
     FAKE_QUERY(key);
-    const std::size_t before = Fake::Watches().size();
-    auto& watches = Fake::Watches();
-    watches.erase(std::remove_if(watches.begin(), watches.end(),
-                                 [&](const Fake::Watch& watch) {
-                                     return watch.key == key && watch.callback == callback;
-                                 }),
-                  watches.end());
-    return watches.size() < before ? 0 : Fake::kFailed;
+    const std::size_t before = Main().watches.size();
+    Main().watches.remove_if(
+        [&](const auto& watch) { return watch->key == key && watch->callback == callback; });
+    return Main().watches.size() < before ? 0 : -1;
+}
+
+// The file is a real one: what is kept is the file's, and so are the faults. Folders are not made.
+int db_util_open(const char* path, sqlite3** db, int option) {
+    FAKE_QUERY_ANYWHERE(path, option);
+    FAKE_REFUSE_IF(option != DB_UTIL_REGISTER_HOOK_METHOD, SQLITE_MISUSE);
+    SqlitePtr connection;
+    const int code = sqlite3_open(path, Out(connection));
+    if (code == SQLITE_OK) {
+        *db = connection.release();
+    }
+    return code;
 }
 
 }  // extern "C"

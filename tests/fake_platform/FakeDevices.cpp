@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "common/CHandle.h"
 #include "tests/fake_platform/FakeState.h"
 
 using Fake::TheWorld;
@@ -16,20 +17,30 @@ char* Copy(const std::optional<std::string>& text) {
 }
 
 bt_device_info_s* MakeRecord(const std::string& address, const Fake::Device& device) {
-    Fake::Own("device record", 1);
-    return new bt_device_info_s{strdup(address.c_str()), Copy(device.name), device.deviceClass,
-                                device.bonded, device.connected};
+    return Fake::Give(bt_device_info_s{strdup(address.c_str()), Copy(device.name),
+                                       device.deviceClass, device.bonded, device.connected});
 }
 
-// The bond with that address; `code` says why there is none.
-Fake::Device* FindBond(const char* address, int* code) {
+template <typename Record>
+int FreeRecord(Record* record) {
+    if (record != nullptr) {
+        std::free(record->remote_address);
+        std::free(record->remote_name);
+        Fake::Release(record);
+    }
+    return BT_ERROR_NONE;
+}
+
+// Calls `use` with the device that has a bond, and returns why there is none otherwise.
+template <typename Use>
+int WithBond(const char* address, const Use& use) {
     const std::string normal = Fake::NormalAddress(address);
+    FAKE_REFUSE_IF(normal.empty(), BT_ERROR_INVALID_PARAMETER);
+    FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
     const auto device = TheWorld().devices.find(normal);
-    *code = normal.empty()                       ? BT_ERROR_INVALID_PARAMETER
-            : !TheWorld().adapterOn              ? BT_ERROR_NOT_ENABLED
-            : device == TheWorld().devices.end() ? BT_ERROR_REMOTE_DEVICE_NOT_BONDED
-                                                 : BT_ERROR_NONE;
-    return *code == BT_ERROR_NONE ? &device->second : nullptr;
+    FAKE_REFUSE_IF(device == TheWorld().devices.end(), BT_ERROR_REMOTE_DEVICE_NOT_BONDED);
+    use(device->second);
+    return BT_ERROR_NONE;
 }
 
 int Switch(bool on) {
@@ -43,85 +54,59 @@ extern "C" {
 
 int bt_adapter_get_state(bt_adapter_state_e* state) {
     FAKE_QUERY();
-    FAKE_REFUSE_IF(state == nullptr, BT_ERROR_INVALID_PARAMETER);
     *state = TheWorld().adapterOn ? BT_ADAPTER_ENABLED : BT_ADAPTER_DISABLED;
     return BT_ERROR_NONE;
 }
 
 int bt_adapter_get_bonded_device_info(const char* remote_address, bt_device_info_s** info) {
     FAKE_QUERY(remote_address);
-    FAKE_REFUSE_IF(info == nullptr, BT_ERROR_INVALID_PARAMETER);
-    int code = BT_ERROR_NONE;
-    if (const Fake::Device* device = FindBond(remote_address, &code)) {
-        *info = MakeRecord(Fake::NormalAddress(remote_address), *device);
-    }
-    return code;
+    return WithBond(remote_address, [&](const Fake::Device& device) {
+        *info = MakeRecord(Fake::NormalAddress(remote_address), device);
+    });
 }
 
 int bt_adapter_free_device_info(bt_device_info_s* info) {
-    FAKE_QUERY();
-    if (info != nullptr) {
-        Fake::Own("device record", -1);
-        std::free(info->remote_address);
-        std::free(info->remote_name);
-        delete info;
-    }
-    return BT_ERROR_NONE;
+    return FreeRecord(info);
 }
 
 int bt_adapter_foreach_bonded_device(bt_adapter_bonded_device_cb callback, void* user_data) {
     FAKE_QUERY();
     FAKE_REFUSE_IF(callback == nullptr, BT_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
-    for (const auto& [address, device] : TheWorld().devices) {
-        bt_device_info_s* record = MakeRecord(address, device);
-        const bool goOn = callback(record, user_data);
-        bt_adapter_free_device_info(record);
-        if (!goOn) {
-            break;
-        }
-    }
-    return BT_ERROR_NONE;
+    return Fake::ForEach(TheWorld().devices, [&](const auto& device) {
+        const CPtr<bt_device_info_s, bt_adapter_free_device_info> record(
+            MakeRecord(device.first, device.second));
+        return callback(record.get(), user_data);
+    });
 }
 
 int bt_device_get_remote_vid_pid(const char* remote_address, int* vendor_id, int* product_id) {
     FAKE_QUERY(remote_address);
-    FAKE_REFUSE_IF(vendor_id == nullptr || product_id == nullptr, BT_ERROR_INVALID_PARAMETER);
-    int code = BT_ERROR_NONE;
-    if (const Fake::Device* device = FindBond(remote_address, &code)) {
-        *vendor_id = device->vendor;
-        *product_id = device->product;
-    }
-    return code;
+    return WithBond(remote_address, [&](const Fake::Device& device) {
+        *vendor_id = device.vendor;
+        *product_id = device.product;
+    });
 }
 
 int bt_device_is_profile_connected(const char* remote_address, bt_profile_e profile,
                                    bool* connected) {
     FAKE_QUERY(remote_address, profile);
-    FAKE_REFUSE_IF(connected == nullptr, BT_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(profile != BT_PROFILE_HID, BT_ERROR_NOT_SUPPORTED);
-    int code = BT_ERROR_NONE;
-    if (const Fake::Device* device = FindBond(remote_address, &code)) {
-        *connected = device->connected && device->isInput;
-    }
-    return code;
+    return WithBond(remote_address, [&](const Fake::Device& device) {
+        *connected = device.connected && device.isInput;
+    });
 }
 
 int bt_device_set_authorization(const char* remote_address,
                                 bt_device_authorization_e authorization) {
     FAKE_COMMAND(remote_address, authorization);
-    int code = BT_ERROR_NONE;
-    if (Fake::Device* device = FindBond(remote_address, &code)) {
-        device->authorized = authorization == BT_DEVICE_AUTHORIZED;
-    }
-    return code;
+    return WithBond(remote_address, [](const Fake::Device& /*device*/) {});
 }
 
 int bt_adapter_get_name(char** name) {
     FAKE_QUERY();
-    FAKE_REFUSE_IF(name == nullptr, BT_ERROR_INVALID_PARAMETER);
-    FAKE_REFUSE_IF(!TheWorld().adapterOn || !TheWorld().adapterName, BT_ERROR_NOT_ENABLED);
-    *name = Copy(TheWorld().adapterName);
+    FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
+    *name = strdup(TheWorld().adapterName.c_str());
     return BT_ERROR_NONE;
 }
 
@@ -148,9 +133,7 @@ int bt_adapter_set_connectable(bool connectable) {
 int bt_adapter_set_visibility(bt_adapter_visibility_mode_e mode, int duration) {
     FAKE_COMMAND(mode, duration);
     FAKE_REFUSE_IF(duration < 0, BT_ERROR_INVALID_PARAMETER);
-    FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
-    TheWorld().adapterVisible = mode == BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE;
-    return BT_ERROR_NONE;
+    return TheWorld().adapterOn ? BT_ERROR_NONE : BT_ERROR_NOT_ENABLED;
 }
 
 int bt_adapter_foreach_headless_device_info(bt_adapter_headless_device_info_cb callback,
@@ -158,13 +141,10 @@ int bt_adapter_foreach_headless_device_info(bt_adapter_headless_device_info_cb c
     FAKE_COMMAND();
     // Over a copy, for the callback unregisters them.
     std::vector<std::string> accessories = TheWorld().headless;
-    for (std::string& address : accessories) {
-        bt_adapter_headless_dev_info_s info = {address.empty() ? nullptr : address.data()};
-        if (!callback(&info, user_data)) {
-            break;
-        }
-    }
-    return BT_ERROR_NONE;
+    return Fake::ForEach(accessories, [&](std::string& address) {
+        bt_adapter_headless_dev_info_s info = {address.data()};
+        return callback(&info, user_data);
+    });
 }
 
 int bt_adapter_unregister_headless_device(const char* remote_address) {
@@ -183,10 +163,8 @@ int bt_avrcp_target_send_cmd(int command) {
 
 int bt_audio_get_connected_info(int type, bt_audio_connected_info_s** info) {
     FAKE_QUERY(type);
-    FAKE_REFUSE_IF(info == nullptr, BT_ERROR_INVALID_PARAMETER);
     FAKE_REFUSE_IF(type != BT_AUDIO_PROFILE_TYPE_A2DP_SINK, BT_ERROR_NOT_SUPPORTED);
-    Fake::Own("connected-audio record", 1);
-    *info = new bt_audio_connected_info_s{0, nullptr, nullptr};
+    *info = Fake::Give(bt_audio_connected_info_s{0, nullptr, nullptr});
     for (const auto& [address, device] : TheWorld().devices) {
         if (device.connected && ++(*info)->connected_count == 1) {
             (*info)->remote_address = strdup(address.c_str());
@@ -197,14 +175,7 @@ int bt_audio_get_connected_info(int type, bt_audio_connected_info_s** info) {
 }
 
 int bt_audio_free_connected_info(bt_audio_connected_info_s* info) {
-    FAKE_QUERY();
-    if (info != nullptr) {
-        Fake::Own("connected-audio record", -1);
-        std::free(info->remote_address);
-        std::free(info->remote_name);
-        delete info;
-    }
-    return BT_ERROR_NONE;
+    return FreeRecord(info);
 }
 
 }  // extern "C"

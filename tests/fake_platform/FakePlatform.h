@@ -29,7 +29,6 @@ struct Device {
     int vendor = 0;
     int product = 0;
     bool isInput = false;
-    bool authorized = false;
 };
 
 struct Application {
@@ -42,8 +41,7 @@ struct Application {
 
 struct World {
     bool adapterOn = true;
-    std::optional<std::string> adapterName;
-    bool adapterVisible = false;
+    std::string adapterName;
     std::vector<std::string> headless;              // addresses of the registered accessories
     std::map<std::string, Device> devices;          // the adapter's bonds, by upper-case address
     std::optional<bt_avrcp_player_state_e> player;  // none: no phone is connected
@@ -71,21 +69,12 @@ void Fail(const std::string& function, int code, int times = 1);
 
 // ---- the record, any thread ----
 
-struct LogLine {
-    int priority;
-    std::string tag;
-    std::string file;
-    std::string function;
-    int line;
-    std::string message;
-};
-
-// A log line as tests state it: priority letter, "service" or "utility" for its tag, bare function
-// name, message; for example "W service StartAutoConnect: Not supported condition".
-std::string Text(const LogLine& line);
-
-std::vector<LogLine> Log();
-// The log lines of a tag ("" for any) from a priority up, without the call tracer's.
+// All log lines as the system log prints them, with priority and tag in front; for example
+// "5 BT_AUTO_CONNECT BTAutoConnect.cpp: StartAutoConnect(69) > Not supported condition".
+std::vector<std::string> Printed();
+// The log lines of a tag ("" for any) from a priority up, without the call tracer's, as tests state
+// them: priority letter, "service" or "utility" for the tag, bare function name, message; for
+// example "W service StartAutoConnect: Not supported condition".
 std::vector<std::string> Lines(const std::string& tag = "", int minPriority = 3);
 // All calls, queries included, whose text begins with `prefix`; for example
 // "bt_audio_connect(A0:B1:C2:D3:E4:F5,4)".
@@ -115,24 +104,9 @@ std::string TextKey(const std::string& key);
 
 // ---- Bluetooth ----
 
-// One advertisement of a stranger's random address. Its packets live in buffers of their exact size
-// for as long as the object does.
-class Advertisement {
-public:
-    explicit Advertisement(const std::vector<unsigned char>& packet,
-                           const std::vector<unsigned char>& scanResponse = {});
-    bt_adapter_le_device_scan_result_info_s* Info() { return &m_info; }
-
-private:
-    std::string m_address = "5E:00:00:00:00:01";
-    std::vector<char> m_packet;
-    std::vector<char> m_response;
-    bt_adapter_le_device_scan_result_info_s m_info;
-};
-
 [[nodiscard]] bool Scanning();
-// Hands the packet to the scan that runs; false when none does.
-bool Hear(const std::vector<unsigned char>& packet);
+// Hands the packet, in a buffer of its exact size, to the scan that runs; false when none does.
+bool Hear(std::vector<unsigned char> packet);
 // Ends the running scan with an error, as when the adapter went away.
 void BreakScan(int error);
 

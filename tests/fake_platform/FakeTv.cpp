@@ -6,20 +6,8 @@
 #include "platform/system_info.h"
 #include "tests/fake_platform/FakeState.h"
 
+using Fake::Command;
 using Fake::TheWorld;
-
-namespace {
-
-template <typename T>
-int ReadFeature(const char* key, T* value) {
-    const auto feature = TheWorld().features.find(key);
-    FAKE_REFUSE_IF(
-        feature == TheWorld().features.end() || !std::holds_alternative<T>(feature->second), -1);
-    *value = std::get<T>(feature->second);
-    return 0;
-}
-
-}  // namespace
 
 extern "C" {
 
@@ -28,9 +16,8 @@ int device_power_get_wakeup_reason(void) {
 }
 
 int device_power_set_wakeup_reason(int reason) {
-    FAKE_COMMAND(reason);
     TheWorld().wakeUpReason = reason;
-    return 0;
+    return Command(__func__, reason);
 }
 
 int device_power_get_state(void) {
@@ -44,8 +31,7 @@ int device_power_set_state(power_state_e state, int option) {
 }
 
 int device_power_request_poweroff(int kind) {
-    FAKE_COMMAND(kind);
-    return 0;
+    return Command(__func__, kind);
 }
 
 int device_power_get_ambient_type(void) {
@@ -57,36 +43,30 @@ int device_power_get_ambient_mode(void) {
 }
 
 int device_power_lock_state(power_lock_e lock, int timeout_ms) {
-    FAKE_COMMAND(lock, timeout_ms);
-    return 0;
+    return Command(__func__, lock, timeout_ms);
 }
 
 int device_power_unlock_state(power_lock_e lock) {
-    FAKE_COMMAND(lock);
-    return 0;
+    return Command(__func__, lock);
 }
 
 int screen_manager_set_ambient_mode(int mode, int type) {
-    FAKE_COMMAND(mode, type);
     TheWorld().ambientMode = mode;
     TheWorld().ambientType = type;
-    return 0;
+    return Command(__func__, mode, type);
 }
 
 int screen_manager_set_ambient_lock(int lock, int timeout) {
-    FAKE_COMMAND(lock, timeout);
-    return 0;
+    return Command(__func__, lock, timeout);
 }
 
 int sound_manager_set_tv_master_mute(bool mute) {
-    FAKE_COMMAND(mute);
-    return 0;
+    return Command(__func__, mute);
 }
 
 int sound_manager_set_device_mute(sound_tv_device_e device, bool mute) {
-    FAKE_COMMAND(device, mute);
     TheWorld().speakerMuted = mute;
-    return 0;
+    return Command(__func__, device, mute);
 }
 
 int sound_manager_get_device_mute(sound_tv_device_e device, bool* mute) {
@@ -97,12 +77,12 @@ int sound_manager_get_device_mute(sound_tv_device_e device, bool* mute) {
 
 int system_info_get_custom_bool(const char* key, bool* value) {
     FAKE_QUERY_ANYWHERE(key);
-    return ReadFeature(key, value);
+    return Fake::Read<bool>(TheWorld().features, key, value);
 }
 
 int system_info_get_custom_int(const char* key, int* value) {
     FAKE_QUERY_ANYWHERE(key);
-    return ReadFeature(key, value);
+    return Fake::Read<int>(TheWorld().features, key, value);
 }
 
 int system_info_get_value_int(system_info_key_e key, int* value) {

@@ -3,8 +3,6 @@
 #include "tests/unit/PlatformTest.h"
 #include "utility/AppManagerUtil.h"
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Util::AppManagerUtil;
 
 namespace {

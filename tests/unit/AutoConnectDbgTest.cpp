@@ -5,12 +5,9 @@
 #include "autoconnect/src/AutoConnectDbg.h"
 #include "tests/unit/PlatformTest.h"
 
-using ::testing::ElementsAre;
-
-namespace {
-
+// Compilers name the anonymous namespace in their own ways, so it is in none.
 constexpr int kTracerLine = __LINE__ + 2;
-int Traced(int way) {
+static int Traced(int way) {
     BTLOG_TRACE();
     if (way == 1) {
         return way;
@@ -22,33 +19,25 @@ int Traced(int way) {
     return way;
 }
 
-// A line as the system log prints it, with its priority and tag in front.
-Texts Printed() {
-    Texts printed;
-    for (const Fake::LogLine& line : Fake::Log()) {
-        printed.push_back(std::to_string(line.priority) + " " + line.tag + " " + line.file + ": " +
-                          line.function + "(" + std::to_string(line.line) + ") > " + line.message);
-    }
-    return printed;
-}
+namespace {
 
 class AutoConnectDbgTest : public PlatformTest {};
 
 TEST_F(AutoConnectDbgTest, TracesEveryWayOut) {
-    const std::string where = "[int {anonymous}::Traced(int)(" + std::to_string(kTracerLine) + ")]";
+    const std::string where = "[int Traced(int)(" + std::to_string(kTracerLine) + ")]";
     const std::string in = "3 BT_AUTO_CONNECT AutoConnectDbg.h: ApiTracker(90) > IN >> " + where;
     const std::string out = "3 BT_AUTO_CONNECT AutoConnectDbg.h: ~ApiTracker(94) > OUT << " + where;
     Traced(1);
-    EXPECT_THAT(Printed(), ElementsAre(in, out));
+    EXPECT_THAT(Fake::Printed(), ElementsAre(in, out));
     Fake::ClearRecord();
     EXPECT_THROW(Traced(2), std::runtime_error);
-    EXPECT_THAT(Printed(), ElementsAre(in, out));
+    EXPECT_THAT(Fake::Printed(), ElementsAre(in, out));
     Fake::ClearRecord();
     Traced(0);
-    EXPECT_THAT(Printed(), ElementsAre(in,
-                                       "4 BT_AUTO_CONNECT AutoConnectDbgTest.cpp: Traced(" +
-                                           std::to_string(kTracerLine + 7) + ") > 100 %s",
-                                       out));
+    EXPECT_THAT(Fake::Printed(), ElementsAre(in,
+                                             "4 BT_AUTO_CONNECT AutoConnectDbgTest.cpp: Traced(" +
+                                                 std::to_string(kTracerLine + 7) + ") > 100 %s",
+                                             out));
 }
 
 }  // namespace

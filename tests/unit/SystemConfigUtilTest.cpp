@@ -3,9 +3,6 @@
 #include "tests/unit/PlatformTest.h"
 #include "utility/SystemConfigUtil.h"
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using S = Util::SystemConfigUtil;
 
 namespace {
@@ -92,37 +89,31 @@ TEST_F(SystemConfigUtilTest, AnswersFromTheStoreOrFallsBack) {
 
 TEST_F(SystemConfigUtilTest, ReadsNoSecondKeyInVain) {
     auto& features = Fake::TheWorld().features;
-    const auto calls = [] {
-        const std::size_t count = Fake::Calls("system_info").size() + Fake::Calls("vconf").size();
+    const auto expect = [](bool (*ask)(), bool answer, std::size_t reads) {
         Fake::ClearRecord();
-        return count;
+        EXPECT_EQ(ask(), answer);
+        EXPECT_EQ(Fake::Calls("system_info").size() + Fake::Calls("vconf").size(), reads);
     };
-    EXPECT_FALSE(S::isA2dpSupport());
-    EXPECT_EQ(calls(), 2U);
+    expect(S::isA2dpSupport, false, 2);
     features[kPrefix + "sound_mirroring_supported"] = true;
-    EXPECT_TRUE(S::isA2dpSupport());
+    expect(S::isA2dpSupport, true, 2);
     features[kPrefix + "bluetooth.audio_support"] = true;
-    calls();
-    EXPECT_TRUE(S::isA2dpSupport());
-    EXPECT_EQ(calls(), 1U);
+    expect(S::isA2dpSupport, true, 1);
 
-    EXPECT_FALSE(S::IsLfdProduct());
+    expect(S::IsLfdProduct, false, 1);
     EXPECT_EQ(Fake::Lines(),
               Texts({"E utility IsLfdProduct: com.velmora/featureconf/product.product_type",
                      "I utility IsLfdProduct: product type : 0"}));
-    EXPECT_EQ(calls(), 1U);
     features[kPrefix + "product.product_type"] = 4;
-    EXPECT_TRUE(S::IsLfdProduct());
+    expect(S::IsLfdProduct, true, 2);
     features[kPrefix + "iwb_support"] = true;
-    EXPECT_FALSE(S::IsLfdProduct());
-    calls();
+    expect(S::IsLfdProduct, false, 2);
 
-    EXPECT_FALSE(S::IsSupportVelmoraAudioCompatibility());
-    EXPECT_EQ(calls(), 1U);
+    expect(S::IsSupportVelmoraAudioCompatibility, false, 1);
     features[kPrefix + "bluetooth.velmora_audio_compatibility_support"] = true;
-    EXPECT_FALSE(S::IsSupportVelmoraAudioCompatibility());
+    expect(S::IsSupportVelmoraAudioCompatibility, false, 2);
     Fake::TheWorld().keys["db/nirvo/velmora_audio_compatibility"] = true;
-    EXPECT_TRUE(S::IsSupportVelmoraAudioCompatibility());
+    expect(S::IsSupportVelmoraAudioCompatibility, true, 2);
     EXPECT_EQ(Fake::Lines("utility", 4).back(),
               "I utility IsSupportVelmoraAudioCompatibilityVconf: "
               "isSupportVelmoraAudioCompatibility vconf = 1");

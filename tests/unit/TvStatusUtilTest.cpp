@@ -3,8 +3,6 @@
 #include "tests/unit/PlatformTest.h"
 #include "utility/TvStatusUtil.h"
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Util::TvStatusUtil;
 
 namespace {
@@ -120,33 +118,31 @@ TEST_F(TvStatusUtilTest, SendsTheTvToSleep) {
 
 TEST_F(TvStatusUtilTest, WakesTheTvAndKnowsItsArt) {
     auto& world = Fake::TheWorld();
-    const auto wake = [] { TvStatusUtil::WakeUpTv(POWER_STATE_LOW_POWER); };
     const Texts begin = {"device_power_set_wakeup_reason(1)",
                          "E utility WakeUpTv: <Not Error> Go to Normal from Low Power Mode"};
-    Texts plain = begin;
-    plain.emplace_back("screen_manager_set_ambient_mode(0,0)");
-    Texts art = begin;
-    art.insert(art.end(), {"I utility WakeUpTv: turn on with artmode",
-                           "screen_manager_set_ambient_mode(1,4)"});
-    EnterLowPower();
-    world.keys["db/nirvo/ambient_mode_full_power_off_event"] = 1;
-    EXPECT_EQ(Acts(wake), plain);
+    const auto expect = [&](bool isArt, int event, int mode) {
+        world.powerState = 4;
+        world.ambientMode = mode;
+        world.keys["db/nirvo/ambient_mode_full_power_off_event"] = event;
+        Texts story = begin;
+        if (isArt) {
+            story.emplace_back("I utility WakeUpTv: turn on with artmode");
+        }
+        story.emplace_back(isArt ? "screen_manager_set_ambient_mode(1,4)"
+                                 : "screen_manager_set_ambient_mode(0,0)");
+        EXPECT_EQ(Acts([] { TvStatusUtil::WakeUpTv(POWER_STATE_LOW_POWER); }), story);
+    };
+    expect(false, 1, 2);
     EXPECT_FALSE(TvStatusUtil::IsArtAppShowing());
     EXPECT_EQ(Fake::Story().back(), "I utility IsArtAppShowing: Not lumeo TV");
 
     // From here on for good: the product line is read once.
     world.features["com.velmora/featureconf/lumeo_tv"] = true;
-    EnterLowPower();
-    EXPECT_EQ(Acts(wake), art) << "whether it is art-mode-only could not be read";
+    expect(true, 1, 2);  // whether it is art-mode-only could not be read
     world.features["com.velmora/featureconf/artapp.artmode_only_support"] = false;
-    EnterLowPower();
-    EXPECT_EQ(Acts(wake), art);
-    EnterLowPower();
-    world.keys["db/nirvo/ambient_mode_full_power_off_event"] = 2;
-    EXPECT_EQ(Acts(wake), plain);
-    world.keys["db/nirvo/ambient_mode_full_power_off_event"] = 1;
-    world.ambientMode = 1;
-    EXPECT_EQ(Acts(wake), plain);
+    expect(true, 1, 2);
+    expect(false, 2, 2);
+    expect(false, 1, 1);
 
     world.ambientMode = 1;
     world.ambientType = 4;

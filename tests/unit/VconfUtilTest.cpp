@@ -5,8 +5,6 @@
 #include "tests/unit/PlatformTest.h"
 #include "utility/VconfUtil.h"
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Util::VconfUtil;
 
 namespace {
@@ -37,49 +35,39 @@ TEST_F(VconfUtilTest, KeyTableIsFixed) {
 }
 
 struct Setter {
-    const char* name;
     void (*set)(int id);
     const char* function;  // the platform's
     const char* value;
-    const char* refusal;
-    const char* notice;  // logged first
 };
 
 TEST_F(VconfUtilTest, SettersWriteTheirTypeAndLogIt) {
     const Setter setters[] = {
-        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, std::string("x y")); }, "vconf_set_str",
-         "x y", "fail to vconfkey", ""},
-        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, "literal"); }, "vconf_set_str", "literal",
-         "fail to vconfkey", ""},
-        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, true); }, "vconf_set_bool", "1",
-         "fail to set vconfkey", ""},
-        {"SetVconf", [](int id) { VconfUtil::SetVconf(id, -7); }, "vconf_set_int", "-7",
-         "fail to vconfkey", ""},
-        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, std::string("x y")); },
-         "vconf_set_str_async", "x y", "fail to vconfkey", " async"},
-        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, "literal"); },
-         "vconf_set_str_async", "literal", "fail to vconfkey", " async"},
-        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, false); },
-         "vconf_set_bool_async", "0", "fail to set vconfkey", " async"},
-        {"SetVconfAsync", [](int id) { VconfUtil::SetVconfAsync(id, 7); }, "vconf_set_int_async",
-         "7", "fail to vconfkey", " async"},
+        {[](int id) { VconfUtil::SetVconf(id, std::string("x y")); }, "vconf_set_str", "x y"},
+        {[](int id) { VconfUtil::SetVconf(id, "literal"); }, "vconf_set_str", "literal"},
+        {[](int id) { VconfUtil::SetVconf(id, true); }, "vconf_set_bool", "1"},
+        {[](int id) { VconfUtil::SetVconf(id, -7); }, "vconf_set_int", "-7"},
+        {[](int id) { VconfUtil::SetVconfAsync(id, "x y"); }, "vconf_set_str_async", "x y"},
+        {[](int id) { VconfUtil::SetVconfAsync(id, false); }, "vconf_set_bool_async", "0"},
+        {[](int id) { VconfUtil::SetVconfAsync(id, 7); }, "vconf_set_int_async", "7"},
     };
     for (const Setter& s : setters) {
+        const std::string function = s.function;
+        const bool isAsync = function.find("async") != std::string::npos;
+        const std::string by = isAsync ? " utility SetVconfAsync: " : " utility SetVconf: ";
+        const std::string refusal =
+            by + (function.find("bool") != std::string::npos ? "fail to set " : "fail to ");
         for (const int id : {2, 79}) {
             const std::string& key = VconfUtil::keys[static_cast<std::size_t>(id)];
-            const std::string name = s.name;
             Fake::ClearRecord();
             s.set(id);
             Texts lines;
-            if (*s.notice != '\0') {
-                lines.push_back("E utility " + name + ": set " + key + " to " + s.value + s.notice);
+            if (isAsync) {
+                lines.push_back("E" + by + "set " + key + " to " + s.value + " async");
             }
-            lines.push_back(id == 79
-                                ? "E utility " + name + ": " + s.refusal + " " + key + "[79]"
-                                : "D utility " + name + ": key : " + key + ", value : " + s.value);
+            lines.push_back(id == 79 ? "E" + refusal + "vconfkey " + key + "[79]"
+                                     : "D" + by + "key : " + key + ", value : " + s.value);
             EXPECT_EQ(Fake::Lines(), lines);
-            EXPECT_THAT(Fake::Calls(),
-                        ElementsAre(std::string(s.function) + "(" + key + "," + s.value + ")"));
+            EXPECT_THAT(Fake::Calls(), ElementsAre(function + "(" + key + "," + s.value + ")"));
         }
     }
 }
