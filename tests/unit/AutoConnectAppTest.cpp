@@ -163,7 +163,7 @@ TEST_F(AutoConnectAppTest, StopBeforeTheStartDoesNothing) {
     EXPECT_TRUE(Fake::WaitFor("IN >> [void AutoConnectApp::CloseMainLoop()", 3));
 }
 
-// Reads the record behind the last of the instance, in a process that does nothing else.
+// Reads the record after the end of the instance, in a process that does nothing else.
 TEST(AutoConnectAppDeathTest, TracesItsEnd) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_EXIT(

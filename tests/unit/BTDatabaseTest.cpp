@@ -329,7 +329,7 @@ TEST_F(BTDatabaseTest, KeepsWhatItAcknowledgedWhateverIsWrongWithTheFile) {
     const struct {
         const char* reason;
         std::function<void()> harm;
-        std::function<void()> mend;
+        std::function<void()> repair;
     } faults[] = {
         {"file is not a database", [&] { std::ofstream(m_file) << std::string(100, 'x'); }, lost},
         {"malformed", [&] { fs::resize_file(m_file, 4096 + 100); }, lost},
@@ -349,8 +349,8 @@ TEST_F(BTDatabaseTest, KeepsWhatItAcknowledgedWhateverIsWrongWithTheFile) {
         }
         EXPECT_THAT(*(Fake::Lines().end() - 2), HasSubstr(fault.reason));
         Run(kWithAddress, kB);
-        if (fault.mend) {
-            fault.mend();
+        if (fault.repair) {
+            fault.repair();
             EXPECT_TRUE(m_db->OpenDatabase());
             EXPECT_EQ(m_db->GetRecordCount(), rows);
         }

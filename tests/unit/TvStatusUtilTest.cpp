@@ -43,6 +43,9 @@ TEST_F(TvStatusUtilTest, AnswersFromTheTv) {
     world.ambientType = 5;
     EXPECT_EQ(TvStatusUtil::GetAmbientType(), 5);
     EXPECT_EQ(TvStatusUtil::GetAmbientMode(), 0);
+    EXPECT_FALSE(TvStatusUtil::GetTvSpeakerMute());
+    world.speakerMuted = true;
+    EXPECT_TRUE(TvStatusUtil::GetTvSpeakerMute());
     EXPECT_THAT(Fake::Story(), ElementsAre("I utility GetPowerState: Power state = 0",
                                            "I utility GetPowerState: Power state = 1",
                                            "I utility GetPowerState: Power state = 2",
