@@ -89,7 +89,7 @@ TEST_F(BluetoothContractTest, WithoutAdapterScansBreakAndNothingBegins) {
     }
 }
 
-TEST_F(BluetoothContractTest, ResultsComeDuringTheScanAlone) {
+TEST_F(BluetoothContractTest, ResultsComeOnlyDuringTheScan) {
     // As long as what names a phone.
     const auto bytes = [](char c) { return std::vector<unsigned char>(15, c); };
     const auto text = [](char c) { return ":" + std::string(15, c); };
@@ -115,7 +115,7 @@ TEST_F(BluetoothContractTest, ResultsComeDuringTheScanAlone) {
     }
 }
 
-// A structure of each length in a packet of each size, behind another one or not.
+// A structure of each length in a packet of each size, after another one or not.
 TEST_F(BluetoothContractTest, ParserTakesWhatLiesWholeInThePacket) {
     for (std::size_t i = 0; i < 256 * 256; ++i) {
         const std::size_t size = i % 256;

@@ -38,7 +38,7 @@ void OnStored(int result, void* texts) noexcept {
     static_cast<Texts*>(texts)->push_back(std::to_string(result) + " " + Read(kKey));
 }
 
-TEST_F(ConfigContractTest, KeyReadsAsTheLastValueInItsTypeAlone) {
+TEST_F(ConfigContractTest, KeyReadsAsTheLastValueOnlyInItsType) {
     EXPECT_EQ(Read("db/contract/none") + Read("memory/contract/none"), "-|-|--|-|-");
     for (const char* key : {"db/contract/value", "memory/contract/value"}) {
         for (const int number : {0, -1, INT_MIN, INT_MAX}) {

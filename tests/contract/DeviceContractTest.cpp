@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(DeviceContractTest, TellsOfBondedDevicesAlone) {
+TEST_F(DeviceContractTest, TellsOnlyOfBondedDevices) {
     Texts seen;
     EXPECT_EQ(bt_adapter_foreach_bonded_device(nullptr, &seen), BT_ERROR_INVALID_PARAMETER);
     m_world->TurnOn();

@@ -4,49 +4,24 @@
 #include <fstream>
 
 #include "platform/linux/application/LaunchReceiver.h"
+#include "tests/TestBus.h"
 #include "tests/contract/World.h"
-#include "tools/scenario-runner/ChildProcess.h"
-#include "tools/scenario-runner/Workspace.h"
 #include "tools/tv-sim/Simulator.h"
 
 namespace {
 
-// For the slowest machine under the slowest sanitizer; nothing on the way comes near it.
-constexpr int kDeadlineMs = 60000;
-
-bool AwaitThat(const Condition& condition) {
-    bool isLate = false;
-    const Timer deadline = Timer::Once(kDeadlineMs, [&isLate] { isLate = true; });
-    while (!condition() && !isLate) {
-        g_main_context_iteration(nullptr, TRUE);
-    }
-    return !isLate;
-}
-
 // The root folder and the system bus of this process, which the platform looks up once.
-struct Host {
+struct Host : TestBus {
     static Host& Get() {
         static Host host;
         return host;
     }
-    Host() {
-        setenv("TV_ROOT", folder.Root().c_str(), 1);
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", folder.BusAddress().c_str(), 1);
-        const std::string configuration = "--config-file=" + folder.BusConfiguration();
-        bus = ScenarioRunner::ChildProcess::Start(
-            {{"dbus-daemon", configuration, "--nofork", "--print-address"}, {}}, {}, error);
-        EXPECT_TRUE(AwaitThat([this] {
-            connection.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
-            return connection != nullptr;
-        })) << error;
+    Host() : TestBus("/bin/true"), connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr)) {
         std::filesystem::create_directories(folder.Root() + "/etc/tv-platform");
         std::ofstream(folder.Root() + "/etc/tv-platform/features.conf")
             << "[tv]\nflag=true\nnumber=7\ntext=seven\n";
     }
 
-    std::string error;
-    ScenarioRunner::Workspace folder = ScenarioRunner::Workspace::Make("/bin/true", error).value();
-    std::unique_ptr<ScenarioRunner::ChildProcess> bus;
     GObjectPtr<GDBusConnection> connection;
 };
 

@@ -13,7 +13,7 @@ namespace {
 
 using StateContractTest = ContractTest;
 
-TEST_F(StateContractTest, FeatureIsReadInItsTypeAlone) {
+TEST_F(StateContractTest, FeatureIsReadOnlyInItsType) {
     for (const std::string key : {"tv/flag", "tv/number", "tv/text", "tv/none"}) {
         bool flag = false;
         int number = 0;

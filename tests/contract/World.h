@@ -22,7 +22,7 @@ constexpr char kPlayer[] = "com.velmora.tv.bmp";  // the one application that is
 
 struct Phone {
     std::string address;
-    const char* name;  // empty: it never told one; NULL: there is no bond with it
+    const char* name;  // empty: it never told one; NULL: no bond with it
     bool accepts;      // the TV's connection requests
 };
 // What each of them says of itself; its class is 4/24, headphones.
@@ -56,7 +56,7 @@ public:
 
 class ContractTest : public testing::Test {
 protected:
-    // Exactly these come, in any order, and nothing behind them.
+    // Exactly these come, in any order, and nothing after them.
     void Expect(Texts& heard, const Texts& expected) {
         EXPECT_TRUE(m_world->Await([&] { return heard.size() >= expected.size(); }));
         m_world->Settle();

@@ -2,20 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/e2e/Bench.h"
 
+#include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <iostream>
 #include <utility>
 
-#include "common/Source.h"
 #include "platform/linux/application/ApplicationBus.h"
 
 using ScenarioRunner::ChildProcess;
 
 namespace {
-
-// For the slowest machine under the slowest sanitizer; nothing on the way comes near it.
-constexpr int kDeadlineMs = 60000;
 
 void Check(bool holds, const std::string& what) {
     if (!holds) {
@@ -23,47 +19,36 @@ void Check(bool holds, const std::string& what) {
     }
 }
 
+bool Holds(const std::string& line, const std::string& text) {
+    return line.find(text) != std::string::npos;
+}
+
 }  // namespace
 
-Bench::Bench(std::string mediaPlayer) {
-    if (mediaPlayer.find('/') == std::string::npos) {
-        mediaPlayer = std::string(BIN_DIR) + "/" + mediaPlayer;
-    }
-    std::string error;
-    auto workspace = ScenarioRunner::Workspace::Make(mediaPlayer, error);
-    Check(workspace.has_value(), error);
-    m_workspace.emplace(std::move(*workspace));
-    // For what the test itself writes through the platform.
-    setenv("TV_ROOT", Root().c_str(), 1);
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", m_workspace->BusAddress().c_str(), 1);
-    bool isUp = false;
-    m_bus = Start("dbus-daemon",
-                  {"--config-file=" + m_workspace->BusConfiguration(), "--nofork", "--nopidfile",
-                   "--print-address=1"},
-                  {[&isUp](const std::string&) { isUp = true; },
-                   [this](const std::string& line) { m_playerLog.all.push_back(line); }, nullptr});
-    Check(AwaitThat([&isUp] { return isUp; }), "no bus");
-    GErrorPtr failure;
-    m_connection.reset(g_dbus_connection_new_for_address_sync(
-        m_workspace->BusAddress().c_str(),
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-        nullptr, nullptr, Out(failure)));
+Bench::Bench(const std::string& mediaPlayer)
+    : m_bus(mediaPlayer, [this](const std::string& line) { m_playerLog.all.push_back(line); }),
+      m_connection(g_dbus_connection_new_for_address_sync(
+          m_bus.folder.BusAddress().c_str(),
+          static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                            G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+          nullptr, nullptr, nullptr)) {
     Check(m_connection != nullptr, "the bus cannot be reached");
 }
 
 Bench::~Bench() {
-    if (HasFailure()) {
-        ShowLogs();
+    if (!HasFailure()) {
+        return;
     }
-    m_service.reset();
-    m_simulator.reset();
-    m_bus.reset();
+    for (const Lines* lines : {&m_events, &m_playerLog, &m_log}) {
+        for (const std::string& line : lines->all) {
+            std::cerr << line << "\n";
+        }
+    }
 }
 
 Bench::ChildPtr Bench::Start(const std::string& program, std::vector<std::string> arguments,
                              ChildProcess::Handlers handlers) {
-    arguments.insert(arguments.begin(), program);
+    arguments.insert(arguments.begin(), std::string(BIN_DIR) + "/" + program);
     std::string error;
     ChildPtr child = ChildProcess::Start({std::move(arguments), {}}, std::move(handlers), error);
     Check(child != nullptr, program + ": " + error);
@@ -71,14 +56,14 @@ Bench::ChildPtr Bench::Start(const std::string& program, std::vector<std::string
 }
 
 void Bench::StartSimulator(const std::string& scenario) {
-    const std::string file = m_workspace->Path() + "/scenario.ini";
+    const std::string file = m_bus.folder.Path() + "/scenario.ini";
     Check(g_file_set_contents(file.c_str(), scenario.c_str(), -1, nullptr) != FALSE, file);
     m_simulator = Start(
-        std::string(BIN_DIR) + "/tv-sim", {"--scenario", file},
+        "tv-sim", {"--scenario", file},
         {[this](const std::string& line) { m_events.all.push_back(line); }, nullptr, nullptr});
     m_isSimulated = true;
     AwaitEvent("bus: name org.bluez acquired");
-    if (scenario.find("[adapter]") == std::string::npos) {
+    if (!Holds(scenario, "present=false")) {
         AwaitEvent("adapter: powered on");
     }
 }
@@ -101,7 +86,7 @@ void Bench::KillSimulator() {
 
 void Bench::StartService() {
     m_serviceEnd.reset();
-    m_service = Start(std::string(BIN_DIR) + "/bt-autoconnect", {},
+    m_service = Start("bt-autoconnect", {},
                       {nullptr, [this](const std::string& line) { m_log.all.push_back(line); },
                        [this](const std::string& how) { m_serviceEnd = how; }});
     // The two come in either order.
@@ -111,30 +96,34 @@ void Bench::StartService() {
     AwaitLog(m_isSimulated ? "bluetoothd is there" : "bluetoothd is not on the bus");
 }
 
-void Bench::RunTvctl(const std::vector<std::string>& arguments, TvctlRun& run) {
-    const ChildPtr tvctl = Start(std::string(BIN_DIR) + "/tvctl", arguments,
-                                 {[&run](const std::string& line) { run.output.push_back(line); },
-                                  [&run](const std::string& line) { run.complaint = line; },
-                                  [&run](const std::string& how) { run.end = how; }});
-    Check(AwaitThat([&run] { return run.end.has_value(); }), "tvctl hangs");
+std::vector<std::string> Bench::Run(const std::string& program,
+                                    const std::vector<std::string>& arguments,
+                                    const std::string& wantedEnd) {
+    std::vector<std::string> output;
+    std::string complaint;
+    std::optional<std::string> end;
+    const ChildPtr child = Start(program, arguments,
+                                 {[&output](const std::string& line) { output.push_back(line); },
+                                  [&complaint](const std::string& line) { complaint = line; },
+                                  [&end](const std::string& how) { end = how; }});
+    Check(AwaitThat([&end] { return end.has_value(); }), program + " hangs");
+    Check(*end == wantedEnd, program + " ended with '" + *end + "': " + complaint);
+    if (!wantedEnd.empty()) {
+        output.push_back(complaint);
+    }
+    return output;
 }
 
 std::vector<std::string> Bench::Tvctl(const std::vector<std::string>& arguments) {
-    TvctlRun run;
-    RunTvctl(arguments, run);
-    Check(run.end->empty(), "tvctl " + arguments.front() + ": " + run.complaint);
-    return run.output;
+    return Run("tvctl", arguments, "");
 }
 
 std::string Bench::TvctlFailure(const std::vector<std::string>& arguments, const char* end) {
-    TvctlRun run;
-    RunTvctl(arguments, run);
-    Check(run.end == end, "tvctl " + arguments.front() + " ended with " + *run.end);
     std::string text;
-    for (const std::string& line : run.output) {
+    for (const std::string& line : Run("tvctl", arguments, end)) {
         text += line + "\n";
     }
-    return text + run.complaint;
+    return text;
 }
 
 void Bench::SetUpTv(const std::vector<std::string>& phones) {
@@ -144,6 +133,17 @@ void Bench::SetUpTv(const std::vector<std::string>& phones) {
     for (const std::string& phone : phones) {
         Tvctl({"phone", "add", phone});
     }
+}
+
+void Bench::StartAll(const std::string& scenario, const std::vector<std::string>& phones) {
+    SetUpTv(phones);
+    StartSimulator(kAlicePhone + scenario);
+    StartService();
+}
+
+void Bench::ExpectMusic() {
+    Wake();
+    AwaitEvent("phone Alice: plays");
 }
 
 void Bench::Emit(const char* name, GVariant* parameters, const char* path, const char* interface) {
@@ -160,75 +160,51 @@ void Bench::Stall(int ms) {
     m_service->Signal(SIGCONT);
 }
 
-void Bench::LaunchPlay(const std::string& phone) {
+std::string Bench::Ask(const char* whom, const char* path, const char* interface,
+                       const char* method, GVariant* arguments) {
     GErrorPtr error;
-    const GVariantPtr reply(
-        g_dbus_connection_call_sync(m_connection.get(), "com.velmora.tv.bmp", "/com/velmora/tv/bmp",
-                                    Platform::kApplicationInterface, "ActivateAction",
-                                    Platform::LaunchArguments({{"cmd", "play"}}, phone), nullptr,
-                                    G_DBUS_CALL_FLAGS_NONE, kDeadlineMs, nullptr, Out(error)));
-    ASSERT_TRUE(reply) << error->message;
+    const GVariantPtr reply(g_dbus_connection_call_sync(
+        m_connection.get(), whom, path, interface, method, arguments, nullptr,
+        G_DBUS_CALL_FLAGS_NONE, kDeadlineMs, nullptr, Out(error)));
+    const GStringPtr name(error ? g_dbus_error_get_remote_error(error.get()) : nullptr);
+    return name ? name.get() : error ? error->message : "";
+}
+
+void Bench::LaunchPlay(const std::string& phone) {
+    EXPECT_EQ(Ask("com.velmora.tv.bmp", "/com/velmora/tv/bmp", Platform::kApplicationInterface,
+                  "ActivateAction", Platform::LaunchArguments({{"cmd", "play"}}, phone)),
+              "");
 }
 
 void Bench::BecomeDaemon() {
-    ASSERT_TRUE(GVariantPtr(g_dbus_connection_call_sync(
-        m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "RequestName", g_variant_new("(su)", "org.bluez", 0U), nullptr, G_DBUS_CALL_FLAGS_NONE,
-        kDeadlineMs, nullptr, nullptr)));
+    EXPECT_EQ(Ask("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                  "RequestName", g_variant_new("(su)", "org.bluez", 0U)),
+              "");
 }
 
 void Bench::Discover(const char* pattern) {
     const auto ask = [this](const char* method, GVariant* arguments) {
-        const GVariantPtr reply(g_dbus_connection_call_sync(
-            m_connection.get(), "org.bluez", "/org/bluez/hci0", "org.bluez.Adapter1", method,
-            arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kDeadlineMs, nullptr, nullptr));
-        Check(reply != nullptr, method);
+        EXPECT_EQ(Ask("org.bluez", "/org/bluez/hci0", "org.bluez.Adapter1", method, arguments), "");
     };
     ask("SetDiscoveryFilter", g_variant_new_parsed("({'Pattern': <%s>},)", pattern));
     ask("StartDiscovery", nullptr);
 }
 
 std::string Bench::Call(const char* method) {
-    GErrorPtr error;
-    const GVariantPtr reply(g_dbus_connection_call_sync(
-        m_connection.get(), "com.velmora.tv.bt.autoconnect", "/com/velmora/tv/bt/autoconnect",
-        "com.velmora.tv.bt.autoconnect", method, nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE,
-        kDeadlineMs, nullptr, Out(error)));
-    const GStringPtr name(error ? g_dbus_error_get_remote_error(error.get()) : nullptr);
-    return name ? name.get() : "";
-}
-
-bool Bench::AwaitThat(const std::function<bool()>& condition) {
-    bool isLate = false;
-    const Timer deadline = Timer::Once(kDeadlineMs, [&isLate] { isLate = true; });
-    while (!condition() && !isLate) {
-        g_main_context_iteration(nullptr, TRUE);
-    }
-    return !isLate;
+    return Ask("com.velmora.tv.bt.autoconnect", "/com/velmora/tv/bt/autoconnect",
+               "com.velmora.tv.bt.autoconnect", method, nullptr);
 }
 
 void Bench::Await(Lines& lines, const std::string& text) {
-    ASSERT_TRUE(AwaitThat([&] {
+    const auto hasCome = [&] {
         while (lines.read < lines.all.size()) {
-            if (lines.all[lines.read++].find(text) != std::string::npos) {
+            if (Holds(lines.all[lines.read++], text)) {
                 return true;
             }
         }
         return false;
-    })) << "never came: "
-        << text;
-}
-
-void Bench::AwaitLog(const std::string& text) {
-    Await(m_log, text);
-}
-
-void Bench::AwaitEvent(const std::string& text) {
-    Await(m_events, text);
-}
-
-void Bench::AwaitPlayer(const std::string& text) {
-    Await(m_playerLog, text);
+    };
+    ASSERT_TRUE(AwaitThat(hasCome)) << "never came: " << text;
 }
 
 std::string Bench::AwaitEnd() {
@@ -236,17 +212,7 @@ std::string Bench::AwaitEnd() {
 }
 
 std::size_t Bench::Count(const Lines& lines, const std::string& text) {
-    std::size_t count = 0;
-    for (const std::string& line : lines.all) {
-        count += line.find(text) != std::string::npos ? 1 : 0;
-    }
-    return count;
-}
-
-void Bench::ShowLogs() const {
-    for (const Lines* lines : {&m_events, &m_playerLog, &m_log}) {
-        for (const std::string& line : lines->all) {
-            std::cerr << line << "\n";
-        }
-    }
+    return static_cast<std::size_t>(
+        std::count_if(lines.all.begin(), lines.all.end(),
+                      [&](const std::string& line) { return Holds(line, text); }));
 }

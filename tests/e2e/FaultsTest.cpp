@@ -51,9 +51,7 @@ protected:
 };
 
 TEST_F(Signals, AStormOfWrongOnesIsAnsweredLineByLineAndTheNextGoodOneWorks) {
-    StartSimulator(kAlicePhone);
-    SetUpTv();
-    StartService();
+    StartAll();
     constexpr int kStorm = 1000;
     for (int i = 0; i < kStorm; ++i) {
         Emit("AutoConMobileUpdate", i % 2 == 0 ? nullptr : g_variant_new("(su)", "x", 1U));
@@ -66,8 +64,7 @@ TEST_F(Signals, AStormOfWrongOnesIsAnsweredLineByLineAndTheNextGoodOneWorks) {
     AwaitLog("new device. add it");
     EXPECT_EQ(CountLog("AutoConMobileUpdate takes (s), not "), kStorm);
     EXPECT_EQ(CountLog("Anything"), 0U);
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
 }
 
 TEST_F(Signals, AnUnknownNameEndsTheServiceInOrder) {
@@ -94,23 +91,16 @@ TEST_F(Signals, AnUnknownNameEndsTheServiceInOrder) {
 }
 
 TEST_F(Keys, WhateverTheyHoldTheServiceStartsAndFollowsTheNextGoodValue) {
-    StartSimulator(kAlicePhone);
-    SetUpTv();
-    char* const settings = vconf_get_str(kSettingsKey);
-    const std::string good = settings;
-    free(settings);
-    StartService();
+    StartAll();
+    const std::string good = MallocPtr<char>(vconf_get_str(kSettingsKey)).get();
     const std::pair<std::string, const char*> bad[] = {
-        {"[{\"address\":", "exception : "},
-        {std::string(100000, '['), "exception : "},
-        {"{\"address\":\"A0:11:22:33:44:01\"}", "Json exception : "},
-        {R"([{"address":{},"value":"Y"}])", "Json exception : "},
         {R"([7])", "Json exception : "},
+        {std::string(100000, '['), "exception : "},
         {std::string(1 << 19, 'x'), "exception : "},
     };
     for (const auto& [value, line] : bad) {
         ASSERT_EQ(vconf_set_str(kSettingsKey, value.c_str()), 0);
-        // The packed list is the watched one; its length is anybody's.
+        // The packed list is the watched one, and of any length.
         ASSERT_EQ(vconf_set_str(kAutoOnOffKey, std::string(value.size() % 40, 'z').c_str()), 0);
         AwaitLog(line);
     }
@@ -129,8 +119,7 @@ TEST_F(Keys, WhateverTheyHoldTheServiceStartsAndFollowsTheNextGoodValue) {
     AwaitLog("AutoOnOffDevices is empty");
     Tvctl({"phone", "add", kAlice});
     AwaitLog("enable auto on/off and bt auto connection");
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
 }
 
 TEST_F(Files, AConfigurationThatIsNoDatabaseIsReportedOnceAndItsReplacementIsRead) {
@@ -143,24 +132,20 @@ TEST_F(Files, AConfigurationThatIsNoDatabaseIsReportedOnceAndItsReplacementIsRea
     StartService();
     EXPECT_EQ(CountLog("file is not a database"), 1U);
     EXPECT_GE(CountLog("fail to get vconfkey"), 1U);
-    // Its keys have the revisions that they had, and nobody tells that it is back.
+    // Its keys have the revisions that they had, and no event tells that it is back.
     fs::rename(kept, database);
     AwaitLog("enable auto on/off and bt auto connection");
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
 }
 
 TEST_F(Files, AConfigurationThatAnotherProcessHoldsIsReadOnceItIsFree) {
-    StartSimulator(kAlicePhone);
-    SetUpTv();
-    StartService();
+    StartAll();
     Sql("BEGIN EXCLUSIVE");
     Emit("AutoConMobileUpdate", Text("{}"));
     AwaitLog("No device which enable bt auto connection");
     m_other.reset();
     AwaitLog("enable auto on/off and bt auto connection");
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
 }
 
 TEST_F(Files, AWakeUpReasonThatCannotBeReadStartsNothing) {
@@ -179,13 +164,11 @@ TEST_F(Files, AWakeUpReasonThatCannotBeReadStartsNothing) {
     EXPECT_EQ(CountLog("Start LE scan"), 0U);
 }
 
-TEST_F(Files, FeaturesThatCannotBeReadMakeItAnotherTvUntilTheyAreMended) {
-    StartSimulator(kAlicePhone);
-    SetUpTv();
+TEST_F(Files, FeaturesThatCannotBeReadMakeItAnotherTvUntilTheyAreGoodAgain) {
+    StartAll();
     const fs::path features = Root() + "/etc/tv-platform/features.conf";
     std::stringstream good;
     good << std::ifstream(features).rdbuf();
-    StartService();
     for (const char* content :
          {"", "[com.velmora/featureconf]\ndisplay_rotator_supported=perhaps\n",
           "no key file at all\n"}) {
@@ -209,8 +192,7 @@ TEST_F(Files, FeaturesThatCannotBeReadMakeItAnotherTvUntilTheyAreMended) {
     AwaitLog("Not the zemi tv");
     fs::remove(features);
     Overwrite(features, good.str());
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
 }
 
 TEST_F(Daemon, MayComeLateAndWithoutAnAdapterAtFirst) {
@@ -224,8 +206,7 @@ TEST_F(Daemon, MayComeLateAndWithoutAnAdapterAtFirst) {
     AwaitLog("bluetoothd is there, no powered adapter");
     AwaitLog("adapter /org/bluez/hci0 is on");
     EXPECT_EQ(CountLog("Start ZEMI bluetooth auto connection"), 0U);
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
 }
 
 TEST_F(Daemon, ThatDidNotTellItsObjectsIsAskedAgainAtTheNextWakeUp) {
@@ -234,17 +215,13 @@ TEST_F(Daemon, ThatDidNotTellItsObjectsIsAskedAgainAtTheNextWakeUp) {
     StartSimulator(std::string("[adapter]\nrefused-once=GetManagedObjects:a.b.Error\n") +
                    kAlicePhone);
     AwaitLog("bluetoothd does not tell its objects");
-    AwaitEvent("adapter: powered on");
     Wake();
     AwaitLog("bluetoothd is there, adapter /org/bluez/hci0");
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
 }
 
 TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
-    SetUpTv();
-    StartSimulator(std::string(kAlicePhone) + "advertises=false\n");
-    StartService();
+    StartAll("advertises=false\n");
     Wake();
     AwaitEvent("discovery started");
     KillSimulator();
@@ -263,16 +240,13 @@ TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
 
     StartSimulator(kAlicePhone);
     AwaitLog("adapter /org/bluez/hci0 is on");
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    ExpectMusic();
     EXPECT_EQ(CountLog("result : 0, address : "), 1U);
 }
 
 TEST_F(Daemon, ThatNeverAnswersTheConnectionLeadsToTheNextPhone) {
-    SetUpTv({kAlice, kBen});
-    StartSimulator(std::string(kAlicePhone) + "connect=never\n[phone Ben]\naddress=" + kBen +
-                   "\nadvertises=false\n");
-    StartService();
+    StartAll("connect=never\n[phone Ben]\naddress=" + std::string(kBen) + "\nadvertises=false\n",
+             {kAlice, kBen});
     Wake();
     AwaitLog(std::string(kAlice) + " is not connected: no success within 10 s");
     AwaitLog("Connect Fail");
@@ -280,11 +254,7 @@ TEST_F(Daemon, ThatNeverAnswersTheConnectionLeadsToTheNextPhone) {
 }
 
 TEST_F(Daemon, ThatAnswersTheStartLateServesTheNextWakeUpAndIsToldToStop) {
-    SetUpTv();
-    StartSimulator(std::string(kAlicePhone) +
-                   "advertise-after-ms=10\n[adapter]\ndiscovery-takes-ms=6000\n");
-    AwaitEvent("adapter: powered on");
-    StartService();
+    StartAll("advertise-after-ms=10\n[adapter]\ndiscovery-takes-ms=6000\n");
     Wake();
     AwaitLog("LE scan on /org/bluez/hci0 does not start");
     Wake();
@@ -293,11 +263,7 @@ TEST_F(Daemon, ThatAnswersTheStartLateServesTheNextWakeUpAndIsToldToStop) {
 }
 
 TEST_F(Daemon, WhoseAnswersWaitWhileTheServiceIsStoppedIsBelieved) {
-    SetUpTv();
-    StartSimulator(std::string(kAlicePhone) +
-                   "connect-after-ms=500\n[adapter]\ndiscovery-takes-ms=500\n");
-    AwaitEvent("adapter: powered on");
-    StartService();
+    StartAll("connect-after-ms=500\n[adapter]\ndiscovery-takes-ms=500\n");
     Wake();
     AwaitEvent("discovery started");
     Stall(4200);
@@ -331,11 +297,8 @@ TEST_F(Daemon, MayTellOfAStreamWhileTheAdapterIsOffWhichIsNoConnection) {
 
 TEST_F(Daemon, ReportsAPhoneThoughAnotherProgramLooksForSomethingElse) {
     constexpr const char* kOther = "another program discovers there already";
-    SetUpTv();
-    StartSimulator(kAlicePhone);
-    StartService();
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    StartAll();
+    ExpectMusic();
     EXPECT_EQ(CountLog(kOther), 0U);
     Discover("nobody's name");
     EXPECT_THAT(TvctlFailure({"doctor"}), testing::HasSubstr("FAIL  no other program discovers"));
@@ -345,23 +308,16 @@ TEST_F(Daemon, ReportsAPhoneThoughAnotherProgramLooksForSomethingElse) {
 }
 
 TEST_F(Daemon, MayBeTooOldForAPatternInAFilter) {
-    SetUpTv();
-    StartSimulator(std::string("[adapter]\nknows-pattern=false\n") + kAlicePhone);
-    AwaitEvent("adapter: powered on");
-    StartService();
+    StartAll("[adapter]\nknows-pattern=false\n");
     Wake();
     AwaitLog(std::string("Found ") + kAlice);
 }
 
 TEST_F(Daemon, TellsOfAPhoneThatConnectsByItselfAndOfItsLeave) {
-    SetUpTv();
-    StartSimulator(std::string(kAlicePhone) +
-                   "connects-by-itself-after-ms=500\ndisconnects-after-ms=500\n");
-    StartService();
-    AwaitLog(std::string("OnAudioSinkConnected("));
-    AwaitLog(std::string("result : 0, address : ") + kAlice);
+    StartAll("connects-by-itself-after-ms=500\ndisconnects-after-ms=500\n");
+    AwaitLog("OnAudioSinkConnected(");
+    AwaitLog("OnAudioSinkDisconnected(");
     EXPECT_EQ(CountLog(std::string("result : 0, address : ") + kAlice), 2U);
-    EXPECT_EQ(CountLog("OnAudioSinkDisconnected("), 1U);
     EXPECT_EQ(CountLog("bmplayer"), 0U);
 }
 
@@ -371,21 +327,14 @@ TEST_F(Air, APacketFullOfShortEntriesIsOneResultInAScan) {
     for (int company = 0; company < 63; ++company) {
         entries += std::to_string(company) + ":00;";
     }
-    SetUpTv();
-    StartSimulator(std::string(kAlicePhone) + "[phone Many]\nbonded=false\naddress=" + kBen +
-                   "\nadvertise-after-ms=10\nadvertise-every-ms=20\nmanufacturer-data=" + entries);
-    StartService();
-    Wake();
-    AwaitEvent("phone Alice: plays");
+    StartAll("[phone Many]\nbonded=false\naddress=" + std::string(kBen) +
+             "\nadvertise-after-ms=10\nadvertise-every-ms=20\nmanufacturer-data=" + entries);
+    ExpectMusic();
     EXPECT_EQ(CountLog("manufaturerDataLen size is small"), 1U);
 }
 
 TEST_F(Air, AFloodFromEverNewAddressesNeitherFillsTheLogNorHidesThePhone) {
-    SetUpTv();
-    StartSimulator(
-        std::string(kAlicePhone) +
-        "advertise-count=1\n[strangers]\ncount=200\nevery-ms=100\nrotate-address-every=1\n");
-    StartService();
+    StartAll("advertise-count=1\n[strangers]\ncount=200\nevery-ms=100\nrotate-address-every=1\n");
     Wake();
     AwaitLog(std::string("Found ") + kAlice + " in list");
     // In each of the at most six seconds that a scan touches.
@@ -395,9 +344,7 @@ TEST_F(Air, AFloodFromEverNewAddressesNeitherFillsTheLogNorHidesThePhone) {
 }
 
 TEST_F(BrokenPlayer, CostsTheMusicAndNothingElse) {
-    SetUpTv();
-    StartSimulator(kAlicePhone);
-    StartService();
+    StartAll();
     for (int i = 0; i < 2; ++i) {
         Wake();
         AwaitLog("send play cmd to bmplayer");

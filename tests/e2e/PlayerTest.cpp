@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include "common/CHandle.h"
-#include "common/Source.h"
 #include "platform/application.h"
 #include "platform/bluetooth.h"
 #include "platform/linux/application/ApplicationBus.h"
@@ -13,12 +12,19 @@
 
 namespace {
 
-class Player : public Bench {};
+class Player : public Bench {
+protected:
+    static TvSim::Scenario AliceAndBen() {
+        TvSim::Scenario scenario;
+        scenario.phones = {TvSim::MakePhone("Alice", kAlice), TvSim::MakePhone("Ben", kBen)};
+        return scenario;
+    }
+};
 
 // One that ends as soon as it has nothing to do.
 class RestlessPlayer : public Bench {
 protected:
-    RestlessPlayer() : Bench((setenv("TV_PLAYER_IDLE_MS", "200", 1), "media-player")) {}
+    RestlessPlayer() : Bench((setenv("TV_PLAYER_IDLE_MS", "200", 1), BIN_DIR "/media-player")) {}
 
     static void OnReply(GObject* bus, GAsyncResult* result, gpointer test) noexcept {
         GErrorPtr error;
@@ -43,8 +49,7 @@ protected:
 };
 
 TEST_F(Player, AsksThePhoneOfTheLaunchWhateverAnotherOneDoesAndWhenItLeft) {
-    TvSim::Scenario scenario;
-    scenario.phones = {TvSim::MakePhone("Alice", kAlice), TvSim::MakePhone("Ben", kBen)};
+    TvSim::Scenario scenario = AliceAndBen();
     scenario.phones[0].playsOnPlay = false;
     const auto simulator = Simulate(scenario);
     TvSim::Phone& alice = *simulator->FindPhone("Alice");
@@ -69,8 +74,7 @@ TEST_F(Player, AsksThePhoneOfTheLaunchWhateverAnotherOneDoesAndWhenItLeft) {
 }
 
 TEST_F(Player, IsToldByTheServiceWhichPhoneItConnectedNotWhichCameLast) {
-    TvSim::Scenario scenario;
-    scenario.phones = {TvSim::MakePhone("Alice", kAlice), TvSim::MakePhone("Ben", kBen)};
+    TvSim::Scenario scenario = AliceAndBen();
     scenario.phones[1].advertises = false;
     scenario.phones[1].playerStatus = "playing";
     SetUpTv();
@@ -110,18 +114,9 @@ TEST_F(Player, IsMeantForThePhoneThatWasAskedForLastAlsoWhenItComesAfterItsFailu
 TEST_F(Player, SaysThatThereIsNoBluetoothAndThatAnotherInstanceRuns) {
     LaunchPlay();
     AwaitPlayer("no music: bluetoothd is not there");
-    std::string complaint;
-    std::optional<std::string> end;
-    const auto second = ScenarioRunner::ChildProcess::Start(
-        {{std::string(BIN_DIR) + "/media-player"}, {}},
-        {nullptr, [&](const std::string& line) { complaint += line; },
-         [&](const std::string& how) { end = how; }},
-        complaint);
-    ASSERT_TRUE(AwaitThat([&end] { return end.has_value(); }));
-    EXPECT_EQ(*end, "status 1");
-    EXPECT_NE(complaint.find("com.velmora.tv.bmp cannot be launched: another process has its name"),
-              std::string::npos)
-        << complaint;
+    EXPECT_THAT(
+        Run("media-player", {}, "status 1").back(),
+        testing::HasSubstr("com.velmora.tv.bmp cannot be launched: another process has its name"));
 }
 
 TEST_F(RestlessPlayer, LosesNoLaunchThatComesWhileItEnds) {

@@ -87,7 +87,7 @@ int Release(T* handle) {
     return 0;
 }
 
-// Reads the value of a key in its own type alone.
+// Reads the value of a key, which must have that type.
 template <typename T, typename Out>
 int Read(const std::map<std::string, Value>& store, const char* key, Out* value) {
     const auto found = store.find(key);
