@@ -60,7 +60,6 @@ bool FinishLaunch(app_control_error_e result) {
 extern "C" {
 
 int app_control_create(app_control_h* handle) {
-    FAKE_QUERY_ANYWHERE();
     REFUSE_IF(handle == nullptr);
     *handle = Fake::Give(app_control_s());
     return 0;
@@ -136,7 +135,6 @@ int app_control_send_launch_request_async(app_control_h handle,
 }
 
 int app_manager_is_running(const char* app_id, bool* running) {
-    FAKE_QUERY_ANYWHERE(app_id);
     REFUSE_IF(running == nullptr);
     const Fake::Application* application = Fake::Find(app_id);
     *running = application != nullptr && application->running;
@@ -144,7 +142,6 @@ int app_manager_is_running(const char* app_id, bool* running) {
 }
 
 int app_manager_get_app_context(const char* app_id, app_context_h* context) {
-    FAKE_QUERY_ANYWHERE();
     const Fake::Application* application = Fake::Find(app_id);
     FAKE_REFUSE_IF(application == nullptr || !application->running,
                    APP_CONTROL_ERROR_APP_NOT_FOUND);

@@ -27,7 +27,7 @@ protected:
         world.ambientType = 1;
         world.devices = {{kA, {}}};
         Register({kA});
-        Send(kMobileUpdateCommand, g_variant_new("(s)", Command("Y").c_str()));
+        Send(kMobileUpdateCommand, g_variant_new("(s)", Command(kA, "Y").c_str()));
         Fake::RunPending();
         Fake::ClearRecord();
     }
@@ -36,9 +36,6 @@ protected:
         EXPECT_THAT(Fake::Leftovers(), Each(StartsWith("watch on ")));
     }
 
-    static std::string Command(const std::string& value) {
-        return R"({"btMac":")" + kA + R"(","value":")" + value + R"("})";
-    }
     void Send(const std::string& name, GVariant* parameters = g_variant_new("()")) {
         const GVariantPtr owned(g_variant_ref_sink(parameters));
         app.HandleDbusMessage(name, owned.get());
@@ -146,12 +143,12 @@ TEST_F(AutoConnectAppTest, DoesWhatTheDoctorSays) {
 }
 
 TEST_F(AutoConnectAppTest, MobileUpdateReachesTheList) {
-    Send(kMobileUpdateCommand, g_variant_new("(s)", Command("N").c_str()));
+    Send(kMobileUpdateCommand, g_variant_new("(s)", Command(kA, "N").c_str()));
     EXPECT_EQ(Fake::TextKey(kSettingsKey), Settings({{kA, "N"}}));
     EXPECT_EQ(Fake::TextKey(kResultKey), "") << "at once";
     EXPECT_EQ(Fake::TakeStory("service").front(), "I service OnAutoConMobileUpdate: +");
     Fake::TheWorld().features.clear();
-    Send(kMobileUpdateCommand, g_variant_new("(s)", Command("Y").c_str()));
+    Send(kMobileUpdateCommand, g_variant_new("(s)", Command(kA, "Y").c_str()));
     EXPECT_THAT(Fake::TakeStory("service"), ElementsAre("I service OnAutoConMobileUpdate: +"));
 }
 

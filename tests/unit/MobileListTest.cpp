@@ -42,11 +42,7 @@ std::string Result(const Texts& phones) {
 // These are registered and switch the TV.
 Build Ordered(const char* name, const Texts& registered, const Texts& mirroring,
               const Texts& list) {
-    std::vector<std::pair<std::string, std::string>> phones;
-    for (const std::string& phone : registered) {
-        phones.emplace_back(phone, "Y");
-    }
-    return {name, Settings(phones),    Packed(registered), Joined(list, " "), Result(registered),
+    return {name, Enabled(registered), Packed(registered), Joined(list, " "), Result(registered),
             {},   Mirroring(mirroring)};
 }
 
@@ -63,7 +59,7 @@ std::vector<Build> Builds() {
         {"NoPhones", {}, Packed({kA}), "", "", {none}},
         {"SettingsOfAnotherType", 5, Packed({kA}), "", "", {none}},
         {"NoneSwitchesTheTv",
-         Settings({{kA, "Y"}}),
+         Enabled({kA}),
          "",
          "",
          "",
@@ -75,7 +71,7 @@ std::vector<Build> Builds() {
          kC,
          Result({kC}),
          {}},
-        {"MaskedAsWrittenListedInUpperCase", Settings({{kLow, "Y"}}), masked, kA, masked, {}},
+        {"MaskedAsWrittenListedInUpperCase", Enabled({kLow}), masked, kA, masked, {}},
         {"AddressOfAnotherLength",
          Settings({{"A0:B1", "Y"}, {kA, "Y"}}),
          Packed({kA}),
@@ -220,12 +216,8 @@ struct Update {
     std::string line;   // its expected beginning
 };
 
-std::string Command(const std::string& address, const std::string& value) {
-    return R"({"btMac":")" + address + R"(","value":")" + value + R"("})";
-}
-
 std::vector<Update> Updates() {
-    const std::string stored = Settings({{kA, "Y"}, {kB, "Y"}});
+    const std::string stored = Enabled({kA, kB});
     const std::string added = Settings({{kA, "Y"}, {kB, "Y"}, {kC, "N"}});
     const std::string json = "Json exception : ";
     return {

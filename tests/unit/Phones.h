@@ -34,6 +34,11 @@ inline std::string Joined(const std::vector<std::string>& texts, const std::stri
     return joined;
 }
 
+// What a phone sends to change its own setting.
+inline std::string Command(const std::string& address, const std::string& value) {
+    return R"({"btMac":")" + address + R"(","value":")" + value + R"("})";
+}
+
 // "[{"address":"...","value":"Y"},...]"; the other key's list has the shape of `Mirroring`.
 inline std::string Settings(const std::vector<std::pair<std::string, std::string>>& phones) {
     std::vector<std::string> elements;
@@ -58,13 +63,17 @@ inline std::vector<std::string> MaskedAll(std::vector<std::string> phones) {
     return phones;
 }
 
-// The phones that qualify for automatic connection, in this order.
-inline void Register(const std::vector<std::string>& phones) {
+inline std::string Enabled(const std::vector<std::string>& phones) {
     std::vector<std::pair<std::string, std::string>> settings;
     for (const std::string& address : phones) {
         settings.emplace_back(address, "Y");
     }
-    Fake::WriteKey(kSettingsKey, Settings(settings));
+    return Settings(settings);
+}
+
+// The phones that qualify for automatic connection, in this order.
+inline void Register(const std::vector<std::string>& phones) {
+    Fake::WriteKey(kSettingsKey, Enabled(phones));
     Fake::WriteKey(kOnOffKey, Joined(MaskedAll(phones), ";"));
     Fake::WriteKey(kMirroringKey, Mirroring({}));
 }
