@@ -378,8 +378,7 @@ TEST_F(BTDatabaseTest, KeepsWhatItAcknowledgedWhenItIsKilled) {
             }
             _exit(1);
         }
-        int status = 0;
-        while (!isAcknowledged[next] && waitpid(writer, &status, WNOHANG) == 0) {
+        while (!isAcknowledged[next] && waitpid(writer, nullptr, WNOHANG) == 0) {
             usleep(100);
         }
         ASSERT_TRUE(isAcknowledged[next]) << "the writer gave up";
