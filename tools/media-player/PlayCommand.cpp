@@ -7,7 +7,6 @@
 
 #include "platform/linux/base/DbusError.h"
 #include "platform/linux/bluez/Path.h"
-#include "tools/media-player/MediaPlayerLog.h"
 
 namespace {
 
@@ -18,8 +17,7 @@ constexpr const char* kPlaying = "playing";
 
 }  // namespace
 
-PlayCommand::PlayCommand(Bluez::Mirror& mirror, std::string phone,
-                         std::function<void(bool plays)> whenDone)
+PlayCommand::PlayCommand(Bluez::Mirror& mirror, std::string phone, std::function<void()> whenDone)
     : m_mirror(mirror), m_phone(std::move(phone)), m_whenDone(std::move(whenDone)) {
     m_mirror.AddListener(this);
     m_deadline = Timer::Once(kAppearMs, [this] { OnDeadline(); });
@@ -43,7 +41,7 @@ void PlayCommand::Look() {
     }
     if (*player->status == kPlaying) {
         PLAYER_INFO("%s plays", m_phone.c_str());
-        Finish(true);
+        Finish();
     } else if (m_player.empty()) {
         Play(path);
     }
@@ -92,7 +90,7 @@ void PlayCommand::Play(const std::string& player) {
                              if (error != nullptr) {
                                  PLAYER_ERROR("the play command failed: %s",
                                               Platform::DescribeError(*error).c_str());
-                                 Finish(false);
+                                 Finish();
                              }
                          });
 }
@@ -100,19 +98,15 @@ void PlayCommand::Play(const std::string& player) {
 void PlayCommand::OnDeadline() {
     const std::string phone = m_phone.empty() ? "" : " from " + m_phone;
     PLAYER_ERROR("no music%s: %s", phone.c_str(), WhySilent().c_str());
-    Finish(false);
+    Finish();
 }
 
-void PlayCommand::Finish(bool plays) {
-    m_play.Drop();
-    m_look.Cancel();
-    m_deadline.Cancel();
-    if (const std::function<void(bool)> whenDone = std::exchange(m_whenDone, nullptr)) {
-        whenDone(plays);
-    }
+void PlayCommand::Finish() {
+    const std::function<void()> whenDone = std::move(m_whenDone);  // outlives the command
+    whenDone();
 }
 
-// Should it come back in time, it is told anew.
+// If the phone comes back in time, its player is told to play again.
 void PlayCommand::OnDeviceDisconnected(const std::string& path) {
     if (Bluez::IsBelow(m_player, path)) {
         m_player.clear();

@@ -7,18 +7,22 @@
 
 #include "common/Source.h"
 #include "platform/linux/bluez/Mirror.h"
+#include "platform/system_log.h"
 
-// Has the player of a phone play, and finds out whether it then does: a phone agrees to every play
-// command, so its answer proves nothing and only its player's own state does. Waits a while for a
-// phone and a player that are late. Says on the log what came of it. Other phones are none of its
-// business, whatever they do and whatever this one does: their owners did not just come home. Main
-// loop only.
+// The media player's log lines, printf style.
+#define PLAYER_INFO(...) __dlog_print(LOG_ID_MAIN, DLOG_INFO, "MEDIA_PLAYER", __VA_ARGS__)
+#define PLAYER_WARN(...) __dlog_print(LOG_ID_MAIN, DLOG_WARN, "MEDIA_PLAYER", __VA_ARGS__)
+#define PLAYER_ERROR(...) __dlog_print(LOG_ID_MAIN, DLOG_ERROR, "MEDIA_PLAYER", __VA_ARGS__)
+
+// Tells the player of a phone to play, and finds out whether it then does: a phone accepts every
+// play command, so its answer proves nothing; only the state of its player does. Waits a while for
+// a phone and a player that are late. Logs the result. Leaves other phones alone, whatever they and
+// this one do: their owners did not just come home. Main loop only.
 class PlayCommand : private Bluez::Listener {
 public:
     // `phone` is an address in upper case; empty for the phone that connected last when one is seen
-    // first. `whenDone` is called once, on the main loop, with whether the phone plays; it may
-    // destroy the command.
-    PlayCommand(Bluez::Mirror& mirror, std::string phone, std::function<void(bool plays)> whenDone);
+    // first. `whenDone` is called once, on the main loop, and must destroy the command.
+    PlayCommand(Bluez::Mirror& mirror, std::string phone, std::function<void()> whenDone);
     ~PlayCommand() override;
 
 private:
@@ -31,7 +35,7 @@ private:
     [[nodiscard]] std::string WhySilent() const;
     void Play(const std::string& player);
     void OnDeadline();
-    void Finish(bool plays);
+    void Finish();
 
     void OnPlayerChanged(const std::string& /*path*/) override { LookSoon(); }
     void OnTransportAdded(const std::string& /*device*/) override { LookSoon(); }
@@ -39,7 +43,7 @@ private:
 
     Bluez::Mirror& m_mirror;
     std::string m_phone;
-    std::function<void(bool)> m_whenDone;
+    std::function<void()> m_whenDone;
     std::string m_player;  // object path of the player that was told to play; empty before
     Bluez::Call m_play;
     Timer m_look;
