@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fuzz/Check.h"
 #include "fuzz/ScratchFile.h"
-#include "tools/tv-sim/ScenarioFile.h"
+#include "tools/tv-sim/Scenario.h"
 
 // A scenario file.
 

@@ -2,16 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/scenario-runner/ChildProcess.h"
 
-#include <gio/gio.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <fstream>
-
-#include "common/CHandle.h"
-#include "common/Source.h"
 
 namespace ScenarioRunner {
 namespace {
@@ -38,77 +34,6 @@ std::string DescribeEnd(GSubprocess* process) {
 
 }  // namespace
 
-struct ChildProcess::State : std::enable_shared_from_this<State> {
-    // What an asynchronous call holds, so that it may complete after the owner has gone.
-    struct Pending {
-        std::shared_ptr<State> state;
-        bool errorStream;
-    };
-
-    void Read(bool errorStream) {
-        GDataInputStream* stream = (errorStream ? error : output).get();
-        g_data_input_stream_read_line_async(stream, G_PRIORITY_DEFAULT, cancellable.get(), OnLine,
-                                            new Pending{shared_from_this(), errorStream});
-    }
-
-    static void OnLine(GObject* source, GAsyncResult* result, gpointer data) noexcept {
-        const std::unique_ptr<Pending> pending(static_cast<Pending*>(data));
-        State& self = *pending->state;
-        gsize length = 0;
-        const GStringPtr line(g_data_input_stream_read_line_finish(
-            reinterpret_cast<GDataInputStream*>(source), result, &length, nullptr));
-        if (line == nullptr) {
-            ++self.closedStreams;
-            self.EndIfComplete(false);
-            return;
-        }
-        const auto& handler = pending->errorStream ? self.handlers.onError : self.handlers.onOutput;
-        if (handler) {
-            handler(std::string(line.get(), length));
-        }
-        if (g_cancellable_is_cancelled(self.cancellable.get()) == FALSE) {
-            self.Read(pending->errorStream);
-        }
-    }
-
-    static void OnExit(GObject* source, GAsyncResult* result, gpointer data) noexcept {
-        const std::unique_ptr<Pending> pending(static_cast<Pending*>(data));
-        State& self = *pending->state;
-        if (g_subprocess_wait_finish(reinterpret_cast<GSubprocess*>(source), result, nullptr) ==
-            FALSE) {
-            return;  // cancelled: the owner has gone
-        }
-        self.exited = true;
-        self.lastLines = Timer::Once(kLastLinesMs, [state = self.weak_from_this()] {
-            if (const auto locked = state.lock()) {
-                locked->EndIfComplete(true);
-            }
-        });
-        self.EndIfComplete(false);
-    }
-
-    void EndIfComplete(bool dontWait) {
-        if (exited && !ended && (dontWait || closedStreams == 2)) {
-            ended = true;
-            lastLines.Cancel();
-            if (handlers.onEnd) {
-                const auto onEnd = handlers.onEnd;  // the handler may drop this process
-                onEnd(DescribeEnd(process.get()));
-            }
-        }
-    }
-
-    GObjectPtr<GSubprocess> process;
-    GObjectPtr<GDataInputStream> output;
-    GObjectPtr<GDataInputStream> error;
-    GObjectPtr<GCancellable> cancellable;
-    Handlers handlers;
-    Timer lastLines;
-    int closedStreams = 0;
-    bool exited = false;
-    bool ended = false;
-};
-
 std::unique_ptr<ChildProcess> ChildProcess::Start(const Command& command, Handlers handlers,
                                                   std::string& error) {
     const GObjectPtr<GSubprocessLauncher> launcher(
@@ -125,40 +50,84 @@ std::unique_ptr<ChildProcess> ChildProcess::Start(const Command& command, Handle
     }
     arguments.push_back(nullptr);
     GErrorPtr failure;
-    auto state = std::make_shared<State>();
-    state->process.reset(
+    GObjectPtr<GSubprocess> process(
         g_subprocess_launcher_spawnv(launcher.get(), arguments.data(), Out(failure)));
-    if (state->process == nullptr) {
+    if (process == nullptr) {
         error = failure->message;
         return nullptr;
     }
-    GSubprocess* process = state->process.get();
-    state->output.reset(g_data_input_stream_new(g_subprocess_get_stdout_pipe(process)));
-    state->error.reset(g_data_input_stream_new(g_subprocess_get_stderr_pipe(process)));
-    state->cancellable.reset(g_cancellable_new());
-    state->handlers = std::move(handlers);
-    state->Read(false);
-    state->Read(true);
-    g_subprocess_wait_async(process, state->cancellable.get(), State::OnExit,
-                            new State::Pending{state, false});
-    return std::unique_ptr<ChildProcess>(new ChildProcess(std::move(state)));
+    return std::unique_ptr<ChildProcess>(new ChildProcess(std::move(process), std::move(handlers)));
+}
+
+ChildProcess::ChildProcess(GObjectPtr<GSubprocess> process, Handlers handlers)
+    : m_process(std::move(process)),
+      m_handlers(std::move(handlers)),
+      m_output(g_data_input_stream_new(g_subprocess_get_stdout_pipe(m_process.get()))),
+      m_error(g_data_input_stream_new(g_subprocess_get_stderr_pipe(m_process.get()))),
+      m_cancellable(g_cancellable_new()) {
+    Read(m_output.get());
+    Read(m_error.get());
+    g_subprocess_wait_async(m_process.get(), m_cancellable.get(), OnExit, this);
 }
 
 ChildProcess::~ChildProcess() {
-    if (Running()) {
-        g_subprocess_force_exit(m_state->process.get());
-    }
-    m_state->handlers = {};
-    g_cancellable_cancel(m_state->cancellable.get());
-}
-
-bool ChildProcess::Running() const {
-    return !m_state->exited;
+    Signal(SIGKILL);
+    g_cancellable_cancel(m_cancellable.get());
 }
 
 void ChildProcess::Signal(int signal) {
     if (Running()) {
-        g_subprocess_send_signal(m_state->process.get(), signal);
+        g_subprocess_send_signal(m_process.get(), signal);
+    }
+}
+
+void ChildProcess::Read(GDataInputStream* stream) {
+    g_data_input_stream_read_line_async(stream, G_PRIORITY_DEFAULT, m_cancellable.get(), OnLine,
+                                        this);
+}
+
+void ChildProcess::OnLine(GObject* stream, GAsyncResult* result, gpointer userData) noexcept {
+    auto* input = reinterpret_cast<GDataInputStream*>(stream);
+    gsize length = 0;
+    GErrorPtr failure;
+    const GStringPtr line(
+        g_data_input_stream_read_line_finish(input, result, &length, Out(failure)));
+    if (g_error_matches(failure.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) {
+        return;  // the owner has gone
+    }
+    auto* self = static_cast<ChildProcess*>(userData);
+    if (line == nullptr) {
+        if (--self->m_openStreams == 0 && self->m_exited) {
+            self->End();
+        }
+        return;
+    }
+    const bool isError = input == self->m_error.get();
+    if (const auto& handler = isError ? self->m_handlers.onError : self->m_handlers.onOutput) {
+        handler(std::string(line.get(), length));
+    }
+    self->Read(input);
+}
+
+void ChildProcess::OnExit(GObject* process, GAsyncResult* result, gpointer userData) noexcept {
+    if (g_subprocess_wait_finish(reinterpret_cast<GSubprocess*>(process), result, nullptr) ==
+        FALSE) {
+        return;  // cancelled: the owner has gone
+    }
+    auto* self = static_cast<ChildProcess*>(userData);
+    self->m_exited = true;
+    if (self->m_openStreams == 0) {
+        self->End();
+    } else {
+        self->m_lastLines = Timer::Once(kLastLinesMs, [self] { self->End(); });
+    }
+}
+
+// Called once, or a second time by a stream that ends later than the wait for it.
+void ChildProcess::End() {
+    m_lastLines.Cancel();
+    if (const auto onEnd = std::exchange(m_handlers.onEnd, nullptr)) {
+        onEnd(DescribeEnd(m_process.get()));
     }
 }
 

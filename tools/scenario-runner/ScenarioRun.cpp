@@ -3,9 +3,16 @@
 #include "tools/scenario-runner/ScenarioRun.h"
 
 #include <csignal>
+#include <cstdio>
+#include <memory>
+#include <vector>
 
 #include "autoconnect/src/DbusInterface.h"
+#include "common/CHandle.h"
 #include "common/PrintableText.h"
+#include "common/Source.h"
+#include "tools/scenario-runner/ChildProcess.h"
+#include "tools/scenario-runner/Verdict.h"
 
 namespace ScenarioRunner {
 namespace {
@@ -20,27 +27,14 @@ std::string Seconds(gint64 us) {
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
 }
 
-using Children = std::vector<ChildProcess*>;
-
-void SignalAll(const Children& children, int signal) {
-    for (ChildProcess* child : children) {
-        if (child != nullptr) {
-            child->Signal(signal);
-        }
+// Asks the process to end, and kills it when it does not within some seconds.
+void Stop(ChildProcess* child) {
+    if (child == nullptr) {
+        return;
     }
-}
-
-bool AnyRuns(const Children& children) {
-    return std::any_of(children.begin(), children.end(), [](const ChildProcess* child) {
-        return child != nullptr && child->Running();
-    });
-}
-
-// Asks the processes to end, and kills those that do not within some seconds.
-void Stop(const Children& children) {
-    SignalAll(children, SIGTERM);
-    const Timer impatience = Timer::Once(kStopMs, [&] { SignalAll(children, SIGKILL); });
-    while (AnyRuns(children)) {
+    child->Signal(SIGTERM);
+    const Timer impatience = Timer::Once(kStopMs, [child] { child->Signal(SIGKILL); });
+    while (child->Running()) {
         g_main_context_iteration(nullptr, TRUE);
     }
 }
@@ -52,238 +46,246 @@ void WriteLine(FILE* file, const std::string& line) {
     }
 }
 
-}  // namespace
+// One run: its processes, and what came of them so far.
+class ScenarioRun {
+public:
+    ScenarioRun(const Options& options, const TvSim::Scenario& scenario, const Workspace& workspace)
+        : m_options(options),
+          m_scenario(scenario),
+          m_workspace(workspace),
+          m_verdict(scenario),
+          m_serviceLog(std::fopen((workspace.Path() + "/service.log").c_str(), "we")),
+          m_simulatorLog(std::fopen((workspace.Path() + "/simulator.log").c_str(), "we")) {}
 
-ScenarioRun::ScenarioRun(Options options, TvSim::Scenario scenario, Workspace& workspace)
-    : m_options(std::move(options)),
-      m_scenario(std::move(scenario)),
-      m_workspace(workspace),
-      m_verdict(m_scenario),
-      m_loop(g_main_loop_new(nullptr, FALSE)),
-      m_serviceLog(std::fopen((workspace.Path() + "/service.log").c_str(), "we")),
-      m_simulatorLog(std::fopen((workspace.Path() + "/simulator.log").c_str(), "we")) {}
-
-std::string ScenarioRun::Run() {
-    AdoptOrphans();
-    const auto interrupt = [this] { Finish(false, "interrupted"); };
-    const Source signals[] = {Source::OnSignal(SIGINT, interrupt),
-                              Source::OnSignal(SIGTERM, interrupt),
-                              Source::OnSignal(SIGHUP, interrupt)};
-    m_deadline =
-        Timer::Once(kStartMs, [this] { Finish(false, "the service was not ready within 20 s"); });
-    StartBus();
-    if (!m_finished) {
-        g_main_loop_run(m_loop.get());
-    }
-    StopAll();
-    KillChildren();
-    return m_result;
-}
-
-std::unique_ptr<ChildProcess> ScenarioRun::Start(const std::string& program,
-                                                 std::vector<std::string> arguments,
-                                                 ChildProcess::Handlers handlers) {
-    arguments.insert(arguments.begin(), program);
-    if (!handlers.onError) {
-        // What a process said last explains its end best.
-        const auto lastWords = std::make_shared<std::string>();
-        handlers.onError = [lastWords](const std::string& line) { *lastWords = ": " + line; };
-        handlers.onEnd = [lastWords, onEnd = handlers.onEnd](const std::string& how) {
-            onEnd(how.empty() ? how : how + *lastWords);
-        };
-    }
-    ChildProcess::Command command{
-        std::move(arguments),
-        {{"DBUS_SYSTEM_BUS_ADDRESS", m_workspace.BusAddress()}, {"TV_ROOT", m_workspace.Root()}}};
-    if (m_options.colour) {
-        command.environment.emplace_back("TV_LOG_COLOUR", "always");
-    }
-    std::string error;
-    auto child = ChildProcess::Start(command, std::move(handlers), error);
-    if (child == nullptr) {
-        Finish(false, program + " cannot be started: " + error);
-    }
-    return child;
-}
-
-void ScenarioRun::StartBus() {
-    ChildProcess::Handlers handlers;
-    handlers.onOutput = [this](const std::string& /*address*/) { StartSimulator(); };
-    handlers.onEnd = [this](const std::string& how) { Finish(false, "the bus ended, " + how); };
-    m_bus = Start("dbus-daemon",
-                  {"--config-file=" + m_workspace.BusConfiguration(), "--nofork", "--nopidfile",
-                   "--print-address=1"},
-                  std::move(handlers));
-}
-
-void ScenarioRun::StartSimulator() {
-    ChildProcess::Handlers handlers;
-    handlers.onOutput = [this](const std::string& line) { OnSimulatorLine(line); };
-    handlers.onEnd = [this](const std::string& how) {
-        Finish(false, (m_bus->Running() ? "the simulator ended, "
-                                        : "the bus ended and with it "
-                                          "the simulator, ") +
-                          how);
-    };
-    m_simulator = Start(m_options.binDir + "/tv-sim", {"--scenario", m_options.scenarioFile},
-                        std::move(handlers));
-}
-
-void ScenarioRun::QueueSettings() {
-    const TvSim::TvPlan& tv = m_scenario.tv;
-    m_queue = {{"feature", "set", kProductLine, tv.zemi ? "true" : "false"},
-               {"power", "set", "wakeup-reason", std::to_string(tv.wakeupReason)},
-               {"power", "set", "ambient-mode", std::to_string(tv.ambientMode)},
-               {"power", "set", "ambient-type", std::to_string(tv.ambientType)}};
-    for (const auto& [feature, value] : tv.features) {
-        m_queue.push_back({"feature", "set", feature, value});
-    }
-    for (const auto& [key, value] : tv.keys) {
-        m_queue.push_back({"conf", "set", key, value});
-    }
-    using Registered = TvSim::PhonePlan::Registered;
-    for (const TvSim::PhonePlan& phone : m_scenario.phones) {
-        if (phone.registered == Registered::kOn) {
-            m_queue.push_back({"phone", "add", phone.address});
-        } else if (phone.registered == Registered::kOff) {
-            m_queue.push_back({"phone", "add", phone.address, "--off"});
+    // From the start of the bus to the end of the scenario.
+    void Play() {
+        const auto interrupt = [this] { Finish(false, "interrupted"); };
+        const Source signals[] = {Source::OnSignal(SIGINT, interrupt),
+                                  Source::OnSignal(SIGTERM, interrupt),
+                                  Source::OnSignal(SIGHUP, interrupt)};
+        m_deadline = Timer::Once(
+            kStartMs, [this] { Finish(false, "the service was not ready within 20 s"); });
+        if (StartBus() && StartSimulator() && SetUpTv() && StartService() && WakeUp()) {
+            Await(false);
+        }
+        m_deadline.Cancel();
+        m_settle.Cancel();
+        // The bus ends last, so that the others can still say goodbye on it.
+        for (const auto* child : {&m_service, &m_simulator, &m_bus}) {
+            Stop(child->get());
         }
     }
-}
 
-void ScenarioRun::QueueWakeUp() {
-    for (const auto& [phone, on] : m_scenario.wake.updates) {
-        m_queue.push_back({"phone", on ? "on" : "off", m_scenario.FindPhone(phone)->address});
-    }
-    m_queue.push_back({"wake"});
-}
+    [[nodiscard]] bool Succeeded() const { return m_succeeded; }
+    // The last line: "OK ..." or "FAILED ...". Empty until it is finished.
+    [[nodiscard]] const std::string& Result() const { return m_result; }
 
-void ScenarioRun::RunQueued(std::function<void()> next) {
-    if (m_queue.empty()) {
-        next();
-        return;
+private:
+    using Arguments = std::vector<std::string>;
+
+    std::unique_ptr<ChildProcess> Start(const std::string& program, Arguments arguments,
+                                        ChildProcess::Handlers handlers) {
+        arguments.insert(arguments.begin(), program);
+        if (!handlers.onError) {
+            // What a process said last explains its end best.
+            const auto lastWords = std::make_shared<std::string>();
+            handlers.onError = [lastWords](const std::string& line) { *lastWords = ": " + line; };
+            handlers.onEnd = [lastWords, onEnd = handlers.onEnd](const std::string& how) {
+                onEnd(how.empty() ? how : how + *lastWords);
+            };
+        }
+        ChildProcess::Command command{std::move(arguments),
+                                      {{"DBUS_SYSTEM_BUS_ADDRESS", m_workspace.BusAddress()},
+                                       {"TV_ROOT", m_workspace.Root()}}};
+        if (m_options.colour) {
+            command.environment.emplace_back("TV_LOG_COLOUR", "always");
+        }
+        std::string error;
+        auto child = ChildProcess::Start(command, std::move(handlers), error);
+        if (child == nullptr) {
+            Finish(false, program + " cannot be started: " + error);
+        }
+        return child;
     }
-    const std::vector<std::string> arguments = m_queue.front();
-    m_queue.pop_front();
-    ChildProcess::Handlers handlers;
-    handlers.onEnd = [this, arguments, next = std::move(next)](const std::string& how) {
-        if (how.empty()) {
-            RunQueued(next);
+
+    // Lets things happen until the condition holds (true) or the run is finished.
+    bool Await(const bool& condition) const {
+        while (!condition && m_result.empty()) {
+            g_main_context_iteration(nullptr, TRUE);
+        }
+        return m_result.empty();
+    }
+
+    bool StartBus() {
+        m_bus = Start("dbus-daemon",
+                      {"--config-file=" + m_workspace.BusConfiguration(), "--nofork", "--nopidfile",
+                       "--print-address=1"},
+                      {[this](const std::string& /*address*/) { m_busUp = true; }, nullptr,
+                       [this](const std::string& how) { Finish(false, "the bus ended, " + how); }});
+        return Await(m_busUp);
+    }
+
+    bool StartSimulator() {
+        m_simulator = Start(m_options.binDir + "/tv-sim", {"--scenario", m_options.scenarioFile},
+                            {[this](const std::string& line) { OnSimulatorLine(line); }, nullptr,
+                             [this](const std::string& how) {
+                                 const char* bus =
+                                     m_bus->Running() ? "" : "the bus ended and with it ";
+                                 Finish(false, bus + ("the simulator ended, " + how));
+                             }});
+        return Await(m_simulatorUp);
+    }
+
+    bool SetUpTv() {
+        const TvSim::TvPlan& tv = m_scenario.tv;
+        std::vector<Arguments> commands = {
+            {"feature", "set", kProductLine, tv.zemi ? "true" : "false"},
+            {"power", "set", "wakeup-reason", std::to_string(tv.wakeupReason)},
+            {"power", "set", "ambient-mode", std::to_string(tv.ambientMode)},
+            {"power", "set", "ambient-type", std::to_string(tv.ambientType)}};
+        for (const auto& [feature, value] : tv.features) {
+            commands.push_back({"feature", "set", feature, value});
+        }
+        for (const auto& [key, value] : tv.keys) {
+            commands.push_back({"conf", "set", key, value});
+        }
+        for (const TvSim::PhonePlan& phone : m_scenario.phones) {
+            if (phone.registered == "on") {
+                commands.push_back({"phone", "add", phone.address});
+            } else if (phone.registered == "off") {
+                commands.push_back({"phone", "add", phone.address, "--off"});
+            }
+        }
+        return Tvctl(commands);
+    }
+
+    bool StartService() {
+        m_service =
+            Start(m_options.binDir + "/bt-autoconnect", {},
+                  {nullptr, [this](const std::string& line) { OnServiceLine(line); },
+                   [this](const std::string& how) {
+                       Finish(false, "the service ended, " + (how.empty() ? "status 0" : how));
+                   }});
+        const TvSim::AdapterPlan& adapter = m_scenario.adapter;
+        const bool isReadySoon = adapter.present && adapter.powered && adapter.appearsAfterMs == 0;
+        return Await(m_nameOwned) && Await(m_objectsRead) &&
+               (!isReadySoon || Await(m_adapterReady));
+    }
+
+    bool WakeUp() {
+        m_wokenAtUs = g_get_monotonic_time();
+        m_deadline = Timer::Once(m_scenario.expect.withinMs, [this] {
+            const std::string problem = m_verdict.ProblemAtEnd();
+            Finish(problem.empty(),
+                   problem + " within " + Seconds(gint64{1000} * m_scenario.expect.withinMs));
+        });
+        std::vector<Arguments> commands;
+        for (const auto& [phone, setting] : m_scenario.updates) {
+            commands.push_back({"phone", setting, m_scenario.FindPhone(phone)->address});
+        }
+        commands.push_back({"wake"});
+        return Tvctl(commands);
+    }
+
+    // Runs tvctl with each of the argument lists; false when the run is finished.
+    bool Tvctl(const std::vector<Arguments>& commands) {
+        for (const Arguments& arguments : commands) {
+            bool hasEnded = false;
+            const auto onEnd = [&](const std::string& how) {
+                hasEnded = true;
+                if (!how.empty()) {
+                    std::string command = "tvctl";
+                    for (const std::string& argument : arguments) {
+                        command += " " + argument;
+                    }
+                    Finish(false, "'" + command + "' failed, " + how);
+                }
+            };
+            const auto tvctl =
+                Start(m_options.binDir + "/tvctl", arguments, {nullptr, nullptr, onEnd});
+            if (!Await(hasEnded)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void OnServiceLine(const std::string& line) {
+        if (!m_options.quiet) {
+            WriteLine(stderr, line);
+        }
+        const std::string plain = WithoutColours(line);
+        WriteLine(m_serviceLog.get(), plain);
+        m_nameOwned |= Holds(plain, std::string("Name acquired ") + kServiceName);
+        m_verdict.OnLogLine(plain);
+        Judge();
+    }
+
+    void OnSimulatorLine(const std::string& line) {
+        WriteLine(m_simulatorLog.get(), line);
+        m_simulatorUp |= Holds(line, " bus: name org.bluez acquired");
+        m_objectsRead |= m_service != nullptr && Holds(line, " bus: objects read by ");
+        m_adapterReady |= Holds(line, " adapter: powered on");
+        m_verdict.OnSimulatorLine(line);
+        Judge();
+    }
+
+    void Judge() {
+        if (m_wokenAtUs == 0) {
             return;
         }
-        std::string command = "tvctl";
-        for (const std::string& argument : arguments) {
-            command += " " + argument;
+        if (m_verdict.Spoilt()) {
+            Finish(false, m_verdict.ProblemAtEnd());
+        } else if (m_verdict.Reached() && !m_settling) {
+            m_settling = true;
+            m_settle = Timer::Once(m_scenario.expect.settleMs, [this] {
+                Finish(m_verdict.Reached(), m_verdict.ProblemAtEnd());
+            });
         }
-        Finish(false, "'" + command + "' failed, " + how);
-    };
-    m_tvctl = Start(m_options.binDir + "/tvctl", arguments, std::move(handlers));
-}
-
-void ScenarioRun::StartService() {
-    GErrorPtr error;
-    m_connection.reset(g_dbus_connection_new_for_address_sync(
-        m_workspace.BusAddress().c_str(),
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-        nullptr, nullptr, Out(error)));
-    if (m_connection == nullptr) {
-        Finish(false, std::string("the bus cannot be reached: ") + error->message);
-        return;
     }
-    m_nameWatch =
-        BusWatch::OnName(m_connection.get(), kServiceName, OnServiceNameAppeared, nullptr, this);
-    ChildProcess::Handlers handlers;
-    handlers.onError = [this](const std::string& line) { OnServiceLine(line); };
-    handlers.onEnd = [this](const std::string& how) {
-        Finish(false, "the service ended, " + (how.empty() ? "status 0" : how));
-    };
-    m_service = Start(m_options.binDir + "/bt-autoconnect", {}, std::move(handlers));
-}
 
-void ScenarioRun::OnServiceNameAppeared(GDBusConnection* /*connection*/, const char* /*name*/,
-                                        const char* /*owner*/, gpointer userData) noexcept {
-    auto* self = static_cast<ScenarioRun*>(userData);
-    self->m_nameOwned = true;
-    self->OnReadyPart();
-}
-
-void ScenarioRun::OnReadyPart() {
-    const TvSim::AdapterPlan& adapter = m_scenario.adapter;
-    const bool isReadySoon = adapter.present && adapter.powered && adapter.appearsAfterMs == 0;
-    if (m_nameOwned && m_objectsRead && (m_adapterReady || !isReadySoon) && m_wokenAtUs == 0) {
-        WakeUp();
+    // Ends the run; the first call decides.
+    void Finish(bool succeeded, const std::string& what) {
+        if (m_result.empty()) {
+            m_succeeded = succeeded;
+            m_result = succeeded ? "OK " + m_scenario.name + ": " + m_verdict.Outcome() + " (" +
+                                       Seconds(g_get_monotonic_time() - m_wokenAtUs) + ")"
+                                 : "FAILED " + m_scenario.name + ": " + what;
+        }
     }
-}
 
-void ScenarioRun::WakeUp() {
-    m_wokenAtUs = g_get_monotonic_time();
-    QueueWakeUp();
-    RunQueued([] {});
-    m_deadline = Timer::Once(m_scenario.expect.withinMs, [this] {
-        const std::string problem = m_verdict.ProblemAtEnd();
-        Finish(problem.empty(),
-               problem + " within " + Seconds(gint64{1000} * m_scenario.expect.withinMs));
-    });
-}
+    const Options& m_options;
+    const TvSim::Scenario& m_scenario;
+    const Workspace& m_workspace;
+    Verdict m_verdict;
+    CPtr<FILE, std::fclose> m_serviceLog;
+    CPtr<FILE, std::fclose> m_simulatorLog;
+    bool m_succeeded = false;
+    std::string m_result;
+    bool m_busUp = false;
+    bool m_simulatorUp = false;
+    bool m_nameOwned = false;
+    bool m_objectsRead = false;
+    bool m_adapterReady = false;
+    bool m_settling = false;  // the expected end is there, and is watched for a moment
+    gint64 m_wokenAtUs = 0;
+    std::unique_ptr<ChildProcess> m_bus;
+    std::unique_ptr<ChildProcess> m_simulator;
+    std::unique_ptr<ChildProcess> m_service;
+    Timer m_deadline;
+    Timer m_settle;
+};
 
-void ScenarioRun::OnServiceLine(const std::string& line) {
-    if (!m_options.quiet) {
-        WriteLine(stderr, line);
-    }
-    const std::string plain = WithoutColours(line);
-    WriteLine(m_serviceLog.get(), plain);
-    m_verdict.OnLogLine(plain);
-    Judge();
-}
+}  // namespace
 
-void ScenarioRun::OnSimulatorLine(const std::string& line) {
-    WriteLine(m_simulatorLog.get(), line);
-    if (line.find(" bus: name org.bluez acquired") != std::string::npos) {
-        QueueSettings();
-        RunQueued([this] { StartService(); });
-    } else if (m_service != nullptr && line.find(" bus: objects read by ") != std::string::npos) {
-        m_objectsRead = true;
-        OnReadyPart();
-    } else if (line.find(" adapter: powered on") != std::string::npos) {
-        m_adapterReady = true;
-        OnReadyPart();
-    }
-    m_verdict.OnSimulatorLine(line);
-    Judge();
-}
-
-void ScenarioRun::Judge() {
-    if (m_wokenAtUs == 0) {
-        return;
-    }
-    if (m_verdict.Spoilt()) {
-        Finish(false, m_verdict.ProblemAtEnd());
-    } else if (m_verdict.Reached() && !m_settling) {
-        m_settling = true;
-        m_settle = Timer::Once(m_scenario.expect.settleMs,
-                               [this] { Finish(m_verdict.Reached(), m_verdict.ProblemAtEnd()); });
-    }
-}
-
-void ScenarioRun::Finish(bool succeeded, const std::string& what) {
-    if (m_finished) {
-        return;
-    }
-    m_finished = true;
-    m_succeeded = succeeded;
-    m_result = succeeded ? "OK " + m_scenario.name + ": " + m_verdict.Outcome() + " (" +
-                               Seconds(g_get_monotonic_time() - m_wokenAtUs) + ")"
-                         : "FAILED " + m_scenario.name + ": " + what;
-    g_main_loop_quit(m_loop.get());
-}
-
-void ScenarioRun::StopAll() {
-    m_deadline.Cancel();
-    m_settle.Cancel();
-    // The bus outlives those who take their leave of it.
-    Stop({m_tvctl.get(), m_service.get(), m_simulator.get()});
-    Stop({m_bus.get()});
+bool Run(const Options& options, const TvSim::Scenario& scenario, const Workspace& workspace,
+         std::string& result) {
+    AdoptOrphans();
+    ScenarioRun run(options, scenario, workspace);
+    run.Play();
+    KillChildren();
+    result = run.Result();
+    return run.Succeeded();
 }
 
 }  // namespace ScenarioRunner

@@ -7,10 +7,6 @@
 namespace ScenarioRunner {
 namespace {
 
-bool Holds(const std::string& line, const std::string& text) {
-    return line.find(text) != std::string::npos;
-}
-
 std::string Join(const std::set<std::string>& names) {
     std::string text;
     for (const std::string& name : names) {
@@ -59,8 +55,7 @@ void Verdict::OnLogLine(const std::string& line) {
     if (m_logReached < m_expect.log.size() && Holds(line, m_expect.log[m_logReached])) {
         ++m_logReached;
     }
-    m_untilCame |= m_expect.untilSource == TvSim::Expectation::Source::kServiceLog &&
-                   !m_expect.until.empty() && Holds(line, m_expect.until);
+    m_untilCame |= m_expect.untilInLog && Holds(line, m_expect.until);
 }
 
 void Verdict::OnSimulatorLine(const std::string& line) {
@@ -82,8 +77,7 @@ void Verdict::OnSimulatorLine(const std::string& line) {
             m_playing.erase(phone);
         }
     }
-    m_untilCame |= m_expect.untilSource == TvSim::Expectation::Source::kSimulator &&
-                   !m_expect.until.empty() && Holds(line, m_expect.until);
+    m_untilCame |= !m_expect.untilInLog && Holds(line, m_expect.until);
 }
 
 std::string Verdict::Outcome() const {

@@ -10,6 +10,10 @@
 
 namespace ScenarioRunner {
 
+inline bool Holds(const std::string& line, const std::string& text) {
+    return line.find(text) != std::string::npos;
+}
+
 // Compares what the service logs and what the simulator tells with what a scenario expects.
 class Verdict {
 public:
@@ -18,7 +22,7 @@ public:
     void OnLogLine(const std::string& line);  // without colours
     void OnSimulatorLine(const std::string& line);
 
-    // Something came that must never come; it cannot be mended.
+    // Something came that must never come; nothing that follows helps.
     [[nodiscard]] bool Spoilt() const { return !m_spoiltBy.empty(); }
     // Everything that was expected is there, now.
     [[nodiscard]] bool Reached() const { return Problem(true).empty(); }

@@ -25,25 +25,22 @@ bool Write(const std::string& file, const std::string& text, std::string& error)
     return false;
 }
 
-// A bus without restrictions: what a policy forbids is not what scenarios are about.
-std::string BusConfigurationText(const std::string& address, const std::string& services) {
-    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-           "<busconfig>\n"
-           "  <listen>" +
-           address +
-           "</listen>\n"
-           "  <auth>EXTERNAL</auth>\n"
-           "  <servicedir>" +
-           services +
-           "</servicedir>\n"
-           "  <policy context=\"default\">\n"
-           "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
-           "    <allow eavesdrop=\"true\"/>\n"
-           "    <allow own=\"*\"/>\n"
-           "  </policy>\n"
-           "</busconfig>\n";
-}
+// A bus without restrictions: what a policy forbids is not what scenarios are about. Of its address
+// and the folder of its services.
+constexpr char kBusConfiguration[] =
+    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <listen>%s</listen>
+  <auth>EXTERNAL</auth>
+  <servicedir>%s</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+)";
 
 }  // namespace
 
@@ -82,8 +79,10 @@ bool Workspace::Fill(const std::string& mediaPlayer, std::string& error) const {
     }
     const std::string service = std::string("[D-BUS Service]\nName=") +
                                 Conditions::kMediaPlayerAppId + "\nExec=" + mediaPlayer + "\n";
+    const GStringPtr configuration(
+        g_markup_printf_escaped(kBusConfiguration, BusAddress().c_str(), services.c_str()));
     return Write(services + "/" + Conditions::kMediaPlayerAppId + ".service", service, error) &&
-           Write(BusConfiguration(), BusConfigurationText(BusAddress(), services), error);
+           Write(BusConfiguration(), configuration.get(), error);
 }
 
 }  // namespace ScenarioRunner

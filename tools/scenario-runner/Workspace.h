@@ -7,8 +7,8 @@
 
 namespace ScenarioRunner {
 
-// The directory of one run, for its owner alone: a bus configuration, the root of the TV's state
-// and the logs. It is removed with all that is in it unless it is kept.
+// The directory of one run, which only its owner can read: a bus configuration, the root of the
+// TV's state and the logs. It is removed with all that is in it unless it is kept.
 class Workspace {
 public:
     // Empty when it cannot be made; `error` then says why.

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tv-sim/Adapter.h"
 
+#include <algorithm>
+
 #include "tools/tv-sim/BluezInterfaces.h"
 
 namespace TvSim {
@@ -16,12 +18,12 @@ Properties InitialProperties(const AdapterPlan& plan) {
             {"AddressType", Text("public")},
             {"Name", Text(plan.name)},
             {"Alias", Text(plan.name)},
-            {"Class", Uint32(0x0C043C)},
+            {"Class", Own(g_variant_new_uint32(0x0C043C))},
             {"Powered", Bool(false)},
             {"Discoverable", Bool(false)},
-            {"DiscoverableTimeout", Uint32(180)},
+            {"DiscoverableTimeout", Own(g_variant_new_uint32(180))},
             {"Pairable", Bool(true)},
-            {"PairableTimeout", Uint32(0)},
+            {"PairableTimeout", Own(g_variant_new_uint32(0))},
             {"Discovering", Bool(false)},
             {"UUIDs", Texts({kSinkUuid, "0000110c-0000-1000-8000-00805f9b34fb",
                              "0000110e-0000-1000-8000-00805f9b34fb"})},
@@ -29,31 +31,29 @@ Properties InitialProperties(const AdapterPlan& plan) {
             {"Roles", Texts({"central", "peripheral"})}};
 }
 
-bool HasPattern(GVariant* arguments) {
-    const GVariantPtr filter(g_variant_get_child_value(arguments, 0));
-    return GVariantPtr(g_variant_lookup_value(filter.get(), "Pattern", nullptr)) != nullptr;
-}
-
-Value NewFilterNames() {
-    return Texts(
-        {"UUIDs", "RSSI", "Pathloss", "Transport", "DuplicateData", "Discoverable", "Pattern"});
-}
-
 }  // namespace
 
-Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, const AdapterPlan& plan,
-                 EventSink say, AdapterObserver& observer)
+Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan, EventSink say)
     : m_tree(tree),
-      m_plan(plan),
+      m_plan(std::move(plan)),
       m_say(std::move(say)),
-      m_observer(observer),
-      m_discovery(
-          connection, plan.discoveryTakesMs, m_say, [this] { OnDiscovery(true); },
-          [this] { OnDiscovery(false); }),
-      m_devices(tree, kPath, plan.forgetsAfterMs,
+      m_discovery(connection, m_plan.discoveryTakesMs, m_say,
+                  [this](bool running) { OnDiscovery(running); }),
+      m_devices(tree, kPath, m_plan.forgetsAfterMs,
                 [this](const std::string& address, MethodCall call) {
-                    m_observer.OnDeviceCall(address, std::move(call));
+                    NeighbourAt(address).OnCall(address, std::move(call));
                 }) {}
+
+void Adapter::TellNeighbours(void (Neighbour::*what)()) {
+    for (Neighbour* neighbour : m_neighbours) {
+        (neighbour->*what)();
+    }
+}
+
+Neighbour& Adapter::NeighbourAt(const std::string& address) const {
+    return **std::find_if(m_neighbours.begin(), m_neighbours.end(),
+                          [&](const Neighbour* neighbour) { return neighbour->Has(address); });
+}
 
 void Adapter::SetPresent(bool present) {
     if (present == m_present) {
@@ -72,11 +72,11 @@ void Adapter::SetPresent(bool present) {
     m_present = true;
     m_tree.Add(kPath, {kAdapterInterface, InitialProperties(m_plan),
                        [this](MethodCall call) { OnCall(std::move(call)); },
-                       [this](const std::string& property, GVariant* value, MethodCall call) {
-                           OnSet(property, value, std::move(call));
+                       [this](const std::string& property, GVariant* value, MethodCall& call) {
+                           return OnSet(property, value, call);
                        }});
     m_say("adapter", "appeared");
-    m_observer.OnAdapterAppeared();
+    TellNeighbours(&Neighbour::OnAdapterAppeared);
     const int powersOnAfterMs = m_plan.powered ? kAutoEnableMs : m_plan.powersOnAfterMs;
     if (powersOnAfterMs > 0) {
         m_powerTimer = Timer::Once(powersOnAfterMs, [this] { SetPowered(true); });
@@ -94,7 +94,7 @@ void Adapter::SetPowered(bool powered) {
     m_tree.Change(kPath, kAdapterInterface, {{"Powered", Bool(powered)}});
     m_say("adapter", powered ? "powered on" : "powered off");
     if (powered) {
-        m_observer.OnAdapterPoweredOn();
+        TellNeighbours(&Neighbour::OnAdapterPoweredOn);
     }
 }
 
@@ -109,11 +109,11 @@ bool Adapter::Hear(const Advertisement& advertisement) {
 void Adapter::OnCall(MethodCall call) {
     const std::string method = call.Method();
     if (method == "GetDiscoveryFilters") {
-        call.Answer(g_variant_new("(@as)", NewFilterNames().get()));
+        call.Answer(g_variant_new("(@as)", Texts(Discovery::FilterKeys()).get()));
     } else if (!m_powered) {
         call.FailBluez("NotReady", "Resource Not Ready");
     } else if (method == "SetDiscoveryFilter" && !m_plan.knowsPattern &&
-               HasPattern(call.Arguments())) {
+               GVariantPtr(g_variant_lookup_value(call.Argument(0).get(), "Pattern", nullptr))) {
         call.FailBluez("InvalidArguments", "Invalid arguments in method call");
     } else if (method == "SetDiscoveryFilter") {
         m_discovery.SetFilter(std::move(call));
@@ -126,50 +126,47 @@ void Adapter::OnCall(MethodCall call) {
     }
 }
 
-void Adapter::OnSet(const std::string& property, GVariant* value, MethodCall call) {
+bool Adapter::OnSet(const std::string& property, GVariant* value, MethodCall& call) {
     if (property == "Powered") {
         SetPowered(g_variant_get_boolean(value) != FALSE);
-    } else if (!m_powered && property == "Discoverable") {
-        call.FailBluez("Failed", "Not Powered");
-        return;
-    } else {
-        const bool reset = property == "Alias" && g_variant_get_string(value, nullptr)[0] == '\0';
-        m_tree.Change(kPath, kAdapterInterface,
-                      {{property, reset ? Text(m_plan.name) : Own(g_variant_ref(value))}});
+        call.Answer();
+        return true;
     }
-    call.Answer();
+    if (property == "Discoverable" && !m_powered) {
+        call.FailBluez("Failed", "Not Powered");
+        return true;
+    }
+    return false;
 }
 
 void Adapter::OnDiscovery(bool running) {
     m_tree.Change(kPath, kAdapterInterface, {{"Discovering", Bool(running)}});
     if (running) {
-        m_observer.OnDiscoveryStarted();
+        TellNeighbours(&Neighbour::OnDiscoveryStarted);
         if (m_plan.pulledAfterMs > 0) {
             m_powerTimer = Timer::Once(m_plan.pulledAfterMs, [this] { SetPresent(false); });
         }
     } else {
-        m_observer.OnDiscoveryStopped();
+        TellNeighbours(&Neighbour::OnDiscoveryStopped);
         m_devices.OnDiscoveryStopped();
     }
 }
 
 void Adapter::RemoveDevice(MethodCall call) {
-    const GVariantPtr path(g_variant_get_child_value(call.Arguments(), 0));
-    GVariant* address =
-        m_tree.Get(g_variant_get_string(path.get(), nullptr), kDeviceInterface, "Address");
+    GVariant* address = m_tree.Get(call.TextArgument(0), kDeviceInterface, "Address");
     if (address == nullptr) {
         call.FailBluez("DoesNotExist", "Does Not Exist");
         return;
     }
     const std::string removed = g_variant_get_string(address, nullptr);
-    m_observer.OnDeviceRemoved(removed);
+    NeighbourAt(removed).OnDeviceRemoved();
     m_devices.Remove(removed);
     call.Answer();
 }
 
 void Adapter::LosePower() {
     if (m_powered) {
-        m_observer.OnAdapterLosesPower();
+        TellNeighbours(&Neighbour::OnAdapterLosesPower);
         m_discovery.Abandon();
         m_devices.ForgetTemporary();
     }

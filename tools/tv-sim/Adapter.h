@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tools/tv-sim/DeviceTable.h"
 #include "tools/tv-sim/Discovery.h"
@@ -10,33 +11,36 @@
 
 namespace TvSim {
 
-// What the adapter tells the world around it.
-class AdapterObserver {
+// Somebody within the adapter's reach, who hears what happens to it.
+class Neighbour {
 public:
-    virtual ~AdapterObserver() = default;
+    virtual ~Neighbour() = default;
     // It is on the bus; bonded devices are to be added now.
-    virtual void OnAdapterAppeared() = 0;
-    virtual void OnAdapterPoweredOn() = 0;
+    virtual void OnAdapterAppeared() {}
+    virtual void OnAdapterPoweredOn() {}
     // Its radio is going: every link and connection request ends. Its objects are still there.
-    virtual void OnAdapterLosesPower() = 0;
-    virtual void OnDiscoveryStarted() = 0;
-    virtual void OnDiscoveryStopped() = 0;
-    virtual void OnDeviceCall(const std::string& address, MethodCall call) = 0;
+    virtual void OnAdapterLosesPower() {}
+    virtual void OnDiscoveryStarted() {}
+    virtual void OnDiscoveryStopped() {}
+    // Whether this is who answers to the address.
+    [[nodiscard]] virtual bool Has(const std::string& /*address*/) const { return false; }
+    // A call to the device with that address.
+    virtual void OnCall(const std::string& /*address*/, MethodCall /*call*/) {}
     // A client had the device removed.
-    virtual void OnDeviceRemoved(const std::string& address) = 0;
+    virtual void OnDeviceRemoved() {}
 };
 
 // The adapter /org/bluez/hci0 with its discovery and its devices.
 class Adapter {
 public:
-    // The tree, the connection and the observer must outlive it. It is not on the bus until
-    // SetPresent(true).
-    Adapter(ObjectTree& tree, GDBusConnection* connection, const AdapterPlan& plan, EventSink say,
-            AdapterObserver& observer);
+    // The tree and the connection must outlive it. It is not on the bus until SetPresent(true).
+    Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan, EventSink say);
 
-    [[nodiscard]] bool Present() const { return m_present; }
+    // `neighbour` hears of everything from now on, and for as long as the adapter is used. What no
+    // other one before has, the last one must.
+    void Add(Neighbour& neighbour) { m_neighbours.push_back(&neighbour); }
+
     [[nodiscard]] bool Powered() const { return m_present && m_powered; }
-    [[nodiscard]] bool Discovering() const { return m_discovery.Running(); }
     [[nodiscard]] DeviceTable& Devices() { return m_devices; }
     // Numbers media transports; none comes twice.
     [[nodiscard]] int NextTransport() { return m_nextTransport++; }
@@ -50,15 +54,17 @@ public:
 
 private:
     void OnCall(MethodCall call);
-    void OnSet(const std::string& property, GVariant* value, MethodCall call);
+    bool OnSet(const std::string& property, GVariant* value, MethodCall& call);
     void OnDiscovery(bool running);
     void RemoveDevice(MethodCall call);
     void LosePower();
+    void TellNeighbours(void (Neighbour::*what)());
+    [[nodiscard]] Neighbour& NeighbourAt(const std::string& address) const;
 
     ObjectTree& m_tree;
     AdapterPlan m_plan;
     EventSink m_say;
-    AdapterObserver& m_observer;
+    std::vector<Neighbour*> m_neighbours;  // not owned
     bool m_present = false;
     bool m_powered = false;
     int m_nextTransport = 0;

@@ -2,27 +2,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tv-sim/Address.h"
 
-#include <glib.h>
+#include <algorithm>
+
+#include "common/CHandle.h"
 
 namespace TvSim {
 
 bool IsAddress(const std::string& text) {
-    if (text.size() != 17) {
-        return false;
-    }
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (i % 3 == 2 ? text[i] != ':' : g_ascii_isxdigit(text[i]) == FALSE) {
-            return false;
-        }
-    }
-    return true;
+    return g_regex_match_simple("^([[:xdigit:]]{2}:){5}[[:xdigit:]]{2}\\z", text.c_str(),
+                                static_cast<GRegexCompileFlags>(0),
+                                static_cast<GRegexMatchFlags>(0)) != FALSE;
 }
 
-std::string UpperCase(std::string text) {
-    for (char& letter : text) {
-        letter = g_ascii_toupper(letter);
-    }
-    return text;
+std::string UpperCase(const std::string& text) {
+    return GStringPtr(g_ascii_strup(text.c_str(), -1)).get();
 }
 
 bool ParseBytes(const std::string& hexadecimal, std::vector<unsigned char>& bytes) {
@@ -40,12 +33,8 @@ bool ParseBytes(const std::string& hexadecimal, std::vector<unsigned char>& byte
 }
 
 std::vector<unsigned char> AddressBytes(const std::string& address) {
-    std::string digits;
-    for (const char letter : address) {
-        if (letter != ':') {
-            digits += letter;
-        }
-    }
+    std::string digits = address;
+    digits.erase(std::remove(digits.begin(), digits.end(), ':'), digits.end());
     std::vector<unsigned char> bytes;
     return ParseBytes(digits, bytes) ? bytes : std::vector<unsigned char>(6, 0);
 }
@@ -59,21 +48,15 @@ std::uint64_t Mix(std::uint64_t seed) {
 }
 
 std::string PrivateAddress(std::uint64_t seed) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    std::uint64_t bits = Mix(seed);
+    // The two bits that mark a resolvable address are those of its first group.
+    const std::uint64_t bits = (Mix(seed) & ~std::uint64_t{0xC0}) | 0x40U;
     std::string address;
-    for (int group = 0; group < 6; ++group) {
-        auto value = static_cast<unsigned>(bits & 0xFFU);
-        bits >>= 8U;
-        if (group == 0) {
-            value = (value & 0x3FU) | 0x40U;  // the two bits that mark a resolvable address
-        } else {
-            address += ':';
-        }
-        address += kDigits[value >> 4U];
-        address += kDigits[value & 0xFU];
+    for (unsigned group = 0; group < 6; ++group) {
+        char text[4];
+        g_snprintf(text, sizeof text, ":%02X", static_cast<unsigned>(bits >> 8 * group & 0xFFU));
+        address += text;
     }
-    return address;
+    return address.substr(1);
 }
 
 }  // namespace TvSim

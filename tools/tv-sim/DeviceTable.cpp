@@ -24,6 +24,10 @@ Value NewManufacturerData(const ManufacturerData& data) {
     return Own(g_variant_builder_end(&builder));
 }
 
+Value Rssi(const Advertisement& advertisement) {
+    return Own(g_variant_new_int16(static_cast<gint16>(advertisement.rssi)));
+}
+
 std::vector<std::string> PhoneServices() {
     constexpr char kBase[] = "-0000-1000-8000-00805f9b34fb";
     std::vector<std::string> uuids;
@@ -38,18 +42,12 @@ std::vector<std::string> PhoneServices() {
 Properties BasicProperties(const std::string& address, const std::string& adapterPath) {
     std::string alias = address;
     std::replace(alias.begin(), alias.end(), ':', '-');
-    return {{"Address", Text(address)},
-            {"AddressType", Text("public")},
-            {"Alias", Text(alias)},
-            {"Paired", Bool(false)},
-            {"Bonded", Bool(false)},
-            {"Trusted", Bool(false)},
-            {"Blocked", Bool(false)},
-            {"LegacyPairing", Bool(false)},
-            {"Connected", Bool(false)},
-            {"UUIDs", Texts({})},
-            {"Adapter", ObjectPath(adapterPath)},
-            {"ServicesResolved", Bool(false)}};
+    return {{"Address", Text(address)},     {"AddressType", Text("public")},
+            {"Alias", Text(alias)},         {"Paired", Bool(false)},
+            {"Bonded", Bool(false)},        {"Trusted", Bool(false)},
+            {"Blocked", Bool(false)},       {"LegacyPairing", Bool(false)},
+            {"Connected", Bool(false)},     {"UUIDs", Texts({})},
+            {"Adapter", Path(adapterPath)}, {"ServicesResolved", Bool(false)}};
 }
 
 }  // namespace
@@ -67,23 +65,25 @@ std::string DeviceTable::PathOf(const std::string& address) const {
     return m_adapterPath + "/dev_" + name;
 }
 
-bool DeviceTable::Knows(const std::string& address) const {
-    return m_devices.count(address) != 0;
-}
-
 void DeviceTable::AddBonded(const PhonePlan& phone) {
     Remove(phone.address);
     m_devices[phone.address].bonded = true;
     Properties properties = BasicProperties(phone.address, m_adapterPath);
     properties["Name"] = properties["Alias"] = Text(phone.name);
-    properties["Class"] = Uint32(phone.deviceClass);
+    properties["Class"] = Own(g_variant_new_uint32(phone.deviceClass));
     if ((phone.deviceClass >> 8U & 0x1FU) == kMajorPhone) {
         properties["Icon"] = Text("phone");
     }
     properties["Paired"] = properties["Bonded"] = properties["Trusted"] = Bool(true);
     properties["UUIDs"] = Texts(PhoneServices());
     properties["Modalias"] = Text(phone.modalias);
-    m_tree.Add(PathOf(phone.address), NewInterface(phone.address, std::move(properties)));
+    Add(phone.address, std::move(properties));
+}
+
+void DeviceTable::Add(const std::string& address, Properties properties) {
+    m_tree.Add(PathOf(address),
+               {kDeviceInterface, std::move(properties),
+                [this, address](MethodCall call) { m_onCall(address, std::move(call)); }});
 }
 
 void DeviceTable::SetConnected(const std::string& address, bool connected) {
@@ -114,7 +114,7 @@ void DeviceTable::Hear(const Advertisement& advertisement, bool duplicates) {
     const int threshold = duplicates ? 1 : kRssiThreshold;
     if (!device.rssi || std::abs(*device.rssi - advertisement.rssi) >= threshold) {
         device.rssi = advertisement.rssi;
-        changed["RSSI"] = Int16(advertisement.rssi);
+        changed["RSSI"] = Rssi(advertisement);
     }
     ManufacturerData data = duplicates ? ManufacturerData() : device.manufacturerData;
     for (const auto& [company, bytes] : advertisement.manufacturerData) {
@@ -142,14 +142,12 @@ void DeviceTable::AddHeard(const Advertisement& advertisement) {
     if (!advertisement.name.empty()) {
         properties["Name"] = properties["Alias"] = Text(advertisement.name);
     }
-    properties["RSSI"] = Int16(advertisement.rssi);
+    properties["RSSI"] = Rssi(advertisement);
     if (!advertisement.manufacturerData.empty()) {
         properties["ManufacturerData"] = NewManufacturerData(advertisement.manufacturerData);
     }
-    m_tree.Add(PathOf(advertisement.address),
-               NewInterface(advertisement.address, std::move(properties)));
-    if (!m_sweeping) {
-        m_sweeping = true;
+    Add(advertisement.address, std::move(properties));
+    if (!m_forgetTimer.IsRunning()) {
         // Ten sweeps in a device's lifetime are exact enough.
         m_forgetTimer = Timer::Every(std::max(m_forgetsAfterMs / 10, 1), [this] { ForgetOld(); });
     }
@@ -165,27 +163,11 @@ void DeviceTable::OnDiscoveryStopped() {
     RemoveIf([](const Device& device) { return !device.connectable && !device.connected; });
 }
 
-void DeviceTable::ForgetTemporary() {
-    RemoveIf([](const Device&) { return true; });
-}
-
 void DeviceTable::Clear() {
     m_forgetTimer.Cancel();
-    m_sweeping = false;
     while (!m_devices.empty()) {
         Remove(std::string(m_devices.begin()->first));
     }
-}
-
-void DeviceTable::Set(const std::string& address, const std::string& property, GVariant* value,
-                      MethodCall call) {
-    Value accepted = Own(g_variant_ref(value));
-    if (property == "Alias" && g_variant_get_string(value, nullptr)[0] == '\0') {
-        GVariant* name = m_tree.Get(PathOf(address), kDeviceInterface, "Name");
-        accepted = name != nullptr ? Own(g_variant_ref(name)) : Text(address);
-    }
-    m_tree.Change(PathOf(address), kDeviceInterface, {{property, accepted}});
-    call.Answer();
 }
 
 void DeviceTable::ForgetOld() {
@@ -193,9 +175,7 @@ void DeviceTable::ForgetOld() {
     RemoveIf([&](const Device& device) { return device.heardAtUs < oldest && !device.connected; });
 }
 
-// Bonded devices are never removed this way.
-template <typename Condition>
-void DeviceTable::RemoveIf(Condition condition) {
+void DeviceTable::RemoveIf(const std::function<bool(const Device&)>& condition) {
     std::vector<std::string> addresses;
     for (const auto& [address, device] : m_devices) {
         if (!device.bonded && condition(device)) {
@@ -205,14 +185,6 @@ void DeviceTable::RemoveIf(Condition condition) {
     for (const std::string& address : addresses) {
         Remove(address);
     }
-}
-
-ObjectTree::Interface DeviceTable::NewInterface(const std::string& address, Properties properties) {
-    return {kDeviceInterface, std::move(properties),
-            [this, address](MethodCall call) { m_onCall(address, std::move(call)); },
-            [this, address](const std::string& property, GVariant* value, MethodCall call) {
-                Set(address, property, value, std::move(call));
-            }};
 }
 
 }  // namespace TvSim

@@ -8,7 +8,6 @@
 #include <string>
 
 #include "common/Source.h"
-#include "tools/tv-sim/Advertisement.h"
 #include "tools/tv-sim/ObjectTree.h"
 
 namespace TvSim {
@@ -23,7 +22,6 @@ public:
     DeviceTable(ObjectTree& tree, std::string adapterPath, int forgetsAfterMs, CallHandler onCall);
 
     [[nodiscard]] std::string PathOf(const std::string& address) const;
-    [[nodiscard]] bool Knows(const std::string& address) const;
 
     // Adds what storage or a phone's own connection tells of a device; an object that is there
     // already is replaced.
@@ -36,7 +34,9 @@ public:
     // are told again.
     void Hear(const Advertisement& advertisement, bool duplicates);
     void OnDiscoveryStopped();
-    void ForgetTemporary();
+    void ForgetTemporary() {
+        RemoveIf([](const Device&) { return true; });
+    }
     void Clear();
 
 private:
@@ -50,19 +50,16 @@ private:
     };
 
     void AddHeard(const Advertisement& advertisement);
-    void Set(const std::string& address, const std::string& property, GVariant* value,
-             MethodCall call);
+    void Add(const std::string& address, Properties properties);
     void ForgetOld();
-    template <typename Condition>
-    void RemoveIf(Condition condition);
-    ObjectTree::Interface NewInterface(const std::string& address, Properties properties);
+    // Of the devices that are not bonded.
+    void RemoveIf(const std::function<bool(const Device& device)>& condition);
 
     ObjectTree& m_tree;
     std::string m_adapterPath;
     int m_forgetsAfterMs;
     CallHandler m_onCall;
     std::map<std::string, Device> m_devices;  // by address
-    bool m_sweeping = false;
     Timer m_forgetTimer;
 };
 

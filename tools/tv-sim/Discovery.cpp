@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "common/BusWatch.h"
+#include "tools/tv-sim/Address.h"
 
 namespace TvSim {
 namespace {
@@ -12,88 +13,68 @@ namespace {
 // What the controller needs to end a scan.
 constexpr int kStopMs = 5;
 
-bool StartsWith(const std::string& text, const std::string& prefix) {
-    return text.compare(0, prefix.size(), prefix) == 0;
-}
+constexpr std::pair<const char*, const char*> kKeyTypes[] = {
+    {"UUIDs", "as"},        {"RSSI", "n"},         {"Pathloss", "q"}, {"Transport", "s"},
+    {"DuplicateData", "b"}, {"Discoverable", "b"}, {"Pattern", "s"}};
 
-bool ApplyText(DiscoveryFilter& filter, const std::string& key, const std::string& value) {
-    if (key == "Transport") {
-        filter.transport = value;
-        return value == "auto" || value == "le" || value == "bredr";
-    }
-    filter.pattern = value;
-    return key == "Pattern";
-}
-
-bool ApplyNumber(DiscoveryFilter& filter, const std::string& key, int value) {
-    if (key == "RSSI") {
-        filter.rssi = value;
-        return value >= -127 && value <= 20;
-    }
-    filter.pathloss = value;
-    return key == "Pathloss" && value <= 137;
-}
-
-bool Apply(DiscoveryFilter& filter, const std::string& key, GVariant* value) {
-    const std::string type = g_variant_get_type_string(value);
-    if (type == "s") {
-        return ApplyText(filter, key, g_variant_get_string(value, nullptr));
-    }
-    if (type == "n" && key == "RSSI") {
-        return ApplyNumber(filter, key, g_variant_get_int16(value));
-    }
-    if (type == "q" && key == "Pathloss") {
-        return ApplyNumber(filter, key, g_variant_get_uint16(value));
-    }
-    if (type == "b") {
-        if (key == "DuplicateData") {
-            filter.duplicateData = g_variant_get_boolean(value) != FALSE;
-        }
-        // Every simulated advertiser is discoverable, so that filter lets everything through.
-        return key == "DuplicateData" || key == "Discoverable";
-    }
-    if (type == "as" && key == "UUIDs") {
-        const CPtr<const char*, g_free> uuids(g_variant_get_strv(value, nullptr));
-        for (const char** uuid = uuids.get(); *uuid != nullptr; ++uuid) {
-            filter.uuids.emplace_back(*uuid);
-        }
-        return true;
-    }
-    return false;
+bool IsKnown(GVariant* entry) {
+    const char* key = nullptr;
+    GVariantPtr value;
+    g_variant_get(entry, "{&sv}", &key, static_cast<GVariant**>(Out(value)));
+    return std::any_of(std::begin(kKeyTypes), std::end(kKeyTypes), [&](const auto& known) {
+        return g_str_equal(known.first, key) != FALSE &&
+               g_str_equal(known.second, g_variant_get_type_string(value.get())) != FALSE;
+    });
 }
 
 }  // namespace
 
-std::optional<DiscoveryFilter> DiscoveryFilter::Parse(GVariant* dictionary) {
-    DiscoveryFilter filter;
+// What a client asked SetDiscoveryFilter for.
+struct Discovery::Filter {
+    // Empty when a key is unknown or a value has another type or is out of range.
+    static std::optional<Filter> Parse(GVariant* dictionary);
+
+    bool duplicateData = false;
+    // Whether it asks for BR/EDR, services or a path loss, which no simulated advertisement tells.
+    bool wantsOthers = false;
+    int rssi = 0;  // at least
+    std::optional<std::string> pattern;
+};
+
+std::optional<Discovery::Filter> Discovery::Filter::Parse(GVariant* dictionary) {
     for (gsize i = 0; i < g_variant_n_children(dictionary); ++i) {
-        GStringPtr key;
-        GVariantPtr value;
-        const GVariantPtr entry(g_variant_get_child_value(dictionary, i));
-        g_variant_get(entry.get(), "{sv}", static_cast<char**>(Out(key)),
-                      static_cast<GVariant**>(Out(value)));
-        if (!Apply(filter, key.get(), value.get())) {
+        if (!IsKnown(GVariantPtr(g_variant_get_child_value(dictionary, i)).get())) {
             return std::nullopt;
         }
     }
-    if (filter.rssi && filter.pathloss) {
+    // Every simulated advertiser is discoverable, so that key lets everything through.
+    gboolean duplicateData = FALSE;
+    gint16 rssi = -127;
+    guint16 pathloss = 0;
+    const char* text = "auto";
+    g_variant_lookup(dictionary, "DuplicateData", "b", &duplicateData);
+    g_variant_lookup(dictionary, "Transport", "&s", &text);
+    const std::string transport = text;
+    const bool hasRssi = g_variant_lookup(dictionary, "RSSI", "n", &rssi) != FALSE;
+    const bool hasPathloss = g_variant_lookup(dictionary, "Pathloss", "q", &pathloss) != FALSE;
+    const GVariantPtr uuids(g_variant_lookup_value(dictionary, "UUIDs", nullptr));
+    if ((transport != "auto" && transport != "le" && transport != "bredr") || rssi < -127 ||
+        rssi > 20 || pathloss > 137 || (hasRssi && hasPathloss)) {
         return std::nullopt;
+    }
+    Filter filter;
+    filter.duplicateData = duplicateData != FALSE;
+    filter.wantsOthers = transport == "bredr" || hasPathloss ||
+                         (uuids != nullptr && g_variant_n_children(uuids.get()) != 0);
+    filter.rssi = rssi;
+    if (g_variant_lookup(dictionary, "Pattern", "&s", &text) != FALSE) {
+        filter.pattern = text;
     }
     return filter;
 }
 
-bool DiscoveryFilter::Wants(const Advertisement& advertisement) const {
-    // No simulated advertisement tells its transmission power or a service.
-    return transport != "bredr" && uuids.empty() && !pathloss &&
-           (!rssi || advertisement.rssi >= *rssi);
-}
-
-bool DiscoveryFilter::Fits(const Advertisement& advertisement) const {
-    return StartsWith(advertisement.address, *pattern) || StartsWith(advertisement.name, *pattern);
-}
-
 struct Discovery::Client {
-    std::optional<DiscoveryFilter> filter;
+    std::optional<Filter> filter;
     State state = State::kNone;
     std::optional<MethodCall> call;  // the start or stop under way
     Timer timer;
@@ -101,18 +82,25 @@ struct Discovery::Client {
 };
 
 Discovery::Discovery(GDBusConnection* connection, int startMs, EventSink say,
-                     std::function<void()> started, std::function<void()> stopped)
+                     std::function<void(bool)> onRunning)
     : m_connection(connection),
       m_startMs(startMs),
       m_say(std::move(say)),
-      m_started(std::move(started)),
-      m_stopped(std::move(stopped)) {}
+      m_onRunning(std::move(onRunning)) {}
 
 Discovery::~Discovery() = default;
 
+std::vector<std::string> Discovery::FilterKeys() {
+    std::vector<std::string> keys;
+    for (const auto& [key, type] : kKeyTypes) {
+        keys.emplace_back(key);
+    }
+    return keys;
+}
+
 void Discovery::SetFilter(MethodCall call) {
-    const GVariantPtr dictionary(g_variant_get_child_value(call.Arguments(), 0));
-    std::optional<DiscoveryFilter> filter = DiscoveryFilter::Parse(dictionary.get());
+    const GVariantPtr dictionary = call.Argument(0);
+    std::optional<Filter> filter = Filter::Parse(dictionary.get());
     if (!filter) {
         call.FailBluez("InvalidArguments", "Invalid arguments in method call");
         return;
@@ -133,10 +121,7 @@ void Discovery::Start(MethodCall call) {
         return;
     }
     m_say("adapter", "discovery started by " + call.Sender());
-    client.state = State::kStarting;
-    const std::string name = call.Sender();
-    client.call.emplace(std::move(call));
-    client.timer = Timer::Once(m_startMs, [this, name] { FinishStart(name); });
+    Begin(client, State::kStarting, State::kActive, m_startMs, std::move(call));
 }
 
 void Discovery::Stop(MethodCall call) {
@@ -151,10 +136,19 @@ void Discovery::Stop(MethodCall call) {
         return;
     }
     m_say("adapter", "discovery stopped by " + call.Sender());
-    client.state = State::kStopping;
-    const std::string name = call.Sender();
+    Begin(client, State::kStopping, State::kNone, kStopMs, std::move(call));
+}
+
+void Discovery::Begin(Client& client, State now, State then, int ms, MethodCall call) {
+    client.state = now;
     client.call.emplace(std::move(call));
-    client.timer = Timer::Once(kStopMs, [this, name] { FinishStop(name); });
+    client.timer = Timer::Once(ms, [this, &client, then] {
+        client.state = then;
+        MethodCall answered = std::move(*client.call);
+        client.call.reset();
+        FollowSessions();
+        answered.Answer();
+    });
 }
 
 void Discovery::Abandon() {
@@ -183,10 +177,11 @@ bool Discovery::Wants(const Advertisement& advertisement) const {
             continue;
         }
         const auto& filter = client->filter;
-        isWanted = isWanted || !filter || filter->Wants(advertisement);
+        isWanted |= !filter || (!filter->wantsOthers && advertisement.rssi >= filter->rssi);
         if (filter && filter->pattern) {
             hasPattern = true;
-            fits = fits || filter->Fits(advertisement);
+            fits |= StartsWith(advertisement.address, *filter->pattern) ||
+                    StartsWith(advertisement.name, *filter->pattern);
         }
     }
     return isWanted && (fits || !hasPattern);
@@ -214,31 +209,13 @@ Discovery::Client& Discovery::FindOrAddClient(const std::string& name) {
     return *client;
 }
 
-void Discovery::FinishStart(const std::string& name) {
-    Client& client = *m_clients.at(name);
-    client.state = State::kActive;
-    MethodCall call = std::move(*client.call);
-    client.call.reset();
-    FollowSessions();
-    call.Answer();
-}
-
-void Discovery::FinishStop(const std::string& name) {
-    Client& client = *m_clients.at(name);
-    client.state = State::kNone;
-    MethodCall call = std::move(*client.call);
-    client.call.reset();
-    FollowSessions();
-    call.Answer();
-}
-
 void Discovery::FollowSessions() {
     const bool running = std::any_of(m_clients.begin(), m_clients.end(), [](const auto& entry) {
         return entry.second->state == State::kActive || entry.second->state == State::kStopping;
     });
     if (running != m_running) {
         m_running = running;
-        (running ? m_started : m_stopped)();
+        m_onRunning(running);
     }
 }
 

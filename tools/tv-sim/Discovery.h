@@ -10,42 +10,25 @@
 #include <vector>
 
 #include "common/Source.h"
-#include "tools/tv-sim/Advertisement.h"
-#include "tools/tv-sim/Event.h"
-#include "tools/tv-sim/MethodCall.h"
+#include "tools/tv-sim/ObjectTree.h"
 
 namespace TvSim {
-
-// What a client asked SetDiscoveryFilter for.
-struct DiscoveryFilter {
-    std::string transport = "auto";
-    bool duplicateData = false;
-    std::optional<int> rssi;
-    std::optional<int> pathloss;
-    std::vector<std::string> uuids;
-    std::optional<std::string> pattern;
-
-    // Empty when a key is unknown or a value has another type or is out of range.
-    [[nodiscard]] static std::optional<DiscoveryFilter> Parse(GVariant* dictionary);
-    // Its pattern aside.
-    [[nodiscard]] bool Wants(const Advertisement& advertisement) const;
-    // Its pattern, which there is.
-    [[nodiscard]] bool Fits(const Advertisement& advertisement) const;
-};
 
 // The discovery sessions of an adapter's clients: one for each unique bus name, with the filter
 // that it set; a session ends when its client leaves the bus. The caller has checked that the
 // adapter is powered.
 class Discovery {
 public:
-    // A session begins `startMs` after it was asked for. `started` when the first one begins,
-    // `stopped` when the last one ends.
+    // A session begins `startMs` after it was asked for. `onRunning` hears when the first one
+    // begins (true) and when the last one ends.
     Discovery(GDBusConnection* connection, int startMs, EventSink say,
-              std::function<void()> started, std::function<void()> stopped);
+              std::function<void(bool running)> onRunning);
     ~Discovery();
     Discovery(const Discovery&) = delete;
     Discovery& operator=(const Discovery&) = delete;
 
+    // Names of the keys that a filter may have.
+    [[nodiscard]] static std::vector<std::string> FilterKeys();
     void SetFilter(MethodCall call);
     void Start(MethodCall call);
     void Stop(MethodCall call);
@@ -60,20 +43,20 @@ public:
 
 private:
     enum class State { kNone, kStarting, kActive, kStopping };
+    struct Filter;
     struct Client;
 
     static void OnClientGone(GDBusConnection* connection, const char* name,
                              gpointer userData) noexcept;
     Client& FindOrAddClient(const std::string& name);
-    void FinishStart(const std::string& name);
-    void FinishStop(const std::string& name);
+    // The client is in the first state until the call is answered, then in the second one.
+    void Begin(Client& client, State now, State then, int ms, MethodCall call);
     void FollowSessions();
 
     GDBusConnection* m_connection;  // not owned
     int m_startMs;
     EventSink m_say;
-    std::function<void()> m_started;
-    std::function<void()> m_stopped;
+    std::function<void(bool)> m_onRunning;
     std::map<std::string, std::unique_ptr<Client>> m_clients;  // by unique name
     bool m_running = false;
 };

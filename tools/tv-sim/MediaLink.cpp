@@ -23,24 +23,21 @@ MediaLink::MediaLink(ObjectTree& tree, std::string devicePath, int transportNumb
       m_playerPath(m_devicePath + "/player0") {
     m_tree.Add(m_endpointPath, {kEndpointInterface,
                                 {{"UUID", Text(kSourceUuid)},
-                                 {"Codec", Byte(kSbcCodec)},
-                                 {"Capabilities", Bytes(kCapabilities)},
-                                 {"Device", ObjectPath(m_devicePath)},
-                                 {"DelayReporting", Bool(false)}},
-                                {},
-                                {}});
+                                 {"Codec", Own(g_variant_new_byte(kSbcCodec))},
+                                 {"Capabilities", Own(NewBytes(kCapabilities))},
+                                 {"Device", Path(m_devicePath)},
+                                 {"DelayReporting", Bool(false)}}});
     // The transport carries the TV's own role. It is the audio daemon's to acquire, nobody else's.
     m_tree.Add(m_transportPath, {kTransportInterface,
-                                 {{"Device", ObjectPath(m_devicePath)},
+                                 {{"Device", Path(m_devicePath)},
                                   {"UUID", Text(kSinkUuid)},
-                                  {"Codec", Byte(kSbcCodec)},
-                                  {"Configuration", Bytes(kConfiguration)},
+                                  {"Codec", Own(g_variant_new_byte(kSbcCodec))},
+                                  {"Configuration", Own(NewBytes(kConfiguration))},
                                   {"State", Text("idle")},
-                                  {"Volume", Uint16(kVolume)}},
+                                  {"Volume", Own(g_variant_new_uint16(kVolume))}},
                                  [](MethodCall call) {
                                      call.FailBluez("NotAuthorized", "Operation Not Authorized");
-                                 },
-                                 {}});
+                                 }});
 }
 
 MediaLink::~MediaLink() {
@@ -60,17 +57,17 @@ void MediaLink::ShowControl(ObjectTree::CallHandler onCall) {
         m_tree.Change(m_devicePath, kControlInterface, {{"Connected", Bool(true)}});
     } else if (m_tree.Has(m_devicePath)) {
         m_tree.Add(m_devicePath,
-                   {kControlInterface, {{"Connected", Bool(true)}}, std::move(onCall), {}});
+                   {kControlInterface, {{"Connected", Bool(true)}}, std::move(onCall)});
     }
 }
 
 void MediaLink::ShowPlayer(ObjectTree::CallHandler onCall) {
     if (!m_tree.Has(m_playerPath)) {
-        m_tree.Add(m_playerPath, {kPlayerInterface,
-                                  {{"Device", ObjectPath(m_devicePath)}, {"Position", Uint32(0)}},
-                                  std::move(onCall),
-                                  {}});
-        m_tree.Change(m_devicePath, kControlInterface, {{"Player", ObjectPath(m_playerPath)}});
+        m_tree.Add(m_playerPath,
+                   {kPlayerInterface,
+                    {{"Device", Path(m_devicePath)}, {"Position", Own(g_variant_new_uint32(0))}},
+                    std::move(onCall)});
+        m_tree.Change(m_devicePath, kControlInterface, {{"Player", Path(m_playerPath)}});
     }
 }
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tv-sim/ObjectTree.h"
 
+#include "tools/tv-sim/Address.h"
 #include "tools/tv-sim/BluezInterfaces.h"
 
 namespace TvSim {
@@ -12,12 +13,9 @@ constexpr char kUnknownObject[] = "org.freedesktop.DBus.Error.UnknownObject";
 constexpr char kInvalidArgs[] = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr char kReadOnly[] = "org.freedesktop.DBus.Error.PropertyReadOnly";
 
+// How the paths of all objects below this one begin.
 std::string Prefix(const std::string& path) {
     return path == "/" ? path : path + "/";
-}
-
-bool StartsWith(const std::string& text, const std::string& prefix) {
-    return text.compare(0, prefix.size(), prefix) == 0;
 }
 
 // Whether the interface declares the method with arguments of the call's types.
@@ -38,16 +36,15 @@ bool Declares(const std::string& interface, const MethodCall& call) {
 
 // Interfaces with their properties as an a{sa{sv}}. Every object of the daemon has the two standard
 // interfaces; they are named when the object appears, with its first own interface.
-GVariant* NewInterfaceDictionary(const std::vector<const ObjectTree::Interface*>& interfaces,
-                                 bool wholeObject) {
+GVariant* NewInterfaceDictionary(const ObjectTree::Interfaces& interfaces, bool wholeObject) {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{sa{sv}}"));
     if (wholeObject) {
         g_variant_builder_add(&builder, "{s@a{sv}}", kIntrospectableInterface, NewDictionary({}));
     }
-    for (const ObjectTree::Interface* interface : interfaces) {
-        g_variant_builder_add(&builder, "{s@a{sv}}", interface->name.c_str(),
-                              NewDictionary(interface->properties));
+    for (const auto& [name, interface] : interfaces) {
+        g_variant_builder_add(&builder, "{s@a{sv}}", name.c_str(),
+                              NewDictionary(interface.properties));
     }
     if (wholeObject) {
         g_variant_builder_add(&builder, "{s@a{sv}}", kPropertiesInterface, NewDictionary({}));
@@ -59,39 +56,27 @@ struct GStringFree {
     void operator()(GString* text) const noexcept { g_string_free(text, TRUE); }
 };
 
-std::string ArgumentText(const MethodCall& call, gsize index) {
-    GVariantPtr text(g_variant_get_child_value(call.Arguments(), index));
-    return g_variant_get_string(text.get(), nullptr);
-}
-
 }  // namespace
 
-// What the bus connection's worker thread needs; `tree` belongs to the simulator's thread, which
-// clears it, for the worker may still be inside the filter when the tree is gone.
-struct ObjectTree::Inbox {
-    explicit Inbox(ObjectTree* owner)
-        : tree(owner), context(g_main_context_ref_thread_default(), g_main_context_unref) {}
-
-    ObjectTree* tree;  // not owned
-    std::unique_ptr<GMainContext, decltype(&g_main_context_unref)> context;
-};
-
 struct ObjectTree::Delivery {
-    std::shared_ptr<Inbox> inbox;
-    GObjectPtr<GDBusConnection> connection;
-    GObjectPtr<GDBusMessage> message;
+    std::shared_ptr<ObjectTree*> tree;
+    MethodCall call;
 };
 
-ObjectTree::ObjectTree(GDBusConnection* connection, EventSink say)
+ObjectTree::ObjectTree(GDBusConnection* connection, const AdapterPlan& faults, EventSink say)
     : m_connection(static_cast<GDBusConnection*>(g_object_ref(connection))),
       m_say(std::move(say)),
-      m_inbox(std::make_shared<Inbox>(this)),
+      m_silentMethods(faults.silentMethods.begin(), faults.silentMethods.end()),
+      m_refusals(faults.refusedOnce.begin(), faults.refusedOnce.end()),
+      m_self(std::make_shared<ObjectTree*>(this)),
       m_filterId(g_dbus_connection_add_filter(
-          connection, OnMessage, new std::shared_ptr<Inbox>(m_inbox),
-          [](gpointer data) noexcept { delete static_cast<std::shared_ptr<Inbox>*>(data); })) {}
+          connection, OnMessage, new std::shared_ptr<ObjectTree*>(m_self),
+          [](gpointer data) noexcept {
+              delete static_cast<std::shared_ptr<ObjectTree*>*>(data);
+          })) {}
 
 ObjectTree::~ObjectTree() {
-    m_inbox->tree = nullptr;
+    *m_self = nullptr;
     g_dbus_connection_remove_filter(m_connection.get(), m_filterId);
 }
 
@@ -109,47 +94,39 @@ GDBusMessage* ObjectTree::OnMessage(GDBusConnection* connection, GDBusMessage* m
         g_strcmp0(g_dbus_message_get_interface(message), "org.freedesktop.DBus.Peer") == 0) {
         return message;
     }
-    auto inbox = *static_cast<std::shared_ptr<Inbox>*>(userData);
-    GMainContext* context = inbox->context.get();
-    auto delivery = std::make_unique<Delivery>();
-    delivery->inbox = std::move(inbox);
-    delivery->connection.reset(static_cast<GDBusConnection*>(g_object_ref(connection)));
-    delivery->message.reset(message);
-    CPtr<GSource, g_source_unref> source(g_idle_source_new());
-    g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
-    g_source_set_callback(source.get(), OnDelivery, delivery.release(),
-                          [](gpointer data) noexcept { delete static_cast<Delivery*>(data); });
-    g_source_attach(source.get(), context);
+    // Only the main loop looks at the tree, which may be gone by then.
+    auto* delivery = new Delivery{*static_cast<std::shared_ptr<ObjectTree*>*>(userData),
+                                  MethodCall(connection, message)};
+    g_idle_add_full(
+        G_PRIORITY_DEFAULT,
+        [](gpointer data) noexcept -> gboolean {
+            auto& [tree, call] = *static_cast<Delivery*>(data);
+            if (*tree == nullptr) {
+                call.FailUnknown(kUnknownObject);
+            } else {
+                (*tree)->Dispatch(std::move(call));
+            }
+            return G_SOURCE_REMOVE;
+        },
+        delivery, [](gpointer data) noexcept { delete static_cast<Delivery*>(data); });
     return nullptr;
-}
-
-gboolean ObjectTree::OnDelivery(gpointer userData) noexcept {
-    auto* delivery = static_cast<Delivery*>(userData);
-    MethodCall call(std::move(delivery->connection), std::move(delivery->message));
-    if (delivery->inbox->tree == nullptr) {
-        call.FailUnknown(kUnknownObject);
-    } else {
-        delivery->inbox->tree->Dispatch(std::move(call));
-    }
-    return G_SOURCE_REMOVE;
 }
 
 void ObjectTree::Add(const std::string& path, Interface interface) {
     Interfaces& interfaces = m_objects[path];
     const bool newObject = interfaces.empty();
-    const std::string name = interface.name;
-    Interface& added = interfaces.insert_or_assign(name, std::move(interface)).first->second;
-    EmitOnManager("InterfacesAdded", g_variant_new("(o@a{sa{sv}})", path.c_str(),
-                                                   NewInterfaceDictionary({&added}, newObject)));
+    interfaces[interface.name] = interface;
+    Emit("/", kObjectManagerInterface, "InterfacesAdded",
+         g_variant_new("(o@a{sa{sv}})", path.c_str(),
+                       NewInterfaceDictionary({{interface.name, interface}}, newObject)));
 }
 
 void ObjectTree::Remove(const std::string& path) {
     std::vector<std::string> paths;
     for (auto it = m_objects.lower_bound(path);
-         it != m_objects.end() && StartsWith(it->first, path); ++it) {
-        if (it->first == path || StartsWith(it->first, Prefix(path))) {
-            paths.push_back(it->first);
-        }
+         it != m_objects.end() && (it->first == path || StartsWith(it->first, Prefix(path)));
+         ++it) {
+        paths.push_back(it->first);
     }
     for (auto it = paths.rbegin(); it != paths.rend(); ++it) {
         std::vector<std::string> names = {kPropertiesInterface, kIntrospectableInterface};
@@ -157,8 +134,8 @@ void ObjectTree::Remove(const std::string& path) {
             names.push_back(name);
         }
         m_objects.erase(*it);
-        EmitOnManager("InterfacesRemoved",
-                      g_variant_new("(o@as)", it->c_str(), Texts(names).get()));
+        Emit("/", kObjectManagerInterface, "InterfacesRemoved",
+             g_variant_new("(o@as)", it->c_str(), Texts(names).get()));
     }
 }
 
@@ -179,11 +156,9 @@ void ObjectTree::Change(const std::string& path, const std::string& interface,
     for (const std::string& name : invalidated) {
         properties.erase(name);
     }
-    g_dbus_connection_emit_signal(m_connection.get(), nullptr, path.c_str(), kPropertiesInterface,
-                                  "PropertiesChanged",
-                                  g_variant_new("(s@a{sv}@as)", interface.c_str(),
-                                                NewDictionary(changed), Texts(invalidated).get()),
-                                  nullptr);
+    Emit(path, kPropertiesInterface, "PropertiesChanged",
+         g_variant_new("(s@a{sv}@as)", interface.c_str(), NewDictionary(changed),
+                       Texts(invalidated).get()));
 }
 
 GVariant* ObjectTree::Get(const std::string& path, const std::string& interface,
@@ -199,14 +174,6 @@ GVariant* ObjectTree::Get(const std::string& path, const std::string& interface,
     return found->second.properties.at(property).get();
 }
 
-void ObjectTree::SetSilentMethods(const std::vector<std::string>& methods) {
-    m_silentMethods = {methods.begin(), methods.end()};
-}
-
-void ObjectTree::RefuseOnce(const std::vector<std::pair<std::string, std::string>>& errors) {
-    m_refusals = {errors.begin(), errors.end()};
-}
-
 void ObjectTree::Dispatch(MethodCall call) {
     if (m_silentMethods.count(call.Method()) != 0) {
         m_say("bus", call.Method() + " of " + call.Sender() + " never answered");
@@ -218,16 +185,26 @@ void ObjectTree::Dispatch(MethodCall call) {
         return;
     }
     static const Interfaces kNone;
-    const auto object = m_objects.find(call.Path());
-    const Interfaces& interfaces = object == m_objects.end() ? kNone : object->second;
+    const std::string path = call.Path();
     const std::string interface = call.Interface();
-    if (object == m_objects.end() && call.Path() != "/" && !HasBelow(call.Path())) {
+    const auto object = m_objects.find(path);
+    const Interfaces& interfaces = object == m_objects.end() ? kNone : object->second;
+    const bool isThere = interface == kIntrospectableInterface ||
+                         (interface == kObjectManagerInterface && path == "/") ||
+                         (interface == kPropertiesInterface && !interfaces.empty()) ||
+                         interfaces.count(interface) != 0;
+    const auto below = m_objects.lower_bound(Prefix(path));
+    if (object == m_objects.end() && path != "/" &&
+        (below == m_objects.end() || !StartsWith(below->first, Prefix(path)))) {
         call.FailUnknown(kUnknownObject);
-    } else if (interface == kPropertiesInterface || interface == kIntrospectableInterface ||
-               interface == kObjectManagerInterface) {
-        DispatchStandard(std::move(call), interfaces);
-    } else if (interfaces.count(interface) == 0 || !Declares(interface, call)) {
+    } else if (!isThere || !Declares(interface, call)) {
         call.FailUnknown(kUnknownMethod);
+    } else if (interface == kIntrospectableInterface) {
+        Introspect(std::move(call), interfaces);
+    } else if (interface == kObjectManagerInterface) {
+        GetManagedObjects(std::move(call));
+    } else if (interface == kPropertiesInterface) {
+        AccessProperties(std::move(call), interfaces);
     } else if (const CallHandler onCall = interfaces.at(interface).onCall; onCall) {
         onCall(std::move(call));  // a copy: the handler may remove the object
     } else {
@@ -235,59 +212,48 @@ void ObjectTree::Dispatch(MethodCall call) {
     }
 }
 
-void ObjectTree::DispatchStandard(MethodCall call, const Interfaces& interfaces) {
-    const std::string method = call.Method();
-    const bool onManager = method == "GetManagedObjects";
-    const bool onAny = method == "Introspect";
-    const bool here = onAny || (onManager ? call.Path() == "/" : !interfaces.empty());
-    if (!here || !Declares(call.Interface(), call)) {
-        call.FailUnknown(kUnknownMethod);
-    } else if (onAny) {
-        Introspect(std::move(call), interfaces);
-    } else if (onManager) {
-        GetManagedObjects(std::move(call));
-    } else if (interfaces.count(ArgumentText(call, 0)) == 0) {
-        call.Fail(kInvalidArgs, "No such interface '" + ArgumentText(call, 0) + "'");
-    } else if (method == "GetAll") {
-        GetAllProperties(std::move(call), interfaces);
-    } else if (method == "Get") {
-        GetProperty(std::move(call), interfaces);
+// Get, GetAll and Set of an object that has these interfaces.
+void ObjectTree::AccessProperties(MethodCall call, const Interfaces& interfaces) {
+    const std::string name = call.TextArgument(0);
+    const auto found = interfaces.find(name);
+    if (found == interfaces.end()) {
+        call.Fail(kInvalidArgs, "No such interface '" + name + "'");
+        return;
+    }
+    const Properties& properties = found->second.properties;
+    if (call.Method() == "Set") {
+        SetProperty(std::move(call), found->second);
+    } else if (call.Method() == "GetAll") {
+        call.Answer(g_variant_new("(@a{sv})", NewDictionary(properties)));
+    } else if (const auto property = properties.find(call.TextArgument(1));
+               property != properties.end()) {
+        call.Answer(g_variant_new("(v)", property->second.get()));
     } else {
-        SetProperty(std::move(call), interfaces);
+        call.Fail(kInvalidArgs, "No such property '" + call.TextArgument(1) + "'");
     }
 }
 
-void ObjectTree::GetProperty(MethodCall call, const Interfaces& interfaces) {
-    const Properties& properties = interfaces.at(ArgumentText(call, 0)).properties;
-    const auto found = properties.find(ArgumentText(call, 1));
-    if (found == properties.end()) {
-        call.Fail(kInvalidArgs, "No such property '" + ArgumentText(call, 1) + "'");
-    } else {
-        call.Answer(g_variant_new("(v)", found->second.get()));
-    }
-}
-
-void ObjectTree::GetAllProperties(MethodCall call, const Interfaces& interfaces) {
-    const Properties& properties = interfaces.at(ArgumentText(call, 0)).properties;
-    call.Answer(g_variant_new("(@a{sv})", NewDictionary(properties)));
-}
-
-void ObjectTree::SetProperty(MethodCall call, const Interfaces& interfaces) {
-    const Interface& interface = interfaces.at(ArgumentText(call, 0));
-    const std::string name = ArgumentText(call, 1);
-    GVariantPtr boxed(g_variant_get_child_value(call.Arguments(), 2));
-    const GVariantPtr value(g_variant_get_variant(boxed.get()));
+void ObjectTree::SetProperty(MethodCall call, const Interface& interface) {
+    const std::string name = call.TextArgument(1);
+    const GVariantPtr value(g_variant_get_variant(call.Argument(2).get()));
     const GDBusPropertyInfo* info =
         g_dbus_interface_info_lookup_property(FindInterfaceInfo(interface.name), name.c_str());
     if (info == nullptr) {
         call.Fail(kInvalidArgs, "No such property '" + name + "'");
-    } else if ((info->flags & G_DBUS_PROPERTY_INFO_FLAGS_WRITABLE) == 0 || !interface.onSet) {
+    } else if ((info->flags & G_DBUS_PROPERTY_INFO_FLAGS_WRITABLE) == 0) {
         call.Fail(kReadOnly, "Property '" + name + "' is not writable");
     } else if (g_strcmp0(g_variant_get_type_string(value.get()), info->signature) != 0) {
         call.FailBluez("InvalidArguments", "Invalid arguments in method call");
-    } else {
-        const SetHandler onSet = interface.onSet;
-        onSet(name, value.get(), std::move(call));
+    } else if (const SetHandler onSet = interface.onSet;
+               !onSet || !onSet(name, value.get(), call)) {
+        // An alias that is empty becomes the name again, or the address of who has none.
+        const bool isReset = name == "Alias" && *g_variant_get_string(value.get(), nullptr) == '\0';
+        GVariant* ownName = Get(call.Path(), interface.name, "Name");
+        GVariant* reset =
+            ownName != nullptr ? ownName : Get(call.Path(), interface.name, "Address");
+        Change(call.Path(), interface.name,
+               {{name, Own(g_variant_ref(isReset ? reset : value.get()))}});
+        call.Answer();
     }
 }
 
@@ -295,12 +261,8 @@ void ObjectTree::GetManagedObjects(MethodCall call) {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{oa{sa{sv}}}"));
     for (const auto& [path, interfaces] : m_objects) {
-        std::vector<const Interface*> list;
-        for (const auto& [name, interface] : interfaces) {
-            list.push_back(&interface);
-        }
         g_variant_builder_add(&builder, "{o@a{sa{sv}}}", path.c_str(),
-                              NewInterfaceDictionary(list, true));
+                              NewInterfaceDictionary(interfaces, true));
     }
     call.Answer(g_variant_new("(@a{oa{sa{sv}}})", g_variant_builder_end(&builder)));
     m_say("bus", "objects read by " + call.Sender());
@@ -331,14 +293,9 @@ void ObjectTree::Introspect(MethodCall call, const Interfaces& interfaces) {
     call.Answer(g_variant_new("(s)", xml->str));
 }
 
-bool ObjectTree::HasBelow(const std::string& path) const {
-    const auto next = m_objects.lower_bound(Prefix(path));
-    return next != m_objects.end() && StartsWith(next->first, Prefix(path));
-}
-
-void ObjectTree::EmitOnManager(const char* signal, GVariant* arguments) {
-    // Fails only on a closed connection, where nobody listens any more.
-    g_dbus_connection_emit_signal(m_connection.get(), nullptr, "/", kObjectManagerInterface, signal,
+void ObjectTree::Emit(const std::string& path, const char* interface, const char* signal,
+                      GVariant* arguments) {
+    g_dbus_connection_emit_signal(m_connection.get(), nullptr, path.c_str(), interface, signal,
                                   arguments, nullptr);
 }
 

@@ -9,17 +9,16 @@ namespace {
 
 // A phone's player reacts to a remote control so long after the key.
 constexpr int kReactMs = 15;
-// The daemon opens the remote control at once behind its own connection, and so much later when the
+// The daemon opens the remote control at once after its own connection, and so much later when the
 // phone connected, to let it open one itself.
 constexpr int kOwnControlDelayMs = 2000;
 // How long an idle link lives when its last profile was closed.
 constexpr int kIdleLinkMs = 2000;
 constexpr int kUnpairedMs = 500;
 
-bool IsSource(GVariant* arguments) {
-    const GVariantPtr uuid(g_variant_get_child_value(arguments, 0));
-    const char* text = g_variant_get_string(uuid.get(), nullptr);
-    return g_ascii_strcasecmp(text, kSourceUuid) == 0 || g_ascii_strcasecmp(text, "110a") == 0;
+bool IsSource(const MethodCall& call) {
+    const std::string uuid = call.TextArgument(0);
+    return g_ascii_strcasecmp(uuid.c_str(), kSourceUuid) == 0 || uuid == "110a" || uuid == "110A";
 }
 
 }  // namespace
@@ -32,30 +31,16 @@ Phone::Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter, EventSink say)
       m_bonded(m_plan.bonded),
       m_status(m_plan.playerStatus) {}
 
-bool Phone::Advertise() {
-    Advertisement advertisement;
-    advertisement.address = m_plan.advertiseFrom;
-    advertisement.randomAddress = m_plan.advertiseFrom != m_plan.address;
-    advertisement.connectable = m_plan.connectable;
-    advertisement.rssi = -55 - m_sent % 3;
-    advertisement.manufacturerData = m_plan.manufacturerData;
-    if (m_sent++ == 0) {
-        Say("advertises from " + m_plan.advertiseFrom);
-    }
-    return m_adapter.Hear(advertisement);
-}
-
 bool Phone::ConnectByItself() {
     if (!m_bonded || !m_adapter.Powered() || Connected()) {
         Say("cannot connect by itself");
         return false;
     }
     Say("connects by itself");
-    OpenLink(Initiator::kPhone);
+    OpenLink(kOwnControlDelayMs);
     if (m_pendingConnect) {
         m_connectTimer.Cancel();
-        m_pendingConnect->Answer();
-        m_pendingConnect.reset();
+        std::exchange(m_pendingConnect, std::nullopt)->Answer();
     }
     return true;
 }
@@ -85,10 +70,9 @@ void Phone::OnAdapterAppeared() {
     if (m_bonded) {
         m_adapter.Devices().AddBonded(m_plan);
         m_tree.Add(m_adapter.Devices().PathOf(m_plan.address),
-                   {kControlInterface,
-                    {{"Connected", Bool(false)}},
-                    [this](MethodCall call) { OnControlCall(std::move(call)); },
-                    {}});
+                   {kControlInterface, {{"Connected", Bool(false)}}, [this](MethodCall call) {
+                        OnControlCall(std::move(call));
+                    }});
     }
 }
 
@@ -102,7 +86,7 @@ void Phone::OnAdapterPoweredOn() {
 void Phone::OnAdapterLosesPower() {
     m_ownConnectTimer.Cancel();
     if (m_pendingConnect) {
-        Refuse("org.bluez.Error.Failed", "br-connection-canceled");
+        Fail("br-connection-canceled");
     }
     Disconnect();
 }
@@ -113,25 +97,26 @@ void Phone::OnDiscoveryStarted() {
         return;
     }
     m_advertiseTimer = Timer::Once(m_plan.advertiseAfterMs, [this] {
-        m_advertiseTimer = Timer::Every(m_plan.advertiseEveryMs, [this] { AdvertiseByPlan(); });
-        AdvertiseByPlan();
+        m_advertiseTimer = Timer::Every(m_plan.advertiseEveryMs, [this] { Advertise(); });
+        Advertise();
     });
 }
 
-void Phone::AdvertiseByPlan() {
-    Advertise();
-    if (m_sent == m_plan.advertiseCount) {
+void Phone::Advertise() {
+    if (m_sent == 0) {
+        Say("advertises from " + m_plan.advertiseFrom);
+    }
+    const bool randomAddress = m_plan.advertiseFrom != m_plan.address;
+    m_adapter.Hear({m_plan.advertiseFrom, randomAddress, m_plan.connectable, -55 - m_sent % 3, "",
+                    m_plan.manufacturerData});
+    if (++m_sent == m_plan.advertiseCount) {
         m_advertiseTimer.Cancel();
     }
 }
 
-void Phone::OnDiscoveryStopped() {
-    m_advertiseTimer.Cancel();
-}
-
-void Phone::OnCall(MethodCall call) {
+void Phone::OnCall(const std::string& /*address*/, MethodCall call) {
     const std::string method = call.Method();
-    if (method == "ConnectProfile" && !IsSource(call.Arguments())) {
+    if (method == "ConnectProfile" && !IsSource(call)) {
         call.FailBluez("NotAvailable", "br-connection-profile-unavailable");
     } else if (method == "ConnectProfile" || method == "Connect") {
         AskConnection(std::move(call));
@@ -149,10 +134,6 @@ void Phone::OnCall(MethodCall call) {
 void Phone::OnDeviceRemoved() {
     m_bonded = false;
     OnAdapterLosesPower();
-}
-
-void Phone::Say(const std::string& what) const {
-    m_say("phone " + m_plan.id, what);
 }
 
 void Phone::AskConnection(MethodCall call) {
@@ -174,8 +155,7 @@ void Phone::AskConnection(MethodCall call) {
     const ConnectAnswer answer =
         std::exchange(m_plan.firstConnect, std::nullopt).value_or(m_plan.connect);
     if (!m_bonded) {
-        m_connectTimer = Timer::Once(
-            kUnpairedMs, [this] { Refuse("org.bluez.Error.Failed", "br-connection-unknown"); });
+        m_connectTimer = Timer::Once(kUnpairedMs, [this] { Fail("br-connection-unknown"); });
     } else if (answer.kind != ConnectAnswer::Kind::kNever) {
         m_connectTimer = Timer::Once(m_plan.connectAfterMs, [this, answer] { Finish(answer); });
     }
@@ -193,22 +173,20 @@ void Phone::Finish(const ConnectAnswer& answer) {
         }
         return;
     }
-    OpenLink(Initiator::kTv);
-    m_pendingConnect->Answer();
-    m_pendingConnect.reset();
+    OpenLink(0);
+    std::exchange(m_pendingConnect, std::nullopt)->Answer();
 }
 
 void Phone::Refuse(const std::string& errorName, const std::string& message) {
     m_connectTimer.Cancel();
     Say("refused " + (message.empty() ? errorName : message));
-    m_pendingConnect->Fail(errorName, message);
-    m_pendingConnect.reset();
+    std::exchange(m_pendingConnect, std::nullopt)->Fail(errorName, message);
 }
 
 void Phone::OnDisconnectCall(MethodCall call) {
     Say("disconnection asked");
     if (m_pendingConnect) {
-        Refuse("org.bluez.Error.Failed", "br-connection-canceled");
+        Fail("br-connection-canceled");
         call.Answer();
     } else if (Connected()) {
         // Only a link that is down is answered.
@@ -222,7 +200,7 @@ void Phone::OnDisconnectCall(MethodCall call) {
 }
 
 void Phone::OnDisconnectProfileCall(MethodCall call) {
-    if (!IsSource(call.Arguments())) {
+    if (!IsSource(call)) {
         call.FailBluez("InvalidArguments", "Invalid arguments in method call");
         return;
     }
@@ -236,7 +214,7 @@ void Phone::OnDisconnectProfileCall(MethodCall call) {
 }
 
 void Phone::OnControlCall(MethodCall call) {
-    if (m_link == nullptr || !m_plan.hasPlayer) {
+    if (m_link == nullptr || !HasPlayer()) {
         call.FailBluez("NotConnected", "Not Connected");
         return;
     }
@@ -258,16 +236,14 @@ void Phone::ReactWith(const char* status) {
     m_reactTimer = Timer::Once(kReactMs, [this, status] { SetStatus(status); });
 }
 
-void Phone::OpenLink(Initiator initiator) {
+void Phone::OpenLink(int controlAfterMs) {
     DeviceTable& devices = m_adapter.Devices();
     devices.SetConnected(m_plan.address, true);
     m_link = std::make_unique<MediaLink>(m_tree, devices.PathOf(m_plan.address),
                                          m_adapter.NextTransport());
     m_statusTold = false;
     Say("connected");
-    const int delayMs =
-        m_plan.playerAfterMs + (initiator == Initiator::kPhone ? kOwnControlDelayMs : 0);
-    m_playerTimer = Timer::Once(delayMs, [this] { ShowPlayer(); });
+    m_playerTimer = Timer::Once(m_plan.playerAfterMs + controlAfterMs, [this] { ShowPlayer(); });
     if (m_plan.disconnectsAfterMs > 0) {
         m_goTimer = Timer::Once(m_plan.disconnectsAfterMs, [this] { EndLink(); });
     }
@@ -291,7 +267,7 @@ void Phone::EndLink() {
 void Phone::ShowPlayer() {
     const auto onCall = [this](MethodCall call) { OnControlCall(std::move(call)); };
     m_link->ShowControl(onCall);
-    if (m_plan.hasPlayer) {
+    if (HasPlayer()) {
         m_link->ShowPlayer(onCall);
         Say("player appeared");
         m_playerTimer = Timer::Once(m_plan.statusAfterMs, [this] { TellStatus(); });

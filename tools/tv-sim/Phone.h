@@ -12,51 +12,49 @@
 
 namespace TvSim {
 
-// One simulated phone: what it does by its plan, and by the steering functions below at any time.
-class Phone {
+// One simulated phone: it does what its plan says, and at any time what the functions below say.
+class Phone : public Neighbour {
 public:
     // The tree and the adapter must outlive it.
     Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter, EventSink say);
 
     [[nodiscard]] const PhonePlan& Plan() const { return m_plan; }
-    [[nodiscard]] bool Connected() const { return m_link != nullptr; }
-    [[nodiscard]] bool Playing() const { return m_status == "playing"; }
 
-    // Sends one advertisement now; whether the TV heard it.
-    bool Advertise();
-    // How the next connection request is answered; one under way keeps its fate.
-    void SetConnectAnswer(ConnectAnswer answer) { m_plan.connect = std::move(answer); }
     // False when it cannot: not bonded, the adapter is off, or it is connected.
     bool ConnectByItself();
     void Disconnect();
     // What the user does on the phone: a value of MediaPlayer1.Status. A connected phone that plays
     // is heard.
     void SetStatus(const std::string& status);
-    void Play() { SetStatus("playing"); }
 
-    // From the adapter.
-    void OnAdapterAppeared();
-    void OnAdapterPoweredOn();
-    void OnAdapterLosesPower();
-    void OnDiscoveryStarted();
-    void OnDiscoveryStopped();
-    void OnCall(MethodCall call);
-    void OnDeviceRemoved();
+    void OnAdapterAppeared() override;
+    void OnAdapterPoweredOn() override;
+    void OnAdapterLosesPower() override;
+    void OnDiscoveryStarted() override;
+    void OnDiscoveryStopped() override { m_advertiseTimer.Cancel(); }
+    [[nodiscard]] bool Has(const std::string& address) const override {
+        return address == m_plan.address;
+    }
+    void OnCall(const std::string& address, MethodCall call) override;
+    void OnDeviceRemoved() override;
 
 private:
-    enum class Initiator { kTv, kPhone };
-
-    void Say(const std::string& what) const;
-    void AdvertiseByPlan();
+    [[nodiscard]] bool Connected() const { return m_link != nullptr; }
+    [[nodiscard]] bool Playing() const { return m_status == "playing"; }
+    [[nodiscard]] bool HasPlayer() const { return m_plan.playerStatus != "none"; }
+    void Say(const std::string& what) const { m_say("phone " + m_plan.id, what); }
+    void Advertise();
     void AskConnection(MethodCall call);
     void Finish(const ConnectAnswer& answer);
     void Refuse(const std::string& errorName, const std::string& message);
+    void Fail(const char* message) { Refuse("org.bluez.Error.Failed", message); }
     void EndLink();
     void OnDisconnectCall(MethodCall call);
     void OnDisconnectProfileCall(MethodCall call);
     void OnControlCall(MethodCall call);
     void ReactWith(const char* status);
-    void OpenLink(Initiator initiator);
+    // The TV asks for its remote control after that time.
+    void OpenLink(int controlAfterMs);
     void ShowPlayer();
     void TellStatus();
 

@@ -11,8 +11,10 @@
 
 namespace TvSim {
 
-// Manufacturer-specific data of an advertisement: the bytes behind each company identifier.
+// Manufacturer-specific data of an advertisement: the bytes after each company identifier.
 using ManufacturerData = std::map<std::uint16_t, std::vector<unsigned char>>;
+
+using Pairs = std::vector<std::pair<std::string, std::string>>;
 
 // The TV's Bluetooth adapter. Times are milliseconds from the start of the simulator.
 struct AdapterPlan {
@@ -28,7 +30,7 @@ struct AdapterPlan {
     bool knowsPattern = true;    // false: as bluetoothd before it took a Pattern in a filter
     std::vector<std::string> silentMethods;  // taken and never answered, by anybody
     // The first call of a method is refused with that error.
-    std::vector<std::pair<std::string, std::string>> refusedOnce;
+    Pairs refusedOnce;
 };
 
 // How a phone answers a connection request of the TV.
@@ -42,12 +44,10 @@ struct ConnectAnswer {
 // One phone. Times are milliseconds; what is said to happen "after" 0 happens at once, unless 0 is
 // said to mean never.
 struct PhonePlan {
-    enum class Registered { kOn, kOff, kNo };
-
-    std::string id;       // how scenario, log and tests call it
-    std::string address;  // upper case
-    std::string name;     // as the phone calls itself
-    Registered registered = Registered::kOn;
+    std::string id;                 // how scenario, log and tests call it
+    std::string address;            // upper case
+    std::string name;               // as the phone calls itself
+    std::string registered = "on";  // with the service: "on", "off" (its setting) or "no"
     bool bonded = true;
     std::uint32_t deviceClass = 0x5A020C;
     std::string modalias = "usb:v1D6Bp0246d0542";
@@ -66,8 +66,7 @@ struct PhonePlan {
     int connectsByItselfAfterMs = 0;  // after the adapter came up; 0: never
     int disconnectsAfterMs = 0;       // after it was connected; 0: never
 
-    bool hasPlayer = true;
-    std::string playerStatus = "paused";  // a value of MediaPlayer1.Status
+    std::string playerStatus = "paused";  // a value of MediaPlayer1.Status; "none": no player
     int playerAfterMs = 40;               // after the connection request was answered
     int statusAfterMs = 30;               // after the player appeared
     bool playsOnPlay = true;
@@ -90,26 +89,30 @@ struct TvPlan {
     int wakeupReason = 1;
     int ambientMode = 1;
     int ambientType = 1;
-    std::vector<std::pair<std::string, std::string>> features;
-    std::vector<std::pair<std::string, std::string>> keys;
-};
-
-// What the runner sends before the wake-up: phones' settings, "on" or "off".
-struct WakePlan {
-    std::vector<std::pair<std::string, bool>> updates;
+    Pairs features;
+    Pairs keys;
 };
 
 // What is expected of a run.
 struct Expectation {
-    enum class Source { kServiceLog, kSimulator };
-    Source untilSource = Source::kSimulator;
-    std::string until;  // a text that ends the run when a line holds it
+    std::string until;        // a text that ends the run when a line holds it
+    bool untilInLog = false;  // a line of the service's log, else of the simulator's events
     int withinMs = 30000;
     int settleMs = 0;                      // so long everything must stay as expected after that
     std::vector<std::string> log;          // in the service's log, in this order
     std::vector<std::string> never;        // nowhere in the service's log or the simulator's events
     std::optional<std::string> connected;  // the phone at the end, empty for none; not said: any
     std::optional<std::string> playing;
+};
+
+// One advertisement as the TV's radio receives it.
+struct Advertisement {
+    std::string address;  // upper case
+    bool randomAddress = true;
+    bool connectable = true;
+    int rssi = -60;    // dBm
+    std::string name;  // empty when it carries none
+    ManufacturerData manufacturerData;
 };
 
 // A world to simulate, and for the runner how to set the TV up and what must come of it.
@@ -120,7 +123,7 @@ struct Scenario {
     std::vector<PhonePlan> phones;
     StrangersPlan strangers;
     TvPlan tv;
-    WakePlan wake;
+    Pairs updates;  // sent before the wake-up: phones with their new setting, "on" or "off"
     Expectation expect;
 
     // Borrowed; null when there is no such phone.
@@ -130,5 +133,12 @@ struct Scenario {
 // A phone with the defaults of the format: it advertises from a random address of its own and
 // carries `address`, upper case, in its manufacturer data.
 [[nodiscard]] PhonePlan MakePhone(const std::string& id, const std::string& address);
+
+// Reads a scenario. Empty when the file cannot be read or says something unknown or malformed;
+// `error` then is one line with the file's name, the section and the key.
+[[nodiscard]] std::optional<Scenario> ReadScenario(const std::string& file, std::string& error);
+
+// The format, for a person, as `--help` prints it.
+extern const char kScenarioHelp[];
 
 }  // namespace TvSim

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tv-sim/ScenarioFile.h"
+#include "tools/tv-sim/Scenario.h"
 
 namespace TvSim {
 

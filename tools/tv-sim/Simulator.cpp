@@ -4,17 +4,20 @@
 
 namespace TvSim {
 
-Simulator::Simulator(Scenario scenario, GDBusConnection* connection, EventSink say)
+Simulator::Simulator(Scenario scenario, GDBusConnection* connection, EventSink say,
+                     std::function<void()> onNameLost)
     : m_scenario(std::move(scenario)),
       m_say(say ? std::move(say) : [](const std::string&, const std::string&) {}),
-      m_tree(connection, m_say),
-      m_adapter(m_tree, connection, m_scenario.adapter, m_say, *this),
-      m_strangers(m_scenario.strangers, m_adapter, m_say) {
-    m_tree.SetSilentMethods(m_scenario.adapter.silentMethods);
-    m_tree.RefuseOnce(m_scenario.adapter.refusedOnce);
+      m_tree(connection, m_scenario.adapter, m_say),
+      m_adapter(m_tree, connection, m_scenario.adapter, m_say),
+      m_strangers(m_scenario.strangers, m_adapter, m_say),
+      m_onNameLost(std::move(onNameLost)) {
     for (const PhonePlan& plan : m_scenario.phones) {
         m_phones.push_back(std::make_unique<Phone>(plan, m_tree, m_adapter, m_say));
+        m_adapter.Add(*m_phones.back());
     }
+    m_adapter.Add(m_strangers);
+    m_adapter.Add(m_nobody);
     m_nameOwner =
         g_bus_own_name_on_connection(connection, "org.bluez", G_BUS_NAME_OWNER_FLAGS_DO_NOT_QUEUE,
                                      OnNameAcquired, OnNameLost, this, nullptr);
@@ -29,15 +32,6 @@ Simulator::~Simulator() {
 Phone* Simulator::FindPhone(const std::string& id) {
     for (const std::unique_ptr<Phone>& phone : m_phones) {
         if (phone->Plan().id == id) {
-            return phone.get();
-        }
-    }
-    return nullptr;
-}
-
-Phone* Simulator::FindPhoneByAddress(const std::string& address) {
-    for (const std::unique_ptr<Phone>& phone : m_phones) {
-        if (phone->Plan().address == address) {
             return phone.get();
         }
     }
@@ -63,53 +57,6 @@ void Simulator::OnNameLost(GDBusConnection* connection, const char* /*name*/,
     self->m_say("bus", connection == nullptr ? "connection lost" : "name org.bluez refused");
     if (self->m_onNameLost) {
         self->m_onNameLost();
-    }
-}
-
-void Simulator::OnAdapterAppeared() {
-    for (const std::unique_ptr<Phone>& phone : m_phones) {
-        phone->OnAdapterAppeared();
-    }
-}
-
-void Simulator::OnAdapterPoweredOn() {
-    for (const std::unique_ptr<Phone>& phone : m_phones) {
-        phone->OnAdapterPoweredOn();
-    }
-}
-
-void Simulator::OnAdapterLosesPower() {
-    m_nobody.OnAdapterLosesPower();
-    for (const std::unique_ptr<Phone>& phone : m_phones) {
-        phone->OnAdapterLosesPower();
-    }
-}
-
-void Simulator::OnDiscoveryStarted() {
-    for (const std::unique_ptr<Phone>& phone : m_phones) {
-        phone->OnDiscoveryStarted();
-    }
-    m_strangers.OnDiscoveryStarted();
-}
-
-void Simulator::OnDiscoveryStopped() {
-    for (const std::unique_ptr<Phone>& phone : m_phones) {
-        phone->OnDiscoveryStopped();
-    }
-    m_strangers.OnDiscoveryStopped();
-}
-
-void Simulator::OnDeviceCall(const std::string& address, MethodCall call) {
-    if (Phone* phone = FindPhoneByAddress(address)) {
-        phone->OnCall(std::move(call));
-    } else {
-        m_nobody.OnCall(address, std::move(call));
-    }
-}
-
-void Simulator::OnDeviceRemoved(const std::string& address) {
-    if (Phone* phone = FindPhoneByAddress(address)) {
-        phone->OnDeviceRemoved();
     }
 }
 

@@ -14,51 +14,33 @@
 
 namespace TvSim {
 
-// Stands on a bus as org.bluez, with one adapter, phones and strangers around it. It runs on the
-// thread's default main context alone and never blocks it. As with the real daemon the bus name
-// comes first and the objects follow. A daemon that crashes is a connection that is closed; one
-// that stops is a destroyed simulator.
-class Simulator : private AdapterObserver {
+// Owns org.bluez on a bus, with one adapter, phones and strangers around it. It runs on the main
+// loop of the process only and never blocks it. As with the real daemon the bus name comes first
+// and the objects follow. A daemon that crashes is a connection that is closed; one that stops is a
+// destroyed simulator.
+class Simulator {
 public:
     // Asks for the name at once. The connection, which may be used for other things too, must be
-    // open; `say` hears of everything that happens and may be empty.
-    Simulator(Scenario scenario, GDBusConnection* connection, EventSink say = {});
+    // open; `say` hears of everything that happens and may be empty; `onNameLost` is called when
+    // the name is refused (another process has it) or lost (the connection closed).
+    Simulator(Scenario scenario, GDBusConnection* connection, EventSink say = {},
+              std::function<void()> onNameLost = {});
     // Takes the objects off the bus and gives the name back.
-    ~Simulator() override;
+    ~Simulator();
     Simulator(const Simulator&) = delete;
     Simulator& operator=(const Simulator&) = delete;
 
-    // Called when the name is refused (another process has it) or lost (the connection closed).
-    void SetNameLostHandler(std::function<void()> onNameLost) {
-        m_onNameLost = std::move(onNameLost);
-    }
-
     // The phone of the scenario with this id, null when there is none; not owned.
     [[nodiscard]] Phone* FindPhone(const std::string& id);
-    void SetAdapterPresent(bool present) { m_adapter.SetPresent(present); }
     void SetAdapterPowered(bool powered) { m_adapter.SetPowered(powered); }
-    [[nodiscard]] bool Discovering() const { return m_adapter.Discovering(); }
     // An advertisement of anybody; whether the TV heard it.
     bool Advertise(const Advertisement& advertisement) { return m_adapter.Hear(advertisement); }
-    // From now on calls of these methods, and no others, are taken and never answered.
-    void SetSilentMethods(const std::vector<std::string>& methods) {
-        m_tree.SetSilentMethods(methods);
-    }
 
 private:
-    void OnAdapterAppeared() override;
-    void OnAdapterPoweredOn() override;
-    void OnAdapterLosesPower() override;
-    void OnDiscoveryStarted() override;
-    void OnDiscoveryStopped() override;
-    void OnDeviceCall(const std::string& address, MethodCall call) override;
-    void OnDeviceRemoved(const std::string& address) override;
-
     static void OnNameAcquired(GDBusConnection* connection, const char* name,
                                gpointer userData) noexcept;
     static void OnNameLost(GDBusConnection* connection, const char* name,
                            gpointer userData) noexcept;
-    Phone* FindPhoneByAddress(const std::string& address);
 
     Scenario m_scenario;
     EventSink m_say;

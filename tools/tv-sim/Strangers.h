@@ -11,12 +11,12 @@ namespace TvSim {
 
 // A crowd that advertises while the TV scans, each member at its interval. Nothing is kept for a
 // member: its address and data follow from its number and its round.
-class Strangers {
+class Strangers : public Neighbour {
 public:
     Strangers(StrangersPlan plan, Adapter& adapter, EventSink say);
 
-    void OnDiscoveryStarted();
-    void OnDiscoveryStopped();
+    void OnDiscoveryStarted() override;
+    void OnDiscoveryStopped() override;
 
 private:
     void Tick();
@@ -31,13 +31,13 @@ private:
     Timer m_timer;
 };
 
-// Answers the calls to devices that no phone stands behind: nobody answers the TV's page, so that a
+// Has all the addresses that no phone has: nobody answers when the TV pages them, so that a
 // connection request fails after the page timeout.
-class Nobody {
+class Nobody : public Neighbour {
 public:
-    void OnCall(const std::string& address, MethodCall call);
-    // The requests end without an answer from the air.
-    void OnAdapterLosesPower();
+    [[nodiscard]] bool Has(const std::string& /*address*/) const override { return true; }
+    void OnCall(const std::string& address, MethodCall call) override;
+    void OnAdapterLosesPower() override;
 
 private:
     struct Page {

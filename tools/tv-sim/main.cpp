@@ -1,12 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include <cinttypes>
 #include <csignal>
 #include <cstdio>
 #include <string>
 
 #include "common/Source.h"
-#include "tools/tv-sim/ScenarioFile.h"
+#include "tools/tv-sim/Scenario.h"
 #include "tools/tv-sim/Simulator.h"
 
 namespace {
@@ -20,11 +19,14 @@ struct Options {
     std::string check;
 };
 
+// Takes the text over; empty for NULL.
+std::string Take(char* text) {
+    const GStringPtr owner(text);
+    return text == nullptr ? "" : text;
+}
+
 // Exits for --help; empty after an error, which it has printed.
 std::optional<Options> ParseOptions(int argc, char** argv) {
-    GStringPtr address;
-    GStringPtr scenario;
-    GStringPtr check;
     char* raw[3] = {nullptr, nullptr, nullptr};
     const GOptionEntry entries[] = {
         {"address", 'a', 0, G_OPTION_ARG_STRING, &raw[0], "The bus (default: the system bus)",
@@ -34,45 +36,33 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
     const CPtr<GOptionContext, g_option_context_free> context(g_option_context_new(nullptr));
     g_option_context_set_summary(context.get(),
-                                 "Stands on a bus as org.bluez, with simulated phones.");
+                                 "Owns org.bluez on a bus, and simulates phones there.");
     g_option_context_set_description(context.get(), TvSim::kScenarioHelp);
     g_option_context_add_main_entries(context.get(), entries, nullptr);
     GErrorPtr error;
     const bool parsed =
         g_option_context_parse(context.get(), &argc, &argv, Out(error)) != FALSE && argc == 1;
-    address.reset(raw[0]);
-    scenario.reset(raw[1]);
-    check.reset(raw[2]);
+    Options options{Take(raw[0]), Take(raw[1]), Take(raw[2])};
     if (!parsed) {
         std::fprintf(stderr, "tv-sim: %s\n",
                      error != nullptr ? error->message : "unexpected argument");
         return std::nullopt;
     }
-    const auto text = [](const GStringPtr& value) {
-        return std::string(value == nullptr ? "" : value.get());
-    };
-    return Options{text(address), text(scenario), text(check)};
+    return options;
 }
 
 void PrintEvent(gint64 startUs, const std::string& subject, const std::string& what) {
-    const gint64 ms = (g_get_monotonic_time() - startUs) / 1000;
-    std::printf("%" PRId64 ".%03d %s: %s\n", ms / 1000, static_cast<int>(ms % 1000),
-                subject.c_str(), what.c_str());
+    const gint64 us = g_get_monotonic_time() - startUs;
+    std::printf("%.3f %s: %s\n", static_cast<double>(us) / 1e6, subject.c_str(), what.c_str());
     std::fflush(stdout);
 }
 
 GObjectPtr<GDBusConnection> OpenBus(const std::string& address) {
-    GErrorPtr error;
-    GObjectPtr<GDBusConnection> connection;
-    if (address.empty()) {
-        connection.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, Out(error)));
-    } else {
-        connection.reset(g_dbus_connection_new_for_address_sync(
-            address.c_str(),
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, nullptr, Out(error)));
+    if (!address.empty()) {
+        g_setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), TRUE);
     }
+    GErrorPtr error;
+    GObjectPtr<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, Out(error)));
     if (connection == nullptr) {
         std::fprintf(stderr, "tv-sim: no bus: %s\n", error->message);
     } else {
@@ -89,14 +79,15 @@ bool Run(TvSim::Scenario scenario, GDBusConnection* connection) {
     const auto quit = [&loop] { g_main_loop_quit(loop.get()); };
     const Source terminate = Source::OnSignal(SIGTERM, quit);
     const Source interrupt = Source::OnSignal(SIGINT, quit);
-    TvSim::Simulator simulator(std::move(scenario), connection,
-                               [startUs](const std::string& subject, const std::string& what) {
-                                   PrintEvent(startUs, subject, what);
-                               });
-    simulator.SetNameLostHandler([&] {
-        nameLost = true;
-        g_main_loop_quit(loop.get());
-    });
+    const TvSim::Simulator simulator(
+        std::move(scenario), connection,
+        [startUs](const std::string& subject, const std::string& what) {
+            PrintEvent(startUs, subject, what);
+        },
+        [&] {
+            nameLost = true;
+            quit();
+        });
     g_main_loop_run(loop.get());
     return !nameLost;
 }

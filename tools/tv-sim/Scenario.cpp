@@ -1,11 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/tv-sim/ScenarioFile.h"
+#include "tools/tv-sim/Scenario.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <set>
+#include <sstream>
 
+#include "common/CHandle.h"
 #include "tools/tv-sim/Address.h"
-#include "tools/tv-sim/KeyReader.h"
 
 namespace TvSim {
 namespace {
@@ -14,7 +20,124 @@ constexpr int kHourMs = 3600 * 1000;
 // Reserved for tests; nobody's product sends it.
 constexpr std::uint16_t kTestCompany = 0xFFFF;
 
-using Pairs = std::vector<std::pair<std::string, std::string>>;
+// The whole text as a decimal or 0x number; false and `number` untouched when it is not one or is
+// out of range.
+bool ParseNumber(const std::string& text, long least, long most, long& number) {
+    const bool hexadecimal = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
+    char* end = nullptr;
+    errno = 0;
+    const long value = std::strtol(text.c_str(), &end, hexadecimal ? 16 : 10);
+    if (text.empty() || *end != '\0' || errno != 0 || value < least || value > most) {
+        return false;
+    }
+    number = value;
+    return true;
+}
+
+// Reads the keys of one section. A key that is absent leaves its target as it is; the first one
+// that is malformed, and by Finish() the first one that nobody asked for, sets the error.
+class KeyReader {
+public:
+    // `parse` answers whether the text was fine; `wanted` says what is.
+    using Parse = std::function<bool(const std::string& text)>;
+
+    // `error` is set once, when it is empty. Both must outlive the reader.
+    KeyReader(GKeyFile* file, std::string section, std::string& error)
+        : m_file(file), m_section(std::move(section)), m_error(error) {}
+
+    void Read(const char* key, const std::string& wanted, const Parse& parse) {
+        m_known.insert(key);
+        if (g_key_file_has_key(m_file, m_section.c_str(), key, nullptr) == FALSE) {
+            return;
+        }
+        const GStringPtr text(g_key_file_get_string(m_file, m_section.c_str(), key, nullptr));
+        if (text == nullptr) {
+            Fail(key, "holds a malformed text");
+        } else if (!parse(text.get())) {
+            Fail(key, "'" + std::string(text.get()) + "' is not " + wanted);
+        }
+    }
+
+    // Any text.
+    template <typename Text>
+    void Read(const char* key, Text& target) {
+        Read(key, "", [&](const std::string& text) {
+            target = text;
+            return true;
+        });
+    }
+
+    void Read(const char* key, const char* wanted, const std::set<std::string>& values,
+              std::string& target) {
+        Read(key, wanted, [&](const std::string& text) {
+            target = text;
+            return values.count(text) != 0;
+        });
+    }
+
+    void Read(const char* key, bool& target) {
+        Read(key, "true or false", [&](const std::string& text) {
+            target = text == "true";
+            return text == "true" || text == "false";
+        });
+    }
+
+    template <typename Number>
+    void Read(const char* key, Number& target, long least, long most) {
+        Read(key, "a number from " + std::to_string(least) + " to " + std::to_string(most),
+             [&](const std::string& text) {
+                 long number = static_cast<long>(target);
+                 const bool isFine = ParseNumber(text, least, most, number);
+                 target = static_cast<Number>(number);
+                 return isFine;
+             });
+    }
+
+    // Items separated by ';'.
+    void Read(const char* key, std::vector<std::string>& target) {
+        m_known.insert(key);
+        const GStrvPtr list(
+            g_key_file_get_string_list(m_file, m_section.c_str(), key, nullptr, nullptr));
+        if (list != nullptr) {
+            target.assign(list.get(), list.get() + g_strv_length(list.get()));
+        }
+    }
+
+    // NAME<separator>VALUE items, separated by ';'.
+    void Read(const char* key, char separator, Pairs& pairs) {
+        std::vector<std::string> items;
+        Read(key, items);
+        for (const std::string& item : items) {
+            const std::size_t at = item.find(separator);
+            if (at == std::string::npos || at == 0) {
+                Fail(key, "'" + item + "' is not NAME" + std::string(1, separator) + "VALUE");
+                return;
+            }
+            pairs.emplace_back(item.substr(0, at), item.substr(at + 1));
+        }
+    }
+
+    void Finish() {
+        const GStrvPtr keys(g_key_file_get_keys(m_file, m_section.c_str(), nullptr, nullptr));
+        for (char** key = keys.get(); key != nullptr && *key != nullptr; ++key) {
+            if (m_known.count(*key) == 0) {
+                Fail(*key, "is not a key of this section");
+            }
+        }
+    }
+
+    void Fail(const std::string& key, const std::string& problem) {
+        if (m_error.empty()) {
+            m_error = "[" + m_section + "] " + key + ": " + problem;
+        }
+    }
+
+private:
+    GKeyFile* m_file;  // not owned
+    std::string m_section;
+    std::string& m_error;
+    std::set<std::string> m_known;
+};
 
 bool ParseAddress(const std::string& text, std::string& address) {
     if (!IsAddress(text)) {
@@ -27,19 +150,14 @@ bool ParseAddress(const std::string& text, std::string& address) {
 // COMPANY:HEXBYTES, several separated by ';'.
 bool ParseManufacturerData(const std::string& text, ManufacturerData& data) {
     data.clear();
-    std::size_t start = 0;
-    while (start < text.size()) {
-        const std::size_t end = std::min(text.find(';', start), text.size());
-        const std::string item = text.substr(start, end - start);
+    std::istringstream items(text);
+    for (std::string item; std::getline(items, item, ';');) {
         const std::size_t colon = item.find(':');
         long company = 0;
-        std::vector<unsigned char> bytes;
         if (colon == std::string::npos || !ParseNumber(item.substr(0, colon), 0, 0xFFFF, company) ||
-            !ParseBytes(item.substr(colon + 1), bytes)) {
+            !ParseBytes(item.substr(colon + 1), data[static_cast<std::uint16_t>(company)])) {
             return false;
         }
-        data[static_cast<std::uint16_t>(company)] = bytes;
-        start = end + 1;
     }
     return true;
 }
@@ -58,44 +176,6 @@ bool ParseConnect(const std::string& text, ConnectAnswer& answer) {
     return true;
 }
 
-bool ParseRegistered(const std::string& text, PhonePlan::Registered& registered) {
-    if (text == "on") {
-        registered = PhonePlan::Registered::kOn;
-    } else if (text == "off") {
-        registered = PhonePlan::Registered::kOff;
-    } else if (text == "no") {
-        registered = PhonePlan::Registered::kNo;
-    } else {
-        return false;
-    }
-    return true;
-}
-
-bool ParsePlayer(const std::string& text, PhonePlan& phone) {
-    static const std::vector<std::string> kStatuses = {"playing",      "paused",       "stopped",
-                                                       "forward-seek", "reverse-seek", "error"};
-    phone.hasPlayer = text != "none";
-    if (phone.hasPlayer) {
-        phone.playerStatus = text;
-    }
-    return !phone.hasPlayer ||
-           std::find(kStatuses.begin(), kStatuses.end(), text) != kStatuses.end();
-}
-
-// KEY<separator>VALUE items.
-void ReadPairs(KeyReader& keys, const char* key, char separator, Pairs& pairs) {
-    std::vector<std::string> items;
-    keys.Read(key, items);
-    for (const std::string& item : items) {
-        const std::size_t at = item.find(separator);
-        if (at == std::string::npos || at == 0) {
-            keys.Fail(key, "'" + item + "' is not NAME" + std::string(1, separator) + "VALUE");
-            return;
-        }
-        pairs.emplace_back(item.substr(0, at), item.substr(at + 1));
-    }
-}
-
 void ReadAdapter(KeyReader& keys, AdapterPlan& adapter) {
     keys.Read("address", "an address",
               [&](const std::string& text) { return ParseAddress(text, adapter.address); });
@@ -109,7 +189,7 @@ void ReadAdapter(KeyReader& keys, AdapterPlan& adapter) {
     keys.Read("discovery-takes-ms", adapter.discoveryTakesMs, 0, kHourMs);
     keys.Read("knows-pattern", adapter.knowsPattern);
     keys.Read("silent-methods", adapter.silentMethods);
-    ReadPairs(keys, "refused-once", ':', adapter.refusedOnce);
+    keys.Read("refused-once", ':', adapter.refusedOnce);
 }
 
 void ReadAdvertising(KeyReader& keys, PhonePlan& phone) {
@@ -143,12 +223,9 @@ void ReadPhone(KeyReader& keys, const std::string& id, Scenario& scenario) {
     }
     PhonePlan phone = MakePhone(id, address);
     keys.Read("name", phone.name);
-    keys.Read("registered", "on, off or no",
-              [&](const std::string& text) { return ParseRegistered(text, phone.registered); });
+    keys.Read("registered", "on, off or no", {"on", "off", "no"}, phone.registered);
     keys.Read("bonded", phone.bonded);
-    int deviceClass = static_cast<int>(phone.deviceClass);
-    keys.Read("class", deviceClass, 0, 0xFFFFFF);
-    phone.deviceClass = static_cast<std::uint32_t>(deviceClass);
+    keys.Read("class", phone.deviceClass, 0, 0xFFFFFF);
     keys.Read("modalias", phone.modalias);
     ReadAdvertising(keys, phone);
     keys.Read("connect", "accept, never or ERRORNAME:MESSAGE",
@@ -161,7 +238,8 @@ void ReadPhone(KeyReader& keys, const std::string& id, Scenario& scenario) {
     keys.Read("connects-by-itself-after-ms", phone.connectsByItselfAfterMs, 0, kHourMs);
     keys.Read("disconnects-after-ms", phone.disconnectsAfterMs, 0, kHourMs);
     keys.Read("player", "none or a player's status",
-              [&](const std::string& text) { return ParsePlayer(text, phone); });
+              {"none", "playing", "paused", "stopped", "forward-seek", "reverse-seek", "error"},
+              phone.playerStatus);
     keys.Read("player-after-ms", phone.playerAfterMs, 0, kHourMs);
     keys.Read("status-after-ms", phone.statusAfterMs, 0, kHourMs);
     keys.Read("plays-on-play", phone.playsOnPlay);
@@ -185,41 +263,32 @@ void ReadTv(KeyReader& keys, TvPlan& tv) {
     keys.Read("wakeup-reason", tv.wakeupReason, 0, 1000);
     keys.Read("ambient-mode", tv.ambientMode, 0, 1000);
     keys.Read("ambient-type", tv.ambientType, 0, 1000);
-    ReadPairs(keys, "features", '=', tv.features);
-    ReadPairs(keys, "keys", '=', tv.keys);
+    keys.Read("features", '=', tv.features);
+    keys.Read("keys", '=', tv.keys);
 }
 
-void ReadWake(KeyReader& keys, WakePlan& wake) {
-    Pairs pairs;
-    ReadPairs(keys, "before", ':', pairs);
-    for (const auto& [phone, value] : pairs) {
+void ReadWake(KeyReader& keys, Pairs& updates) {
+    keys.Read("before", ':', updates);
+    for (const auto& [phone, value] : updates) {
         if (value != "on" && value != "off") {
             keys.Fail("before", "a phone's setting is PHONE:on or PHONE:off");
         }
-        wake.updates.emplace_back(phone, value == "on");
     }
 }
 
 void ReadExpectation(KeyReader& keys, Expectation& expect) {
     keys.Read("until", "log:TEXT or sim:TEXT", [&](const std::string& text) {
         const std::string source = text.substr(0, 4);
-        expect.untilSource =
-            source == "log:" ? Expectation::Source::kServiceLog : Expectation::Source::kSimulator;
-        expect.until = text.size() > 4 ? text.substr(4) : "";
-        return !expect.until.empty() && (source == "log:" || source == "sim:");
+        expect.untilInLog = source == "log:";
+        expect.until = text.substr(source.size());
+        return !expect.until.empty() && (expect.untilInLog || source == "sim:");
     });
     keys.Read("within-ms", expect.withinMs, 1, kHourMs);
     keys.Read("settle-ms", expect.settleMs, 0, kHourMs);
     keys.Read("log", expect.log);
     keys.Read("never", expect.never);
-    const auto readPhone = [&](const char* key, std::optional<std::string>& target) {
-        keys.Read(key, "a phone", [&](const std::string& text) {
-            target = text;
-            return true;
-        });
-    };
-    readPhone("connected", expect.connected);
-    readPhone("playing", expect.playing);
+    keys.Read("connected", expect.connected);
+    keys.Read("playing", expect.playing);
 }
 
 void ReadSection(GKeyFile* file, const std::string& section, Scenario& scenario,
@@ -234,7 +303,7 @@ void ReadSection(GKeyFile* file, const std::string& section, Scenario& scenario,
     } else if (section == "tv") {
         ReadTv(keys, scenario.tv);
     } else if (section == "wake") {
-        ReadWake(keys, scenario.wake);
+        ReadWake(keys, scenario.updates);
     } else if (section == "expect") {
         ReadExpectation(keys, scenario.expect);
     } else if (section.size() > 6 && section.compare(0, 6, "phone ") == 0) {
@@ -250,7 +319,7 @@ void CheckPhoneNames(const Scenario& scenario, std::string& error) {
     std::vector<std::pair<std::string, std::string>> mentioned = {
         {"[expect] connected", scenario.expect.connected.value_or("")},
         {"[expect] playing", scenario.expect.playing.value_or("")}};
-    for (const auto& [phone, on] : scenario.wake.updates) {
+    for (const auto& [phone, on] : scenario.updates) {
         mentioned.emplace_back("[wake] before", phone);
     }
     for (const auto& [where, phone] : mentioned) {
@@ -259,13 +328,6 @@ void CheckPhoneNames(const Scenario& scenario, std::string& error) {
             error.append(": there is no phone '").append(phone).append("'");
         }
     }
-}
-
-std::string NameOfFile(const std::string& file) {
-    const GStringPtr base(g_path_get_basename(file.c_str()));
-    const std::string name = base.get();
-    const std::size_t dot = name.rfind('.');
-    return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
 }  // namespace
@@ -302,7 +364,7 @@ std::optional<Scenario> ReadScenario(const std::string& file, std::string& error
         return std::nullopt;
     }
     Scenario scenario;
-    scenario.name = NameOfFile(file);
+    scenario.name = std::filesystem::path(file).stem().string();
     std::string problem;
     const GStrvPtr sections(g_key_file_get_groups(keyFile.get(), nullptr));
     for (char** section = sections.get(); *section != nullptr; ++section) {
