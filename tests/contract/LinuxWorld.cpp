@@ -84,7 +84,7 @@ public:
     }
     void TurnOff() override { m_simulator->SetAdapterPowered(false); }
     bool Advertise(const ManufacturerEntries& entries) override {
-        return m_simulator->Advertise({"5E:00:00:00:00:01", true, true, -60, "", entries});
+        return m_simulator->Advertise({"5E:00:00:00:00:01", true, true, -60, entries});
     }
     void SetConnected(const Phone& phone, bool connected) override {
         TvSim::Phone* simulated = m_simulator->FindPhone(phone.address);

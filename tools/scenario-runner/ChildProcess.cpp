@@ -131,10 +131,6 @@ void ChildProcess::End() {
     }
 }
 
-void AdoptOrphans() {
-    prctl(PR_SET_CHILD_SUBREAPER, 1);
-}
-
 void KillChildren() {
     const std::string list = "/proc/self/task/" + std::to_string(getpid()) + "/children";
     // Killing one may hand its own children to us, hence the rounds.

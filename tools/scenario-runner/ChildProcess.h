@@ -60,8 +60,6 @@ private:
     bool m_exited = false;
 };
 
-// Makes this process the parent of orphans among its descendants, such as what the bus started.
-void AdoptOrphans();
 // Kills every process that is still a child of this one.
 void KillChildren();
 

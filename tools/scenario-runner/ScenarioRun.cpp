@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/scenario-runner/ScenarioRun.h"
 
+#include <sys/prctl.h>
+
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -175,7 +177,7 @@ private:
     bool WakeUp() {
         m_wokenAtUs = g_get_monotonic_time();
         m_deadline = Timer::Once(m_scenario.expect.withinMs, [this] {
-            const std::string problem = m_verdict.ProblemAtEnd();
+            const std::string problem = m_verdict.Problem(true);
             Finish(problem.empty(),
                    problem + " within " + Seconds(gint64{1000} * m_scenario.expect.withinMs));
         });
@@ -191,19 +193,22 @@ private:
     bool Tvctl(const std::vector<Arguments>& commands) {
         for (const Arguments& arguments : commands) {
             bool hasEnded = false;
-            const auto onEnd = [&](const std::string& how) {
+            std::string how;
+            const auto onEnd = [&](const std::string& end) {
                 hasEnded = true;
-                if (!how.empty()) {
-                    std::string command = "tvctl";
-                    for (const std::string& argument : arguments) {
-                        command += " " + argument;
-                    }
-                    Finish(false, "'" + command + "' failed, " + how);
-                }
+                how = end;
             };
             const auto tvctl =
                 Start(m_options.binDir + "/tvctl", arguments, {nullptr, nullptr, onEnd});
             if (!Await(hasEnded)) {
+                return false;
+            }
+            if (!how.empty()) {
+                std::string command = "'tvctl";
+                for (const std::string& argument : arguments) {
+                    command.append(" ").append(argument);
+                }
+                Finish(false, command.append("' failed, ").append(how));
                 return false;
             }
         }
@@ -235,11 +240,11 @@ private:
             return;
         }
         if (m_verdict.Spoilt()) {
-            Finish(false, m_verdict.ProblemAtEnd());
-        } else if (m_verdict.Reached() && !m_settling) {
-            m_settling = true;
+            Finish(false, m_verdict.Problem(true));
+        } else if (!m_settle.IsRunning() && m_verdict.Problem(false).empty()) {
             m_settle = Timer::Once(m_scenario.expect.settleMs, [this] {
-                Finish(m_verdict.Reached(), m_verdict.ProblemAtEnd());
+                const std::string problem = m_verdict.Problem(false);
+                Finish(problem.empty(), problem);
             });
         }
     }
@@ -267,20 +272,20 @@ private:
     bool m_nameOwned = false;
     bool m_objectsRead = false;
     bool m_adapterReady = false;
-    bool m_settling = false;  // the expected end is there, and is watched for a moment
     gint64 m_wokenAtUs = 0;
     std::unique_ptr<ChildProcess> m_bus;
     std::unique_ptr<ChildProcess> m_simulator;
     std::unique_ptr<ChildProcess> m_service;
     Timer m_deadline;
-    Timer m_settle;
+    Timer m_settle;  // the expected end is there, and must stay so for a moment
 };
 
 }  // namespace
 
 bool Run(const Options& options, const TvSim::Scenario& scenario, const Workspace& workspace,
          std::string& result) {
-    AdoptOrphans();
+    // Orphans among the descendants, such as what the bus started, become children of this process.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     ScenarioRun run(options, scenario, workspace);
     run.Play();
     KillChildren();

@@ -90,11 +90,11 @@ std::string Verdict::Outcome() const {
                                        : ", " + Join(m_playing) + " plays");
 }
 
-std::string Verdict::Problem(bool early) const {
+std::string Verdict::Problem(bool timeIsOver) const {
     if (!m_spoiltBy.empty()) {
         return m_spoiltBy;
     }
-    if (m_expect.until.empty() && early) {
+    if (m_expect.until.empty() && !timeIsOver) {
         return "it lasts for its whole time";
     }
     if (m_logReached < m_expect.log.size()) {

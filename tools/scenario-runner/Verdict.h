@@ -24,17 +24,13 @@ public:
 
     // Something came that must never come; nothing that follows helps.
     [[nodiscard]] bool Spoilt() const { return !m_spoiltBy.empty(); }
-    // Everything that was expected is there, now.
-    [[nodiscard]] bool Reached() const { return Problem(true).empty(); }
-    // The time that the scenario gives is over: what is wrong, empty when nothing is.
-    [[nodiscard]] std::string ProblemAtEnd() const { return Problem(false); }
+    // What is missing or wrong now, empty when nothing is. A scenario that names no end lasts for
+    // its whole time, and is not complete before that is over.
+    [[nodiscard]] std::string Problem(bool timeIsOver) const;
     // Who is connected and who plays, as a sentence.
     [[nodiscard]] std::string Outcome() const;
 
 private:
-    // `early`: a scenario that names no end lasts for its whole time, so that it is not reached
-    // yet.
-    [[nodiscard]] std::string Problem(bool early) const;
     void CheckNever(const std::string& line, const char* where);
 
     TvSim::Expectation m_expect;

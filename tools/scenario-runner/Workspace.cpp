@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/scenario-runner/Workspace.h"
 
-#include <glib.h>
-
 #include <filesystem>
 #include <utility>
 
@@ -12,8 +10,6 @@
 
 namespace ScenarioRunner {
 namespace {
-
-namespace fs = std::filesystem;
 
 bool Write(const std::string& file, const std::string& text, std::string& error) {
     GErrorPtr failure;
@@ -51,8 +47,21 @@ std::optional<Workspace> Workspace::Make(const std::string& mediaPlayer, std::st
         error = failure->message;
         return std::nullopt;
     }
-    Workspace workspace(path.get());
-    if (!workspace.Fill(mediaPlayer, error)) {
+    std::optional<Workspace> workspace(Workspace(path.get()));
+    const std::string services = workspace->m_path + "/services";
+    for (const std::string& directory : {services, workspace->Root()}) {
+        std::error_code problem;
+        if (!std::filesystem::create_directory(directory, problem)) {
+            error = directory + ": " + problem.message();
+            return std::nullopt;
+        }
+    }
+    const std::string name = Conditions::kMediaPlayerAppId;
+    const GStringPtr configuration(g_markup_printf_escaped(
+        kBusConfiguration, workspace->BusAddress().c_str(), services.c_str()));
+    if (!Write(services + "/" + name + ".service",
+               "[D-BUS Service]\nName=" + name + "\nExec=" + mediaPlayer + "\n", error) ||
+        !Write(workspace->BusConfiguration(), configuration.get(), error)) {
         return std::nullopt;
     }
     return workspace;
@@ -64,25 +73,8 @@ Workspace::Workspace(Workspace&& other) noexcept
 Workspace::~Workspace() {
     if (!m_path.empty() && !m_keep) {
         std::error_code error;
-        fs::remove_all(m_path, error);
+        std::filesystem::remove_all(m_path, error);
     }
-}
-
-bool Workspace::Fill(const std::string& mediaPlayer, std::string& error) const {
-    const std::string services = m_path + "/services";
-    std::error_code failure;
-    for (const std::string& directory : {services, Root()}) {
-        if (!fs::create_directory(directory, failure)) {
-            error = directory + ": " + failure.message();
-            return false;
-        }
-    }
-    const std::string service = std::string("[D-BUS Service]\nName=") +
-                                Conditions::kMediaPlayerAppId + "\nExec=" + mediaPlayer + "\n";
-    const GStringPtr configuration(
-        g_markup_printf_escaped(kBusConfiguration, BusAddress().c_str(), services.c_str()));
-    return Write(services + "/" + Conditions::kMediaPlayerAppId + ".service", service, error) &&
-           Write(BusConfiguration(), configuration.get(), error);
 }
 
 }  // namespace ScenarioRunner

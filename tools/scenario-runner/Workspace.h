@@ -26,7 +26,6 @@ public:
 
 private:
     explicit Workspace(std::string path) : m_path(std::move(path)) {}
-    [[nodiscard]] bool Fill(const std::string& mediaPlayer, std::string& error) const;
 
     std::string m_path;  // empty when moved from
     bool m_keep = false;

@@ -15,11 +15,6 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
-std::string OwnDirectory() {
-    std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path().string();
-}
-
 // Exits for --help; empty after an error, which it has printed.
 std::optional<ScenarioRunner::Options> ParseOptions(int argc, char** argv) {
     gboolean keep = FALSE;
@@ -57,9 +52,11 @@ std::optional<ScenarioRunner::Options> ParseOptions(int argc, char** argv) {
         std::fprintf(stderr, "scenario-runner: %s\n", problem);
         return std::nullopt;
     }
+    std::error_code unreadable;
+    const auto ownFile = std::filesystem::read_symlink("/proc/self/exe", unreadable);
     return ScenarioRunner::Options{
-        std::filesystem::absolute(binDir == nullptr ? OwnDirectory() : binDir.get()), argv[1],
-        keep != FALSE, quiet != FALSE,
+        binDir == nullptr ? ownFile.parent_path() : std::filesystem::absolute(binDir.get()),
+        argv[1], keep != FALSE, quiet != FALSE,
         colour == "always" || (colour == "auto" && isatty(STDERR_FILENO) != 0)};
 }
 

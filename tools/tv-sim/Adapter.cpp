@@ -45,14 +45,14 @@ Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan
                 }) {}
 
 void Adapter::TellNeighbours(void (Neighbour::*what)()) {
-    for (Neighbour* neighbour : m_neighbours) {
-        (neighbour->*what)();
+    for (const std::unique_ptr<Neighbour>& neighbour : m_neighbours) {
+        ((*neighbour).*what)();
     }
 }
 
 Neighbour& Adapter::NeighbourAt(const std::string& address) const {
     return **std::find_if(m_neighbours.begin(), m_neighbours.end(),
-                          [&](const Neighbour* neighbour) { return neighbour->Has(address); });
+                          [&](const auto& neighbour) { return neighbour->Has(address); });
 }
 
 void Adapter::SetPresent(bool present) {

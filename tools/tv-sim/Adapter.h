@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -36,12 +37,12 @@ public:
     // The tree and the connection must outlive it. It is not on the bus until SetPresent(true).
     Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan, EventSink say);
 
-    // `neighbour` hears of everything from now on, and for as long as the adapter is used. What no
-    // other one before has, the last one must.
-    void Add(Neighbour& neighbour) { m_neighbours.push_back(&neighbour); }
+    // The neighbour hears of everything from now on. The last one must have every address.
+    void Add(std::unique_ptr<Neighbour> neighbour) { m_neighbours.push_back(std::move(neighbour)); }
 
     [[nodiscard]] bool Powered() const { return m_present && m_powered; }
     [[nodiscard]] DeviceTable& Devices() { return m_devices; }
+    void Say(const std::string& subject, const std::string& what) const { m_say(subject, what); }
     // Numbers media transports; none comes twice.
     [[nodiscard]] int NextTransport() { return m_nextTransport++; }
 
@@ -64,12 +65,12 @@ private:
     ObjectTree& m_tree;
     AdapterPlan m_plan;
     EventSink m_say;
-    std::vector<Neighbour*> m_neighbours;  // not owned
     bool m_present = false;
     bool m_powered = false;
     int m_nextTransport = 0;
     Discovery m_discovery;
     DeviceTable m_devices;
+    std::vector<std::unique_ptr<Neighbour>> m_neighbours;
     Timer m_powerTimer;
 };
 

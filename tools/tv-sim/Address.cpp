@@ -8,27 +8,26 @@
 
 namespace TvSim {
 
-bool IsAddress(const std::string& text) {
-    return g_regex_match_simple("^([[:xdigit:]]{2}:){5}[[:xdigit:]]{2}\\z", text.c_str(),
-                                static_cast<GRegexCompileFlags>(0),
-                                static_cast<GRegexMatchFlags>(0)) != FALSE;
-}
-
-std::string UpperCase(const std::string& text) {
-    return GStringPtr(g_ascii_strup(text.c_str(), -1)).get();
+bool ParseAddress(const std::string& text, std::string& address) {
+    if (g_regex_match_simple("^([[:xdigit:]]{2}:){5}[[:xdigit:]]{2}\\z", text.c_str(),
+                             static_cast<GRegexCompileFlags>(0),
+                             static_cast<GRegexMatchFlags>(0)) == FALSE) {
+        return false;
+    }
+    address = GStringPtr(g_ascii_strup(text.c_str(), -1)).get();
+    return true;
 }
 
 bool ParseBytes(const std::string& hexadecimal, std::vector<unsigned char>& bytes) {
-    std::vector<unsigned char> result;
+    bytes.clear();
     for (std::size_t i = 0; i < hexadecimal.size(); i += 2) {
         const int high = g_ascii_xdigit_value(hexadecimal[i]);
         const int low = i + 1 < hexadecimal.size() ? g_ascii_xdigit_value(hexadecimal[i + 1]) : -1;
         if (high < 0 || low < 0) {
             return false;
         }
-        result.push_back(static_cast<unsigned char>(high * 16 + low));
+        bytes.push_back(static_cast<unsigned char>(high * 16 + low));
     }
-    bytes = std::move(result);
     return true;
 }
 

@@ -11,9 +11,9 @@ namespace TvSim {
 [[nodiscard]] inline bool StartsWith(const std::string& text, const std::string& prefix) {
     return text.compare(0, prefix.size(), prefix) == 0;
 }
-// Whether the text is six two-digit groups of hexadecimal digits with colons between them.
-[[nodiscard]] bool IsAddress(const std::string& text);
-[[nodiscard]] std::string UpperCase(const std::string& text);
+// Sets `address` to the text in upper case. False when the text is not six two-digit groups of
+// hexadecimal digits with colons between them.
+[[nodiscard]] bool ParseAddress(const std::string& text, std::string& address);
 // The six bytes of a valid address, the first group first.
 [[nodiscard]] std::vector<unsigned char> AddressBytes(const std::string& address);
 // A resolvable private address, as phones use them, that only `seed` decides.

@@ -24,10 +24,6 @@ Value NewManufacturerData(const ManufacturerData& data) {
     return Own(g_variant_builder_end(&builder));
 }
 
-Value Rssi(const Advertisement& advertisement) {
-    return Own(g_variant_new_int16(static_cast<gint16>(advertisement.rssi)));
-}
-
 std::vector<std::string> PhoneServices() {
     constexpr char kBase[] = "-0000-1000-8000-00805f9b34fb";
     std::vector<std::string> uuids;
@@ -114,7 +110,7 @@ void DeviceTable::Hear(const Advertisement& advertisement, bool duplicates) {
     const int threshold = duplicates ? 1 : kRssiThreshold;
     if (!device.rssi || std::abs(*device.rssi - advertisement.rssi) >= threshold) {
         device.rssi = advertisement.rssi;
-        changed["RSSI"] = Rssi(advertisement);
+        changed["RSSI"] = Own(g_variant_new_int16(static_cast<gint16>(advertisement.rssi)));
     }
     ManufacturerData data = duplicates ? ManufacturerData() : device.manufacturerData;
     for (const auto& [company, bytes] : advertisement.manufacturerData) {
@@ -139,10 +135,7 @@ void DeviceTable::AddHeard(const Advertisement& advertisement) {
     if (advertisement.randomAddress) {
         properties["AddressType"] = Text("random");
     }
-    if (!advertisement.name.empty()) {
-        properties["Name"] = properties["Alias"] = Text(advertisement.name);
-    }
-    properties["RSSI"] = Rssi(advertisement);
+    properties["RSSI"] = Own(g_variant_new_int16(static_cast<gint16>(advertisement.rssi)));
     if (!advertisement.manufacturerData.empty()) {
         properties["ManufacturerData"] = NewManufacturerData(advertisement.manufacturerData);
     }

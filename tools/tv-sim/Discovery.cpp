@@ -74,6 +74,10 @@ std::optional<Discovery::Filter> Discovery::Filter::Parse(GVariant* dictionary) 
 }
 
 struct Discovery::Client {
+    [[nodiscard]] bool Discovers() const {
+        return state == State::kActive || state == State::kStopping;
+    }
+
     std::optional<Filter> filter;
     State state = State::kNone;
     std::optional<MethodCall> call;  // the start or stop under way
@@ -105,12 +109,10 @@ void Discovery::SetFilter(MethodCall call) {
         call.FailBluez("InvalidArguments", "Invalid arguments in method call");
         return;
     }
-    Client& client = FindOrAddClient(call.Sender());
     if (g_variant_n_children(dictionary.get()) == 0) {
-        client.filter.reset();
-    } else {
-        client.filter = std::move(filter);
+        filter.reset();
     }
+    FindOrAddClient(call.Sender()).filter = std::move(filter);
     call.Answer();
 }
 
@@ -173,15 +175,15 @@ bool Discovery::Wants(const Advertisement& advertisement) const {
     bool hasPattern = false;
     bool fits = false;
     for (const auto& [name, client] : m_clients) {
-        if (client->state != State::kActive && client->state != State::kStopping) {
+        if (!client->Discovers()) {
             continue;
         }
         const auto& filter = client->filter;
         isWanted |= !filter || (!filter->wantsOthers && advertisement.rssi >= filter->rssi);
         if (filter && filter->pattern) {
             hasPattern = true;
-            fits |= StartsWith(advertisement.address, *filter->pattern) ||
-                    StartsWith(advertisement.name, *filter->pattern);
+            // No simulated advertisement carries a name, which may fit as well.
+            fits |= StartsWith(advertisement.address, *filter->pattern);
         }
     }
     return isWanted && (fits || !hasPattern);
@@ -210,9 +212,8 @@ Discovery::Client& Discovery::FindOrAddClient(const std::string& name) {
 }
 
 void Discovery::FollowSessions() {
-    const bool running = std::any_of(m_clients.begin(), m_clients.end(), [](const auto& entry) {
-        return entry.second->state == State::kActive || entry.second->state == State::kStopping;
-    });
+    const bool running = std::any_of(m_clients.begin(), m_clients.end(),
+                                     [](const auto& entry) { return entry.second->Discovers(); });
     if (running != m_running) {
         m_running = running;
         m_onRunning(running);

@@ -24,8 +24,6 @@ public:
     Discovery(GDBusConnection* connection, int startMs, EventSink say,
               std::function<void(bool running)> onRunning);
     ~Discovery();
-    Discovery(const Discovery&) = delete;
-    Discovery& operator=(const Discovery&) = delete;
 
     // Names of the keys that a filter may have.
     [[nodiscard]] static std::vector<std::string> FilterKeys();

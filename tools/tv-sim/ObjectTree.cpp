@@ -95,8 +95,8 @@ GDBusMessage* ObjectTree::OnMessage(GDBusConnection* connection, GDBusMessage* m
         return message;
     }
     // Only the main loop looks at the tree, which may be gone by then.
-    auto* delivery = new Delivery{*static_cast<std::shared_ptr<ObjectTree*>*>(userData),
-                                  MethodCall(connection, message)};
+    auto delivery = std::make_unique<Delivery>(Delivery{
+        *static_cast<std::shared_ptr<ObjectTree*>*>(userData), MethodCall(connection, message)});
     g_idle_add_full(
         G_PRIORITY_DEFAULT,
         [](gpointer data) noexcept -> gboolean {
@@ -108,7 +108,7 @@ GDBusMessage* ObjectTree::OnMessage(GDBusConnection* connection, GDBusMessage* m
             }
             return G_SOURCE_REMOVE;
         },
-        delivery, [](gpointer data) noexcept { delete static_cast<Delivery*>(data); });
+        delivery.release(), [](gpointer data) noexcept { delete static_cast<Delivery*>(data); });
     return nullptr;
 }
 
@@ -137,10 +137,6 @@ void ObjectTree::Remove(const std::string& path) {
         Emit("/", kObjectManagerInterface, "InterfacesRemoved",
              g_variant_new("(o@as)", it->c_str(), Texts(names).get()));
     }
-}
-
-bool ObjectTree::Has(const std::string& path) const {
-    return m_objects.count(path) != 0;
 }
 
 void ObjectTree::Change(const std::string& path, const std::string& interface,
@@ -280,14 +276,15 @@ void ObjectTree::Introspect(MethodCall call, const Interfaces& interfaces) {
         g_dbus_interface_info_generate_xml(FindInterfaceInfo(name), 2, xml.get());
     }
     const std::string prefix = Prefix(call.Path());
-    std::set<std::string> children;
+    std::string last;
     for (auto it = m_objects.lower_bound(prefix);
          it != m_objects.end() && StartsWith(it->first, prefix); ++it) {
-        children.insert(
-            it->first.substr(prefix.size(), it->first.find('/', prefix.size()) - prefix.size()));
-    }
-    for (const std::string& child : children) {
-        g_string_append_printf(xml.get(), "  <node name=\"%s\"/>\n", child.c_str());
+        const std::size_t size = it->first.find('/', prefix.size()) - prefix.size();
+        const std::string child = it->first.substr(prefix.size(), size);
+        if (child != last) {
+            g_string_append_printf(xml.get(), "  <node name=\"%s\"/>\n", child.c_str());
+        }
+        last = child;
     }
     g_string_append(xml.get(), "</node>\n");
     call.Answer(g_variant_new("(s)", xml->str));

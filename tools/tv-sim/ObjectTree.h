@@ -61,9 +61,9 @@ using EventSink = std::function<void(const std::string& subject, const std::stri
 
 // The objects of the simulated daemon on a bus connection: the object manager on "/", properties,
 // introspection and the dispatch of method calls to whoever simulates the object. It takes over
-// every call to "/" and to what lies below /org/bluez on that connection and leaves other paths
-// alone. Calls are handled on the main loop of the process, in the order of their arrival; the
-// errors are those that the real daemon's D-Bus library gives.
+// every call to "/" and to what lies below /org/bluez on that connection and does not touch
+// other paths. Calls are handled on the main loop of the process, in the order of their arrival;
+// the errors are those that the real daemon's D-Bus library gives.
 class ObjectTree {
 public:
     using CallHandler = std::function<void(MethodCall call)>;
@@ -89,7 +89,6 @@ public:
     void Add(const std::string& path, Interface interface);
     // Removes the object and all below it, the deepest first; nothing when it is not there.
     void Remove(const std::string& path);
-    [[nodiscard]] bool Has(const std::string& path) const;
 
     // Changes properties in one signal; `invalidated` ones are removed. Nothing happens when the
     // interface is not there.

@@ -16,6 +16,12 @@ constexpr int kOwnControlDelayMs = 2000;
 constexpr int kIdleLinkMs = 2000;
 constexpr int kUnpairedMs = 500;
 
+// SBC, everything that it can do, and the configuration that phones choose.
+constexpr unsigned char kSbcCodec = 0;
+const std::vector<unsigned char> kCapabilities = {0xFF, 0xFF, 0x02, 0x40};
+const std::vector<unsigned char> kConfiguration = {0x21, 0x15, 0x02, 0x35};
+constexpr unsigned kVolume = 64;  // of 127
+
 bool IsSource(const MethodCall& call) {
     const std::string uuid = call.TextArgument(0);
     return g_ascii_strcasecmp(uuid.c_str(), kSourceUuid) == 0 || uuid == "110a" || uuid == "110A";
@@ -23,16 +29,17 @@ bool IsSource(const MethodCall& call) {
 
 }  // namespace
 
-Phone::Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter, EventSink say)
+Phone::Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter)
     : m_plan(std::move(plan)),
       m_tree(tree),
       m_adapter(adapter),
-      m_say(std::move(say)),
+      m_path(adapter.Devices().PathOf(m_plan.address)),
+      m_playerPath(m_path + "/player0"),
       m_bonded(m_plan.bonded),
       m_status(m_plan.playerStatus) {}
 
 bool Phone::ConnectByItself() {
-    if (!m_bonded || !m_adapter.Powered() || Connected()) {
+    if (!m_bonded || !m_adapter.Powered() || m_connected) {
         Say("cannot connect by itself");
         return false;
     }
@@ -46,7 +53,7 @@ bool Phone::ConnectByItself() {
 }
 
 void Phone::Disconnect() {
-    if (Connected()) {
+    if (m_connected) {
         EndLink();
     }
 }
@@ -54,14 +61,14 @@ void Phone::Disconnect() {
 void Phone::SetStatus(const std::string& status) {
     const bool played = Playing();
     m_status = status;
-    if (m_link == nullptr) {
+    if (!m_connected) {
         return;
     }
     if (m_statusTold) {
-        m_link->TellStatus(m_status);
+        m_tree.Change(m_playerPath, kPlayerInterface, {{"Status", Text(m_status)}});
     }
     if (Playing() != played) {
-        m_link->SetStreaming(Playing());
+        SetStreaming(Playing());
         Say(Playing() ? "plays" : "is " + m_status);
     }
 }
@@ -69,10 +76,9 @@ void Phone::SetStatus(const std::string& status) {
 void Phone::OnAdapterAppeared() {
     if (m_bonded) {
         m_adapter.Devices().AddBonded(m_plan);
-        m_tree.Add(m_adapter.Devices().PathOf(m_plan.address),
-                   {kControlInterface, {{"Connected", Bool(false)}}, [this](MethodCall call) {
-                        OnControlCall(std::move(call));
-                    }});
+        m_tree.Add(m_path, {kControlInterface,
+                            {{"Connected", Bool(false)}},
+                            [this](MethodCall call) { OnControlCall(std::move(call)); }});
     }
 }
 
@@ -93,13 +99,12 @@ void Phone::OnAdapterLosesPower() {
 
 void Phone::OnDiscoveryStarted() {
     m_sent = 0;
-    if (!m_plan.advertises) {
-        return;
+    if (m_plan.advertises) {
+        m_advertiseTimer = Timer::Once(m_plan.advertiseAfterMs, [this] {
+            m_advertiseTimer = Timer::Every(m_plan.advertiseEveryMs, [this] { Advertise(); });
+            Advertise();
+        });
     }
-    m_advertiseTimer = Timer::Once(m_plan.advertiseAfterMs, [this] {
-        m_advertiseTimer = Timer::Every(m_plan.advertiseEveryMs, [this] { Advertise(); });
-        Advertise();
-    });
 }
 
 void Phone::Advertise() {
@@ -107,7 +112,7 @@ void Phone::Advertise() {
         Say("advertises from " + m_plan.advertiseFrom);
     }
     const bool randomAddress = m_plan.advertiseFrom != m_plan.address;
-    m_adapter.Hear({m_plan.advertiseFrom, randomAddress, m_plan.connectable, -55 - m_sent % 3, "",
+    m_adapter.Hear({m_plan.advertiseFrom, randomAddress, m_plan.connectable, -55 - m_sent % 3,
                     m_plan.manufacturerData});
     if (++m_sent == m_plan.advertiseCount) {
         m_advertiseTimer.Cancel();
@@ -147,7 +152,7 @@ void Phone::AskConnection(MethodCall call) {
         return;
     }
     Say("connection asked");
-    if (Connected()) {
+    if (m_connected) {
         call.Answer();
         return;
     }
@@ -188,7 +193,7 @@ void Phone::OnDisconnectCall(MethodCall call) {
     if (m_pendingConnect) {
         Fail("br-connection-canceled");
         call.Answer();
-    } else if (Connected()) {
+    } else if (m_connected) {
         // Only a link that is down is answered.
         m_goTimer = Timer::Once(kIdleLinkMs, [this, call = std::move(call)]() mutable {
             EndLink();
@@ -204,7 +209,7 @@ void Phone::OnDisconnectProfileCall(MethodCall call) {
         call.FailBluez("InvalidArguments", "Invalid arguments in method call");
         return;
     }
-    if (!Connected()) {
+    if (!m_connected) {
         call.FailBluez("NotConnected", "Not Connected");
         return;
     }
@@ -214,7 +219,7 @@ void Phone::OnDisconnectProfileCall(MethodCall call) {
 }
 
 void Phone::OnControlCall(MethodCall call) {
-    if (m_link == nullptr || !HasPlayer()) {
+    if (!m_connected || !HasPlayer()) {
         call.FailBluez("NotConnected", "Not Connected");
         return;
     }
@@ -237,11 +242,10 @@ void Phone::ReactWith(const char* status) {
 }
 
 void Phone::OpenLink(int controlAfterMs) {
-    DeviceTable& devices = m_adapter.Devices();
-    devices.SetConnected(m_plan.address, true);
-    m_link = std::make_unique<MediaLink>(m_tree, devices.PathOf(m_plan.address),
-                                         m_adapter.NextTransport());
+    m_connected = true;
     m_statusTold = false;
+    m_adapter.Devices().SetConnected(m_plan.address, true);
+    ShowStream();
     Say("connected");
     m_playerTimer = Timer::Once(m_plan.playerAfterMs + controlAfterMs, [this] { ShowPlayer(); });
     if (m_plan.disconnectsAfterMs > 0) {
@@ -249,26 +253,69 @@ void Phone::OpenLink(int controlAfterMs) {
     }
     if (Playing()) {
         m_reactTimer = Timer::Once(kReactMs, [this] {
-            m_link->SetStreaming(true);
+            SetStreaming(true);
             Say("plays");
         });
     }
 }
 
-void Phone::EndLink() {
-    m_playerTimer.Cancel();
-    m_reactTimer.Cancel();
-    m_link.reset();
-    m_adapter.Devices().SetConnected(m_plan.address, false);
-    Say("disconnected");
-    m_goTimer.Cancel();
+void Phone::ShowStream() {
+    const std::string endpointPath = m_path + "/sep1";
+    m_transportPath = endpointPath + "/fd" + std::to_string(m_adapter.NextTransport());
+    m_tree.Add(endpointPath, {kEndpointInterface,
+                              {{"UUID", Text(kSourceUuid)},
+                               {"Codec", Own(g_variant_new_byte(kSbcCodec))},
+                               {"Capabilities", Own(NewBytes(kCapabilities))},
+                               {"Device", Path(m_path)},
+                               {"DelayReporting", Bool(false)}}});
+    // The transport carries the TV's own role. It is the audio daemon's to acquire, nobody else's.
+    m_tree.Add(m_transportPath, {kTransportInterface,
+                                 {{"Device", Path(m_path)},
+                                  {"UUID", Text(kSinkUuid)},
+                                  {"Codec", Own(g_variant_new_byte(kSbcCodec))},
+                                  {"Configuration", Own(NewBytes(kConfiguration))},
+                                  {"State", Text("idle")},
+                                  {"Volume", Own(g_variant_new_uint16(kVolume))}},
+                                 [](MethodCall call) {
+                                     call.FailBluez("NotAuthorized", "Operation Not Authorized");
+                                 }});
 }
 
+void Phone::SetStreaming(bool streaming) {
+    if (streaming) {
+        // What a stream that the phone started looks like until the audio daemon took it.
+        m_tree.Change(m_transportPath, kTransportInterface, {{"State", Text("pending")}});
+    }
+    m_tree.Change(m_transportPath, kTransportInterface,
+                  {{"State", Text(streaming ? "active" : "idle")}});
+}
+
+void Phone::EndLink() {
+    m_connected = false;
+    m_playerTimer.Cancel();
+    m_reactTimer.Cancel();
+    m_goTimer.Cancel();
+    const bool hadPlayer = m_tree.Get(m_playerPath, kPlayerInterface, "Device") != nullptr;
+    m_tree.Remove(m_playerPath);
+    if (GVariant* control = m_tree.Get(m_path, kControlInterface, "Connected");
+        control != nullptr && g_variant_get_boolean(control) != FALSE) {
+        m_tree.Change(m_path, kControlInterface, {{"Connected", Bool(false)}},
+                      hadPlayer ? std::vector<std::string>{"Player"} : std::vector<std::string>());
+    }
+    m_tree.Remove(m_path + "/sep1");
+    m_adapter.Devices().SetConnected(m_plan.address, false);
+    Say("disconnected");
+}
+
+// The player appears without a status, as phones tell it only when they are asked.
 void Phone::ShowPlayer() {
-    const auto onCall = [this](MethodCall call) { OnControlCall(std::move(call)); };
-    m_link->ShowControl(onCall);
+    m_tree.Change(m_path, kControlInterface, {{"Connected", Bool(true)}});
     if (HasPlayer()) {
-        m_link->ShowPlayer(onCall);
+        m_tree.Add(m_playerPath,
+                   {kPlayerInterface,
+                    {{"Device", Path(m_path)}, {"Position", Own(g_variant_new_uint32(0))}},
+                    [this](MethodCall call) { OnControlCall(std::move(call)); }});
+        m_tree.Change(m_path, kControlInterface, {{"Player", Path(m_playerPath)}});
         Say("player appeared");
         m_playerTimer = Timer::Once(m_plan.statusAfterMs, [this] { TellStatus(); });
     }
@@ -276,7 +323,7 @@ void Phone::ShowPlayer() {
 
 void Phone::TellStatus() {
     m_statusTold = true;
-    m_link->TellStatus(m_status);
+    m_tree.Change(m_playerPath, kPlayerInterface, {{"Status", Text(m_status)}});
     Say("tells its status " + m_status);
 }
 

@@ -2,13 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "common/Source.h"
 #include "tools/tv-sim/Adapter.h"
-#include "tools/tv-sim/MediaLink.h"
 
 namespace TvSim {
 
@@ -16,7 +14,7 @@ namespace TvSim {
 class Phone : public Neighbour {
 public:
     // The tree and the adapter must outlive it.
-    Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter, EventSink say);
+    Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter);
 
     [[nodiscard]] const PhonePlan& Plan() const { return m_plan; }
 
@@ -39,10 +37,9 @@ public:
     void OnDeviceRemoved() override;
 
 private:
-    [[nodiscard]] bool Connected() const { return m_link != nullptr; }
     [[nodiscard]] bool Playing() const { return m_status == "playing"; }
     [[nodiscard]] bool HasPlayer() const { return m_plan.playerStatus != "none"; }
-    void Say(const std::string& what) const { m_say("phone " + m_plan.id, what); }
+    void Say(const std::string& what) const { m_adapter.Say("phone " + m_plan.id, what); }
     void Advertise();
     void AskConnection(MethodCall call);
     void Finish(const ConnectAnswer& answer);
@@ -55,19 +52,25 @@ private:
     void ReactWith(const char* status);
     // The TV asks for its remote control after that time.
     void OpenLink(int controlAfterMs);
+    // The stream's end point and transport.
+    void ShowStream();
+    // Whether sound arrives.
+    void SetStreaming(bool streaming);
     void ShowPlayer();
     void TellStatus();
 
     PhonePlan m_plan;
     ObjectTree& m_tree;
     Adapter& m_adapter;
-    EventSink m_say;
+    const std::string m_path;  // of its device
+    const std::string m_playerPath;
+    std::string m_transportPath;  // of its stream, while it is connected
     bool m_bonded;
+    bool m_connected = false;
     std::string m_status;  // of its player
     bool m_statusTold = false;
     int m_sent = 0;  // advertisements of this discovery
     std::optional<MethodCall> m_pendingConnect;
-    std::unique_ptr<MediaLink> m_link;  // while it is connected
 
     Timer m_advertiseTimer;
     Timer m_connectTimer;

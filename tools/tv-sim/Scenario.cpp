@@ -20,32 +20,29 @@ constexpr int kHourMs = 3600 * 1000;
 // Reserved for tests; nobody's product sends it.
 constexpr std::uint16_t kTestCompany = 0xFFFF;
 
-// The whole text as a decimal or 0x number; false and `number` untouched when it is not one or is
-// out of range.
-bool ParseNumber(const std::string& text, long least, long most, long& number) {
+// The whole text as a decimal or 0x number; empty when it is not one or is out of range.
+std::optional<long> ParseNumber(const std::string& text, long least, long most) {
     const bool hexadecimal = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
     char* end = nullptr;
     errno = 0;
     const long value = std::strtol(text.c_str(), &end, hexadecimal ? 16 : 10);
     if (text.empty() || *end != '\0' || errno != 0 || value < least || value > most) {
-        return false;
+        return std::nullopt;
     }
-    number = value;
-    return true;
+    return value;
 }
 
 // Reads the keys of one section. A key that is absent leaves its target as it is; the first one
 // that is malformed, and by Finish() the first one that nobody asked for, sets the error.
 class KeyReader {
 public:
-    // `parse` answers whether the text was fine; `wanted` says what is.
-    using Parse = std::function<bool(const std::string& text)>;
-
     // `error` is set once, when it is empty. Both must outlive the reader.
     KeyReader(GKeyFile* file, std::string section, std::string& error)
         : m_file(file), m_section(std::move(section)), m_error(error) {}
 
-    void Read(const char* key, const std::string& wanted, const Parse& parse) {
+    // `parse` answers whether the text was fine; `wanted` says what is.
+    void Read(const char* key, const std::string& wanted,
+              const std::function<bool(const std::string& text)>& parse) {
         m_known.insert(key);
         if (g_key_file_has_key(m_file, m_section.c_str(), key, nullptr) == FALSE) {
             return;
@@ -86,10 +83,9 @@ public:
     void Read(const char* key, Number& target, long least, long most) {
         Read(key, "a number from " + std::to_string(least) + " to " + std::to_string(most),
              [&](const std::string& text) {
-                 long number = static_cast<long>(target);
-                 const bool isFine = ParseNumber(text, least, most, number);
-                 target = static_cast<Number>(number);
-                 return isFine;
+                 const std::optional<long> number = ParseNumber(text, least, most);
+                 target = static_cast<Number>(number.value_or(least));
+                 return number.has_value();
              });
     }
 
@@ -139,23 +135,15 @@ private:
     std::set<std::string> m_known;
 };
 
-bool ParseAddress(const std::string& text, std::string& address) {
-    if (!IsAddress(text)) {
-        return false;
-    }
-    address = UpperCase(text);
-    return true;
-}
-
 // COMPANY:HEXBYTES, several separated by ';'.
 bool ParseManufacturerData(const std::string& text, ManufacturerData& data) {
     data.clear();
     std::istringstream items(text);
     for (std::string item; std::getline(items, item, ';');) {
         const std::size_t colon = item.find(':');
-        long company = 0;
-        if (colon == std::string::npos || !ParseNumber(item.substr(0, colon), 0, 0xFFFF, company) ||
-            !ParseBytes(item.substr(colon + 1), data[static_cast<std::uint16_t>(company)])) {
+        const auto company = ParseNumber(item.substr(0, colon), 0, 0xFFFF);
+        if (colon == std::string::npos || !company ||
+            !ParseBytes(item.substr(colon + 1), data[static_cast<std::uint16_t>(*company)])) {
             return false;
         }
     }
@@ -314,19 +302,17 @@ void ReadSection(GKeyFile* file, const std::string& section, Scenario& scenario,
     keys.Finish();
 }
 
-// Names of phones that stand where sections before or after theirs speak of them.
+// Every phone that a section names must be there, whichever section comes first.
 void CheckPhoneNames(const Scenario& scenario, std::string& error) {
-    std::vector<std::pair<std::string, std::string>> mentioned = {
-        {"[expect] connected", scenario.expect.connected.value_or("")},
-        {"[expect] playing", scenario.expect.playing.value_or("")}};
-    for (const auto& [phone, on] : scenario.updates) {
-        mentioned.emplace_back("[wake] before", phone);
-    }
-    for (const auto& [where, phone] : mentioned) {
+    const auto check = [&](const char* where, const std::string& phone) {
         if (error.empty() && !phone.empty() && scenario.FindPhone(phone) == nullptr) {
-            error = where;
-            error.append(": there is no phone '").append(phone).append("'");
+            error = std::string(where) + ": there is no phone '" + phone + "'";
         }
+    };
+    check("[expect] connected", scenario.expect.connected.value_or(""));
+    check("[expect] playing", scenario.expect.playing.value_or(""));
+    for (const auto& [phone, setting] : scenario.updates) {
+        check("[wake] before", phone);
     }
 }
 

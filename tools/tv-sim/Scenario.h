@@ -70,14 +70,14 @@ struct PhonePlan {
     int playerAfterMs = 40;               // after the connection request was answered
     int statusAfterMs = 30;               // after the player appeared
     bool playsOnPlay = true;
-    bool linkGoesDown = false;  // with each refusal, having come up before it
+    bool linkGoesDown = false;  // before each refusal it comes up and goes down again
 };
 
 // Devices around the TV that advertise and have nothing to do with it.
 struct StrangersPlan {
-    int count = 0;
-    int everyMs = 100;           // each stranger's interval
-    int rotateAddressEvery = 0;  // advertisements per address; 0: it keeps its address
+    std::uint64_t count = 0;
+    std::uint64_t everyMs = 100;           // each stranger's interval
+    std::uint64_t rotateAddressEvery = 0;  // advertisements per address; 0: it keeps its address
     bool connectable = true;
     bool randomData = true;  // else all send manufacturerData
     ManufacturerData manufacturerData;
@@ -110,8 +110,7 @@ struct Advertisement {
     std::string address;  // upper case
     bool randomAddress = true;
     bool connectable = true;
-    int rssi = -60;    // dBm
-    std::string name;  // empty when it carries none
+    int rssi = -60;  // dBm
     ManufacturerData manufacturerData;
 };
 

@@ -6,7 +6,7 @@ namespace TvSim {
 
 const char kScenarioHelp[] =
     R"(A scenario is a key file: [SECTION] lines, KEY=VALUE lines, comments in lines of their own that
-begin with '#'. Every section and key may be left out but a phone's address. Lists are separated by ';'.
+begin with '#'. Every section and key may be left out except a phone's address. Lists are separated by ';'.
 
 [scenario]
   description=               one line, for lists of scenarios
@@ -18,9 +18,9 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   powered=true               bluetoothd switches it on just after it appeared
   appears-after-ms=0         after the start; 0: at once, or never when present=false
   powers-on-after-ms=0       after it appeared; 0: never by itself
-  pulled-after-ms=0          out of the TV, after a discovery began; 0: never
-  forgets-after-ms=30000     devices that are not bonded, after they were heard last
-  discovery-takes-ms=5       until one that is asked for runs, and is answered
+  pulled-after-ms=0          it is pulled out so long after a discovery began; 0: never
+  forgets-after-ms=30000     a device that is not bonded is forgotten, after it was heard last
+  discovery-takes-ms=5       from the request until it runs and the request is answered
   knows-pattern=true         false: an older bluetoothd, a discovery filter has no Pattern
   silent-methods=            methods of org.bluez that are never answered, e.g. StartDiscovery;Play
   refused-once=              METHOD:ERROR;... the first call of the method is refused with the error
@@ -42,7 +42,7 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   connect=accept             accept, never (no answer) or an error, for instance
                              org.bluez.Error.Failed:br-connection-page-timeout
   first-connect=             how the first request is answered; default: as connect says
-  link-goes-down=false       true: with each refusal, having come up before it
+  link-goes-down=false       true: before each refusal the link comes up and goes down again
   connect-after-ms=60        until accepted or refused
   connects-by-itself-after-ms=0   after the adapter came up; 0: never
   disconnects-after-ms=0     after it was connected; 0: never
@@ -60,7 +60,7 @@ begin with '#'. Every section and key may be left out but a phone's address. Lis
   connectable=true
   manufacturer-data=random   random or 0xFFFF:HEXBYTES;...
 
-The runner alone uses the rest.
+Only the runner uses the rest.
 
 [tv]                         what it sets before it starts the service
   zemi=true

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tv-sim/Simulator.h"
 
+#include "tools/tv-sim/Strangers.h"
+
 namespace TvSim {
 
 Simulator::Simulator(Scenario scenario, GDBusConnection* connection, EventSink say,
@@ -10,17 +12,23 @@ Simulator::Simulator(Scenario scenario, GDBusConnection* connection, EventSink s
       m_say(say ? std::move(say) : [](const std::string&, const std::string&) {}),
       m_tree(connection, m_scenario.adapter, m_say),
       m_adapter(m_tree, connection, m_scenario.adapter, m_say),
-      m_strangers(m_scenario.strangers, m_adapter, m_say),
       m_onNameLost(std::move(onNameLost)) {
     for (const PhonePlan& plan : m_scenario.phones) {
-        m_phones.push_back(std::make_unique<Phone>(plan, m_tree, m_adapter, m_say));
-        m_adapter.Add(*m_phones.back());
+        auto phone = std::make_unique<Phone>(plan, m_tree, m_adapter);
+        m_phones[plan.id] = phone.get();
+        m_adapter.Add(std::move(phone));
     }
-    m_adapter.Add(m_strangers);
-    m_adapter.Add(m_nobody);
-    m_nameOwner =
-        g_bus_own_name_on_connection(connection, "org.bluez", G_BUS_NAME_OWNER_FLAGS_DO_NOT_QUEUE,
-                                     OnNameAcquired, OnNameLost, this, nullptr);
+    m_adapter.Add(MakeStrangers(m_scenario.strangers, m_adapter));
+    m_adapter.Add(MakeNobody());
+    m_nameOwner = g_bus_own_name_on_connection(
+        connection, "org.bluez", G_BUS_NAME_OWNER_FLAGS_DO_NOT_QUEUE,
+        [](GDBusConnection* /*connection*/, const char* /*name*/, gpointer self) noexcept {
+            static_cast<Simulator*>(self)->OnNameAcquired();
+        },
+        [](GDBusConnection* bus, const char* /*name*/, gpointer self) noexcept {
+            static_cast<Simulator*>(self)->OnNameLost(bus != nullptr);
+        },
+        this, nullptr);
 }
 
 Simulator::~Simulator() {
@@ -29,34 +37,25 @@ Simulator::~Simulator() {
     g_bus_unown_name(m_nameOwner);
 }
 
-Phone* Simulator::FindPhone(const std::string& id) {
-    for (const std::unique_ptr<Phone>& phone : m_phones) {
-        if (phone->Plan().id == id) {
-            return phone.get();
-        }
-    }
-    return nullptr;
+Phone* Simulator::FindPhone(const std::string& id) const {
+    const auto found = m_phones.find(id);
+    return found == m_phones.end() ? nullptr : found->second;
 }
 
-void Simulator::OnNameAcquired(GDBusConnection* /*connection*/, const char* /*name*/,
-                               gpointer userData) noexcept {
-    auto* self = static_cast<Simulator*>(userData);
-    self->m_say("bus", "name org.bluez acquired");
-    const AdapterPlan& plan = self->m_scenario.adapter;
+void Simulator::OnNameAcquired() {
+    m_say("bus", "name org.bluez acquired");
+    const AdapterPlan& plan = m_scenario.adapter;
     if (plan.appearsAfterMs > 0) {
-        self->m_appearTimer =
-            Timer::Once(plan.appearsAfterMs, [self] { self->m_adapter.SetPresent(true); });
+        m_appearTimer = Timer::Once(plan.appearsAfterMs, [this] { m_adapter.SetPresent(true); });
     } else if (plan.present) {
-        self->m_adapter.SetPresent(true);
+        m_adapter.SetPresent(true);
     }
 }
 
-void Simulator::OnNameLost(GDBusConnection* connection, const char* /*name*/,
-                           gpointer userData) noexcept {
-    auto* self = static_cast<Simulator*>(userData);
-    self->m_say("bus", connection == nullptr ? "connection lost" : "name org.bluez refused");
-    if (self->m_onNameLost) {
-        self->m_onNameLost();
+void Simulator::OnNameLost(bool hasBus) {
+    m_say("bus", hasBus ? "name org.bluez refused" : "connection lost");
+    if (m_onNameLost) {
+        m_onNameLost();
     }
 }
 

@@ -3,14 +3,12 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <map>
 #include <string>
-#include <vector>
 
 #include "tools/tv-sim/Adapter.h"
 #include "tools/tv-sim/Phone.h"
 #include "tools/tv-sim/Scenario.h"
-#include "tools/tv-sim/Strangers.h"
 
 namespace TvSim {
 
@@ -31,24 +29,20 @@ public:
     Simulator& operator=(const Simulator&) = delete;
 
     // The phone of the scenario with this id, null when there is none; not owned.
-    [[nodiscard]] Phone* FindPhone(const std::string& id);
+    [[nodiscard]] Phone* FindPhone(const std::string& id) const;
     void SetAdapterPowered(bool powered) { m_adapter.SetPowered(powered); }
     // An advertisement of anybody; whether the TV heard it.
     bool Advertise(const Advertisement& advertisement) { return m_adapter.Hear(advertisement); }
 
 private:
-    static void OnNameAcquired(GDBusConnection* connection, const char* name,
-                               gpointer userData) noexcept;
-    static void OnNameLost(GDBusConnection* connection, const char* name,
-                           gpointer userData) noexcept;
+    void OnNameAcquired();
+    void OnNameLost(bool hasBus);
 
     Scenario m_scenario;
     EventSink m_say;
     ObjectTree m_tree;
     Adapter m_adapter;
-    std::vector<std::unique_ptr<Phone>> m_phones;
-    Strangers m_strangers;
-    Nobody m_nobody;
+    std::map<std::string, Phone*> m_phones;  // by id; the adapter owns them
     std::function<void()> m_onNameLost;
     Timer m_appearTimer;
     guint m_nameOwner;

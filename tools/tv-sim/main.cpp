@@ -51,44 +51,25 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
     return options;
 }
 
-void PrintEvent(gint64 startUs, const std::string& subject, const std::string& what) {
-    const gint64 us = g_get_monotonic_time() - startUs;
-    std::printf("%.3f %s: %s\n", static_cast<double>(us) / 1e6, subject.c_str(), what.c_str());
-    std::fflush(stdout);
-}
-
-GObjectPtr<GDBusConnection> OpenBus(const std::string& address) {
-    if (!address.empty()) {
-        g_setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), TRUE);
-    }
-    GErrorPtr error;
-    GObjectPtr<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, Out(error)));
-    if (connection == nullptr) {
-        std::fprintf(stderr, "tv-sim: no bus: %s\n", error->message);
-    } else {
-        g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
-    }
-    return connection;
-}
-
 // Runs until a signal asks it to end (true) or the name is refused or lost (false).
 bool Run(TvSim::Scenario scenario, GDBusConnection* connection) {
     const gint64 startUs = g_get_monotonic_time();
-    const GMainLoopPtr loop(g_main_loop_new(nullptr, FALSE));
+    bool isEnded = false;
     bool nameLost = false;
-    const auto quit = [&loop] { g_main_loop_quit(loop.get()); };
-    const Source terminate = Source::OnSignal(SIGTERM, quit);
-    const Source interrupt = Source::OnSignal(SIGINT, quit);
+    const auto end = [&isEnded] { isEnded = true; };
+    const Source terminate = Source::OnSignal(SIGTERM, end);
+    const Source interrupt = Source::OnSignal(SIGINT, end);
     const TvSim::Simulator simulator(
         std::move(scenario), connection,
         [startUs](const std::string& subject, const std::string& what) {
-            PrintEvent(startUs, subject, what);
+            const auto us = static_cast<double>(g_get_monotonic_time() - startUs);
+            std::printf("%.3f %s: %s\n", us / 1e6, subject.c_str(), what.c_str());
+            std::fflush(stdout);
         },
-        [&] {
-            nameLost = true;
-            quit();
-        });
-    g_main_loop_run(loop.get());
+        [&nameLost] { nameLost = true; });
+    while (!isEnded && !nameLost) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
     return !nameLost;
 }
 
@@ -102,23 +83,30 @@ int main(int argc, char** argv) {
     const std::string& file = options->check.empty() ? options->scenario : options->check;
     TvSim::Scenario scenario;
     if (!file.empty()) {
-        std::string error;
-        std::optional<TvSim::Scenario> read = TvSim::ReadScenario(file, error);
+        std::string problem;
+        std::optional<TvSim::Scenario> read = TvSim::ReadScenario(file, problem);
         if (!read) {
-            std::fprintf(stderr, "tv-sim: %s\n", error.c_str());
+            std::fprintf(stderr, "tv-sim: %s\n", problem.c_str());
             return kUsage;
         }
         scenario = std::move(*read);
     }
     if (!options->check.empty()) {
-        std::printf("%s: fine, %zu phones and %d strangers\n", file.c_str(), scenario.phones.size(),
-                    scenario.strangers.count);
+        std::printf("%s: fine, %zu phones and %s strangers\n", file.c_str(), scenario.phones.size(),
+                    std::to_string(scenario.strangers.count).c_str());
         return 0;
     }
-    const GObjectPtr<GDBusConnection> connection = OpenBus(options->address);
+    if (!options->address.empty()) {
+        g_setenv("DBUS_SYSTEM_BUS_ADDRESS", options->address.c_str(), TRUE);
+    }
+    GErrorPtr error;
+    const GObjectPtr<GDBusConnection> connection(
+        g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, Out(error)));
     if (connection == nullptr) {
+        std::fprintf(stderr, "tv-sim: no bus: %s\n", error->message);
         return kFailed;
     }
+    g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
     const bool ended = Run(std::move(scenario), connection.get());
     // The farewell must be on the bus before the process is gone.
     g_dbus_connection_flush_sync(connection.get(), nullptr, nullptr);
