@@ -235,7 +235,7 @@ TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
     Wake();
     AwaitEvent("connection asked");
     KillSimulator();
-    AwaitLog("Connect Fail");
+    AwaitLog(std::string(kAlice) + " is not connected: bluetoothd is gone");
     AwaitLog("No more device to try connect");
 
     StartSimulator(kAlicePhone);

@@ -41,6 +41,8 @@ public:
     void Add(std::unique_ptr<Neighbour> neighbour) { m_neighbours.push_back(std::move(neighbour)); }
 
     [[nodiscard]] bool Powered() const { return m_present && m_powered; }
+    // For any program.
+    [[nodiscard]] bool Discovering() const { return m_discovery.Running(); }
     [[nodiscard]] DeviceTable& Devices() { return m_devices; }
     void Say(const std::string& subject, const std::string& what) const { m_say(subject, what); }
     // Numbers media transports; none comes twice.

@@ -151,7 +151,7 @@ void Phone::AskConnection(MethodCall call) {
         call.FailBluez("InProgress", "br-connection-busy");
         return;
     }
-    Say("connection asked");
+    Say(m_adapter.Discovering() ? "connection asked during a discovery" : "connection asked");
     if (m_connected) {
         call.Answer();
         return;
