@@ -39,7 +39,7 @@ int IdleMs() {
     if (ms > 0) {
         return ms;
     }
-    PLAYER_WARN("%s is no number of milliseconds: %s", kIdleVariable, text);
+    PLAYER_WARN("%s is not a number of milliseconds: %s", kIdleVariable, text);
     return kIdleExitMs;
 }
 
@@ -188,7 +188,7 @@ private:
     void OnLaunch(const Platform::Launch& launch) {
         const std::string phone = Bluez::CanonicalAddress(launch.phone.c_str());
         if (phone.empty() && !launch.phone.empty()) {
-            PLAYER_WARN("launched for a phone whose address is none: %s", launch.phone.c_str());
+            PLAYER_WARN("launched for a phone with a malformed address: %s", launch.phone.c_str());
             return;
         }
         for (const auto& [key, value] : launch.extras) {

@@ -60,7 +60,7 @@ std::optional<std::string> ReadKey(size_t id, int64_t& revision, std::string& re
         return std::nullopt;
     }
     if (lookup.value.type != ConfigType::kString) {
-        reason = key + " is not a string and is left alone";
+        reason = key + " is not a string and is not changed";
         return std::nullopt;
     }
     return lookup.value.text;
@@ -91,7 +91,7 @@ bool PhoneRegistry::LoadSettings() {
     } catch (const std::exception& exception) {
         std::string message = exception.what();
         std::replace(message.begin(), message.end(), '\n', ' ');
-        return Fail(key + " is not JSON and is left alone: " + message);
+        return Fail(key + " is not JSON and is not changed: " + message);
     }
     const bool isList =
         m_settings.isArray() &&
@@ -100,7 +100,7 @@ bool PhoneRegistry::LoadSettings() {
                    (phone["value"].isString() || phone["value"].isNull());
         });
     return isList ||
-           Fail(key + " is not a list of phones with address and value, and is left alone");
+           Fail(key + " is not a list of phones with address and value, and is not changed");
 }
 
 bool PhoneRegistry::LoadMasks() {
@@ -110,7 +110,7 @@ bool PhoneRegistry::LoadMasks() {
     }
     const size_t tail = text->size() % Conditions::kPackedStride;
     if (tail != 0 && tail != Conditions::kAddressLength) {
-        return Fail(KeyName(kMasksId) + " ends within a masked address and is left alone");
+        return Fail(KeyName(kMasksId) + " ends within a masked address and is not changed");
     }
     m_masks.clear();
     for (size_t at = 0; at < text->size(); at += Conditions::kPackedStride) {
