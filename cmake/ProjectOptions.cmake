@@ -4,7 +4,9 @@
 # Warnings, sanitizers and coverage of everything that is built here.
 add_library(project_options INTERFACE)
 target_compile_options(project_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion 
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+    # ", ##__VA_ARGS__", which GCC takes as GNU C++.
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     $<$<BOOL:${BTAC_WERROR}>:-Werror>)
 if(BTAC_SANITIZE)

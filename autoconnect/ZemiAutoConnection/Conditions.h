@@ -36,7 +36,6 @@ inline constexpr const char* kMediaPlayerAppId = "com.velmora.tv.bmp";
 
 // The packed list of masked addresses: an address begins every kPackedStride characters; the
 // character between two addresses has no meaning.
-using ::kAddressLength;
 inline constexpr std::size_t kPackedStride = kAddressLength + 1;
 
 }  // namespace Conditions

@@ -91,7 +91,7 @@ TEST_F(BluetoothContractTest, WithoutAdapterScansBreakAndNothingBegins) {
 
 TEST_F(BluetoothContractTest, ResultsComeOnlyDuringTheScan) {
     // As long as what names a phone.
-    const auto bytes = [](char c) { return std::vector<unsigned char>(15, c); };
+    const auto bytes = [](unsigned char c) { return std::vector(15, c); };
     const auto text = [](char c) { return ":" + std::string(15, c); };
     m_world->TurnOn();
     for (const bool isStoppedByResult : {true, false}) {

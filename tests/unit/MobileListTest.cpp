@@ -199,7 +199,7 @@ TEST_F(MobileListTest, TellsWhatItDoes) {
 }
 
 TEST_F(MobileListTest, MasksWhatIsAsLongAsAnAddress) {
-    for (const std::size_t size : {0, 16, 18}) {
+    for (const std::size_t size : {0U, 16U, 18U}) {
         EXPECT_EQ(MobileList::GetXorMac(std::string(size, '0')), "");
         EXPECT_THAT(Fake::TakeStory(),
                     ElementsAre("E service GetXorMac: input buffer size is not 17"));

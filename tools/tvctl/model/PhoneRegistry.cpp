@@ -7,6 +7,7 @@
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/ZemiAutoConnection/MobileList.h"
+#include "common/Address.h"
 #include "platform/linux/config/ConfigStore.h"
 #include "utility/CommonUtil.h"
 #include "utility/JsonUtil.h"
@@ -109,12 +110,12 @@ bool PhoneRegistry::LoadMasks() {
         return false;
     }
     const size_t tail = text->size() % Conditions::kPackedStride;
-    if (tail != 0 && tail != Conditions::kAddressLength) {
+    if (tail != 0 && tail != kAddressLength) {
         return Fail(KeyName(kMasksId) + " ends within a masked address and is not changed");
     }
     m_masks.clear();
     for (size_t at = 0; at < text->size(); at += Conditions::kPackedStride) {
-        m_masks.push_back(text->substr(at, Conditions::kAddressLength));
+        m_masks.push_back(text->substr(at, kAddressLength));
     }
     return true;
 }
