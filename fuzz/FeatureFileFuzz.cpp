@@ -22,7 +22,7 @@ std::string ValueOf(const Features& features, const std::string& key) {
     return "(none)";
 }
 
-// The feature is in the file for whoever reads it next, and the others are as they were.
+// The feature is in the file for the next reader, and the others are as they were.
 void CheckWritten(const std::string& path, const Features& before) {
     FeatureFile file(path);
     Check(file.GetInt(kKey) == 94, "a feature that was written is there");

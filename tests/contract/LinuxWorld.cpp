@@ -46,8 +46,8 @@ public:
     }
 
     bool Await(const Condition& condition) override { return AwaitThat(condition); }
-    // What was sent before a question is there before its answer; thrice, for one thing leads to
-    // another.
+    // What was sent before a question is there before its answer; three times, because one thing
+    // leads to another.
     void Settle() final {
         GDBusConnection* bus = m_host.connection.get();
         for (int i = 0; i < 3; ++i) {

@@ -95,7 +95,7 @@ std::vector<std::string> Select(const Predicate& predicate,
     });
 }
 
-// The tag that every line of a source has, whoever writes it.
+// The tag that every line of a source has.
 std::string TagOf(const std::string& file) {
     const std::string stem = file.substr(0, file.find('.'));
     const bool service = stem == "AutoConnectApp" || stem == "BTAutoConnect" ||

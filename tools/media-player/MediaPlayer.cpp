@@ -45,8 +45,8 @@ int IdleMs() {
 
 // Tells the player of a phone to play, and finds out whether it then does: a phone accepts every
 // play command, so its answer proves nothing; only the state of its player does. Waits a while for
-// a phone and a player that are late. Logs the result. Leaves other phones alone, whatever they and
-// this one do: their owners did not just come home. Main loop only.
+// a phone and a player that are late. Logs the result. Never asks another phone, whatever it and
+// this one do: its owner did not just come home. Main loop only.
 class PlayCommand : private Bluez::Listener {
 public:
     // `phone` is an address in upper case; empty for the phone that connected last when one is seen

@@ -60,8 +60,8 @@ inline GVariant* NewDictionary(const Properties& properties) {
 using EventSink = std::function<void(const std::string& subject, const std::string& what)>;
 
 // The objects of the simulated daemon on a bus connection: the object manager on "/", properties,
-// introspection and the dispatch of method calls to whoever simulates the object. It takes over
-// every call to "/" and to what lies below /org/bluez on that connection and does not touch
+// introspection and the dispatch of method calls to the code that simulates the object. It takes
+// over every call to "/" and to what lies below /org/bluez on that connection and does not touch
 // other paths. Calls are handled on the main loop of the process, in the order of their arrival;
 // the errors are those that the real daemon's D-Bus library gives.
 class ObjectTree {

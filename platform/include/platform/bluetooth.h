@@ -223,7 +223,7 @@ typedef enum {
  * has, the one that connected last; another one that connects by itself meanwhile is not meant.
  * REMOTE_DEVICE_NOT_CONNECTED: it has left, even if others are connected. OPERATION_FAILED: it has
  * no player, or the player has not told its state yet. INVALID_PARAMETER: state is NULL. *state is
- * written on success alone. */
+ * written only on success. */
 int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state);
 
 /* Sends a command to the phone's remote-control target. NOT_SUPPORTED: not by this platform. */

@@ -27,8 +27,8 @@ public:
 
     // Path of the device whose connection was asked for last and came about, also when it came
     // later than it was waited for; before there was one, of the device that connected last. Empty
-    // when that one has left, whoever else is still there: what is meant for it is not meant for
-    // another.
+    // when that one has left, also when others are still there: what is meant for it is not meant
+    // for another.
     [[nodiscard]] std::string CurrentPhone() const;
     // Path of the one of those still connected that came last; empty when none.
     [[nodiscard]] std::string LastOfConnected() const;

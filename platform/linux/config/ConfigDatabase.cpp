@@ -12,7 +12,7 @@ namespace Platform {
 
 namespace {
 
-// One clock may be behind another's; what lies further ahead was not made by a clock.
+// Clocks differ; a number further ahead than this does not come from a clock.
 constexpr int64_t kMaxAheadUs = 366LL * 24 * 3600 * 1000000;
 // Of a key with its value. The list of ten thousand phones takes half of it; what is larger would
 // keep the main loop from its work.

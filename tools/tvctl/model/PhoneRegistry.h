@@ -23,7 +23,7 @@ struct Phone {
 
 // The registered phones in the configuration store: the phones' settings as JSON, and the packed
 // masked addresses of those that may switch the TV on. A phone is connected when both hold it.
-// What else the keys hold is kept; keys that cannot be understood are left alone.
+// What else the keys hold is kept; keys that cannot be understood are not changed.
 class PhoneRegistry {
 public:
     enum class Outcome { kDone, kNothingToDo, kFailed };

@@ -55,7 +55,7 @@ struct Connection {
     std::string reason;          // of a failure, from the platform; may be empty
     std::optional<double> lost;  // when the connection went down again
 
-    // Whether the phone was connected, whoever did it.
+    // Whether the phone was connected, by the service or by itself.
     [[nodiscard]] bool WasMade() const {
         return result == Result::kConnected || result == Result::kByItself;
     }
