@@ -11,11 +11,11 @@
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "common/CHandle.h"
+#include "common/Parse.h"
 #include "common/Source.h"
 #include "platform/linux/application/LaunchReceiver.h"
 #include "platform/linux/base/DbusError.h"
 #include "platform/linux/base/MainLoop.h"
-#include "platform/linux/base/Parse.h"
 #include "platform/linux/bluez/Mirror.h"
 #include "platform/linux/bluez/Path.h"
 #include "platform/system_log.h"
@@ -35,7 +35,7 @@ constexpr const char* kIdleVariable = "TV_PLAYER_IDLE_MS";
 
 int IdleMs() {
     const char* text = std::getenv(kIdleVariable);
-    const int ms = text == nullptr ? kIdleExitMs : Platform::ParseInt(text).value_or(0);
+    const int ms = text == nullptr ? kIdleExitMs : ParseInt(text).value_or(0);
     if (ms > 0) {
         return ms;
     }

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "platform/linux/base/Parse.h"
+#include "common/Parse.h"
 #include "platform/linux/base/RootPath.h"
 
 namespace Platform {

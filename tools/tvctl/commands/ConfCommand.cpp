@@ -6,9 +6,9 @@
 #include <fstream>
 
 #include "common/CHandle.h"
+#include "common/Parse.h"
 #include "common/Source.h"
 #include "platform/config_store.h"
-#include "platform/linux/base/Parse.h"
 #include "platform/linux/config/ConfigStore.h"
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/ConfigText.h"
@@ -185,7 +185,7 @@ ExitCode Load(const Arguments& arguments, Console& console) {
 }
 
 ExitCode Watch(const Arguments& arguments, Console& console) {
-    const auto count = Platform::ParseInt(arguments.Option("--count").value_or("0"));
+    const auto count = ParseInt(arguments.Option("--count").value_or("0"));
     if (!count || *count < 0 || (*count == 0 && arguments.Has("--count"))) {
         return console.Misuse("--count needs a number above 0");
     }

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "platform/linux/base/Parse.h"
+#include "common/Parse.h"
 #include "platform/linux/config/PlatformState.h"
 #include "tools/tvctl/commands/Commands.h"
 
@@ -82,7 +82,7 @@ ExitCode Set(const Arguments& arguments, Console& console) {
     if (!IsKnown(name)) {
         return RefuseName(name, console);
     }
-    const auto number = Platform::ParseInt(arguments.positional[1]);
+    const auto number = ParseInt(arguments.positional[1]);
     if (!number) {
         return console.Misuse("'" + arguments.positional[1] + "' is not an integer");
     }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include "autoconnect/src/DbusInterface.h"
+#include "common/Parse.h"
 #include "common/Source.h"
-#include "platform/linux/base/Parse.h"
 #include "platform/linux/bluez/Inspection.h"
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/ServiceSignal.h"
@@ -73,7 +73,7 @@ ExitCode Wake(const Arguments& arguments, Console& console) {
     if (!arguments.Has("--retry")) {
         return SendWakeUp(console);
     }
-    const auto seconds = Platform::ParseInt(arguments.Option("--retry").value_or(""));
+    const auto seconds = ParseInt(arguments.Option("--retry").value_or(""));
     if (!seconds || *seconds < 1 || *seconds > kLongestRetryS) {
         return console.Misuse("--retry needs a number of seconds, 1 to 600");
     }

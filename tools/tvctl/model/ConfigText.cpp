@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/base/Parse.h"
+#include "common/Parse.h"
 #include "utility/VconfUtil.h"
 
 namespace Tvctl {
@@ -52,15 +52,15 @@ std::optional<ConfigType> TypeNamed(const std::string& name) {
 }
 
 ConfigType GuessType(const std::string& text) {
-    if (Platform::ParseBool(text)) {
+    if (ParseBool(text)) {
         return ConfigType::kBool;
     }
-    return Platform::ParseInt(text) ? ConfigType::kInt : ConfigType::kString;
+    return ParseInt(text) ? ConfigType::kInt : ConfigType::kString;
 }
 
 std::optional<std::string> KeyMeant(const std::string& word) {
     std::string key = word;
-    const auto id = Platform::ParseInt(word);
+    const auto id = ParseInt(word);
     if (id && *id >= 0 && *id < Util::VCONF_KEY_COUNT) {
         key = Util::VconfUtil::keys[static_cast<size_t>(*id)];
     }
@@ -71,11 +71,11 @@ std::optional<ConfigValue> ParseValue(ConfigType type, const std::string& text) 
     if (type == ConfigType::kString) {
         return ConfigValue{type, text, 0};
     }
-    const auto flag = Platform::ParseBool(text);
+    const auto flag = ParseBool(text);
     if (type == ConfigType::kBool && flag) {
         return ConfigValue{type, {}, *flag ? 1 : 0};
     }
-    const auto number = Platform::ParseInt(text);
+    const auto number = ParseInt(text);
     return number ? std::optional<ConfigValue>({type, {}, *number}) : std::nullopt;
 }
 

@@ -8,8 +8,6 @@
 
 // Values as files and commands have them in text.
 
-namespace Platform {
-
 // Of "true" and "false".
 [[nodiscard]] inline std::optional<bool> ParseBool(const std::string& text) {
     return text == "true" || text == "false" ? std::optional(text == "true") : std::nullopt;
@@ -23,5 +21,3 @@ namespace Platform {
     const bool isWhole = !text.empty() && parsed.ec == std::errc() && parsed.ptr == end;
     return isWhole ? std::optional(number) : std::nullopt;
 }
-
-}  // namespace Platform
