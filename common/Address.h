@@ -5,6 +5,8 @@
 #include <glib.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 // The number of characters of a Bluetooth address as text.
@@ -18,4 +20,24 @@ inline bool IsAddress(std::string_view text) {
         isAddress = i % 3 == 2 ? text[i] == ':' : g_ascii_isxdigit(text[i]) != FALSE;
     }
     return isAddress;
+}
+
+// The address in upper case; empty when the text, which may be NULL, is not one.
+inline std::string CanonicalAddress(const char* text) {
+    std::string address = text != nullptr && IsAddress(text) ? text : "";
+    for (char& c : address) {
+        c = g_ascii_toupper(c);
+    }
+    return address;
+}
+
+// The text, in upper case, of the six bytes of an address; the first group comes first.
+inline std::string FormatAddress(const std::uint8_t* bytes) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string address(kAddressLength, ':');
+    for (std::size_t i = 0; i < 6; ++i) {
+        address[3 * i] = kDigits[bytes[i] >> 4];
+        address[3 * i + 1] = kDigits[bytes[i] & 0x0F];
+    }
+    return address;
 }

@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "common/Address.h"
 #include "platform/bluetooth.h"
 #include "platform/linux/base/PlatformLog.h"
-#include "platform/linux/bluez/Path.h"
 #include "platform/linux/bluez/Record.h"
 #include "platform/linux/bluez/Service.h"
 
@@ -28,7 +28,7 @@ int bt_audio_unset_connection_state_changed_cb(void) {
 }
 
 int bt_audio_connect(const char* remote_address, bt_audio_profile_type_e type) {
-    const std::string address = Bluez::CanonicalAddress(remote_address);
+    const std::string address = CanonicalAddress(remote_address);
     if (address.empty() || type != BT_AUDIO_PROFILE_TYPE_A2DP_SINK) {
         return BT_ERROR_INVALID_PARAMETER;
     }

@@ -5,7 +5,6 @@
 
 #include "platform/bluetooth.h"
 #include "platform/linux/base/PlatformLog.h"
-#include "platform/linux/bluez/Path.h"
 #include "platform/linux/bluez/Record.h"
 #include "platform/linux/bluez/Service.h"
 

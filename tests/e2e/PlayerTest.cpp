@@ -90,14 +90,12 @@ TEST_F(Player, IsToldByTheServiceWhichPhoneItConnectedNotWhichCameLast) {
 
 // As bluetoothd does, which tries again by itself when a link broke.
 TEST_F(Player, IsMeantForThePhoneThatWasAskedForLastAlsoWhenItComesAfterItsFailure) {
-    const TvSim::ConnectAnswer refusal = {TvSim::ConnectAnswer::Kind::kRefuse,
-                                          "org.bluez.Error.Failed", "br-connection-unknown"};
     TvSim::Scenario scenario;
     scenario.phones = {TvSim::MakePhone("Alice", kAlice), TvSim::MakePhone("Ben", kBen)};
     scenario.phones[0].firstConnect = TvSim::ConnectAnswer{};
     for (TvSim::PhonePlan& phone : scenario.phones) {
         phone.advertises = false;
-        phone.connect = refusal;
+        phone.connect = {TvSim::ConnectAnswer::Kind::kRefuse, "org.bluez.Error.Failed", "x"};
     }
     SetUpTv({kAlice, kBen});
     const auto simulator = Simulate(scenario);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
+#include "common/Address.h"
 #include "common/CHandle.h"
 #include "common/Parse.h"
 #include "common/Source.h"
@@ -186,7 +187,7 @@ public:
 
 private:
     void OnLaunch(const Platform::Launch& launch) {
-        const std::string phone = Bluez::CanonicalAddress(launch.phone.c_str());
+        const std::string phone = CanonicalAddress(launch.phone.c_str());
         if (phone.empty() && !launch.phone.empty()) {
             PLAYER_WARN("launched for a phone with a malformed address: %s", launch.phone.c_str());
             return;

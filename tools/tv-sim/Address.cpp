@@ -4,17 +4,15 @@
 
 #include <algorithm>
 
-#include "common/CHandle.h"
+#include "common/Address.h"
 
 namespace TvSim {
 
 bool ParseAddress(const std::string& text, std::string& address) {
-    if (g_regex_match_simple("^([[:xdigit:]]{2}:){5}[[:xdigit:]]{2}\\z", text.c_str(),
-                             static_cast<GRegexCompileFlags>(0),
-                             static_cast<GRegexMatchFlags>(0)) == FALSE) {
+    if (!IsAddress(text)) {
         return false;
     }
-    address = GStringPtr(g_ascii_strup(text.c_str(), -1)).get();
+    address = CanonicalAddress(text.c_str());
     return true;
 }
 
@@ -49,13 +47,11 @@ std::uint64_t Mix(std::uint64_t seed) {
 std::string PrivateAddress(std::uint64_t seed) {
     // The two bits that mark a resolvable address are those of its first group.
     const std::uint64_t bits = (Mix(seed) & ~std::uint64_t{0xC0}) | 0x40U;
-    std::string address;
+    std::uint8_t bytes[6];
     for (unsigned group = 0; group < 6; ++group) {
-        char text[4];
-        g_snprintf(text, sizeof text, ":%02X", static_cast<unsigned>(bits >> 8 * group & 0xFFU));
-        address += text;
+        bytes[group] = static_cast<std::uint8_t>(bits >> 8 * group);
     }
-    return address.substr(1);
+    return FormatAddress(bytes);
 }
 
 }  // namespace TvSim

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "common/Address.h"
 #include "common/AdvertisingData.h"
 #include "platform/linux/base/PlatformLog.h"
 
@@ -75,14 +76,7 @@ void Hearing::Refill() {
 
 // Whether the content names a bonded device that was not heard within this second.
 bool Hearing::IsBondedOnesTurn(const std::uint8_t* content) {
-    char address[] = "00:00:00:00:00:00";
-    for (std::size_t i = 0; i < kPhoneAddressSize; ++i) {
-        constexpr const char* kDigits = "0123456789ABCDEF";
-        const std::uint8_t byte = content[kPhoneAddressStart + i];
-        address[3 * i] = kDigits[byte >> 4];
-        address[3 * i + 1] = kDigits[byte & 0x0F];
-    }
-    return m_room.bonded.erase(address) != 0;
+    return m_room.bonded.erase(FormatAddress(content + kPhoneAddressStart)) != 0;
 }
 
 bool Hearing::HasRoom(const std::string& path, const Packet& packet, int& room) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "common/Address.h"
 #include "platform/linux/bluez/Mirror.h"
 #include "platform/linux/bluez/Path.h"
 

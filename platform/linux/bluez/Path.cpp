@@ -5,15 +5,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "common/Address.h"
-#include "common/CHandle.h"
-
 namespace Bluez {
-
-std::string CanonicalAddress(const char* address) {
-    return address != nullptr && IsAddress(address) ? GStringPtr(g_ascii_strup(address, -1)).get()
-                                                    : "";
-}
 
 std::string AddressOfPath(const std::string& path) {
     const std::size_t name = path.rfind("/dev_");

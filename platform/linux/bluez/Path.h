@@ -6,9 +6,6 @@
 
 namespace Bluez {
 
-// The address in upper case; empty when it is NULL or malformed.
-std::string CanonicalAddress(const char* address);
-
 // The address in the object path of a device, 'ADAPTER/dev_AA_BB_CC_DD_EE_FF'; empty when it is not
 // one.
 std::string AddressOfPath(const std::string& path);

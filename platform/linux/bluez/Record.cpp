@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/linux/bluez/Path.h"
+#include "common/Address.h"
 
 namespace Bluez {
 
