@@ -57,18 +57,18 @@ ConfigValue ColumnValue(sqlite3_stmt* statement, int column) {
 
 // A cached statement in use: prepared for the first use, and ready for the next one however this
 // one ends. One that is not reset would keep its lock on the file. The first failure sticks.
-class Use {
+class StatementUse {
 public:
-    Use(sqlite3* connection, StatementPtr& slot, const char* sql) {
+    StatementUse(sqlite3* connection, StatementPtr& slot, const char* sql) {
         if (slot == nullptr) {
             m_code = sqlite3_prepare_v3(connection, sql, -1, SQLITE_PREPARE_PERSISTENT, Out(slot),
                                         nullptr);
         }
         m_statement = slot.get();
     }
-    Use(const Use&) = delete;
-    Use& operator=(const Use&) = delete;
-    ~Use() {
+    StatementUse(const StatementUse&) = delete;
+    StatementUse& operator=(const StatementUse&) = delete;
+    ~StatementUse() {
         if (m_statement == nullptr) {
             return;
         }
@@ -78,11 +78,11 @@ public:
     }
 
     // `text` must outlive the use.
-    Use& Bind(int index, const std::string& text) {
+    StatementUse& Bind(int index, const std::string& text) {
         return Note(sqlite3_bind_text64(m_statement, index, text.data(), text.size(), SQLITE_STATIC,
                                         SQLITE_UTF8));
     }
-    Use& Bind(int index, int64_t number) {
+    StatementUse& Bind(int index, int64_t number) {
         return Note(sqlite3_bind_int64(m_statement, index, number));
     }
     // Whether there is a row, or another one.
@@ -99,7 +99,7 @@ public:
     [[nodiscard]] int Code() const { return m_code; }
 
 private:
-    Use& Note(int code) {
+    StatementUse& Note(int code) {
         m_code = m_code == SQLITE_OK ? code : m_code;
         return *this;
     }
@@ -168,8 +168,8 @@ int ConfigDatabase::Execute(const char* sql) {
 
 int ConfigDatabase::Select(const std::string& key, ConfigLookup& lookup) {
     m_subject = key;
-    Use select(m_handle.get(), m_select,
-               "SELECT type, value, revision FROM entries WHERE key = ?1");
+    StatementUse select(m_handle.get(), m_select,
+                        "SELECT type, value, revision FROM entries WHERE key = ?1");
     lookup.status = ConfigStatus::kAbsent;
     if (select.Bind(1, key).Step()) {
         lookup.status = ConfigStatus::kOk;
@@ -181,7 +181,7 @@ int ConfigDatabase::Select(const std::string& key, ConfigLookup& lookup) {
 
 int ConfigDatabase::SelectAll(std::vector<ConfigEntry>& entries) {
     m_subject = "a key";
-    Use select(m_handle.get(), m_selectKeys, "SELECT key FROM entries ORDER BY key");
+    StatementUse select(m_handle.get(), m_selectKeys, "SELECT key FROM entries ORDER BY key");
     while (select.Step()) {
         ConfigLookup lookup;
         const std::string key = ColumnText(m_selectKeys.get(), 0);
@@ -198,9 +198,9 @@ int ConfigDatabase::SelectAll(std::vector<ConfigEntry>& entries) {
 int ConfigDatabase::AdvanceSequence() {
     // A number that no clock made, near the largest one above all, would leave no room to rise.
     // The time keeps a file that replaces this one from repeating a revision with another value.
-    return Use(m_handle.get(), m_advance,
-               "UPDATE sequence SET revision = CASE WHEN typeof(revision) = 'integer' AND "
-               "revision BETWEEN 0 AND ?1 + ?2 THEN max(revision + 1, ?1) ELSE ?1 END")
+    return StatementUse(m_handle.get(), m_advance,
+                        "UPDATE sequence SET revision = CASE WHEN typeof(revision) = 'integer' AND "
+                        "revision BETWEEN 0 AND ?1 + ?2 THEN max(revision + 1, ?1) ELSE ?1 END")
         .Bind(1, g_get_real_time())
         .Bind(2, kMaxAheadUs)
         .Run();
@@ -213,18 +213,19 @@ int ConfigDatabase::Write(const std::string& key, const ConfigValue& value) {
         return code;
     }
     const std::string typeName = kTypeNames[static_cast<int>(value.type)];
-    Use write(m_handle.get(), m_write,
-              "INSERT INTO entries VALUES(?1, ?2, ?3, (SELECT revision FROM sequence)) "
-              "ON CONFLICT(key) DO UPDATE SET type = excluded.type, "
-              "value = excluded.value, revision = excluded.revision");
+    StatementUse write(m_handle.get(), m_write,
+                       "INSERT INTO entries VALUES(?1, ?2, ?3, (SELECT revision FROM sequence)) "
+                       "ON CONFLICT(key) DO UPDATE SET type = excluded.type, "
+                       "value = excluded.value, revision = excluded.revision");
     write.Bind(1, key).Bind(2, typeName);
     const bool isText = value.type == ConfigType::kString;
     return (isText ? write.Bind(3, value.text) : write.Bind(3, value.number)).Run();
 }
 
 int ConfigDatabase::Delete(const std::string& key, bool& existed) {
-    const int code =
-        Use(m_handle.get(), m_delete, "DELETE FROM entries WHERE key = ?1").Bind(1, key).Run();
+    const int code = StatementUse(m_handle.get(), m_delete, "DELETE FROM entries WHERE key = ?1")
+                         .Bind(1, key)
+                         .Run();
     existed = code == SQLITE_OK && sqlite3_changes(m_handle.get()) > 0;
     return code;
 }
