@@ -76,13 +76,13 @@ public:
             }
             m_simulator = std::make_unique<TvSim::Simulator>(scenario, m_host.connection.get());
         }
-        m_simulator->SetAdapterPowered(true);
+        m_simulator->SetAdapterPowered(TvSim::Which::kFirst, true);
         bt_adapter_state_e state = BT_ADAPTER_DISABLED;
         EXPECT_TRUE(AwaitThat(
             [&] { return bt_adapter_get_state(&state) == 0 && state == BT_ADAPTER_ENABLED; }));
         Settle();
     }
-    void TurnOff() override { m_simulator->SetAdapterPowered(false); }
+    void TurnOff() override { m_simulator->SetAdapterPowered(TvSim::Which::kFirst, false); }
     bool Advertise(const ManufacturerEntries& entries) override {
         return m_simulator->Advertise({"5E:00:00:00:00:01", true, true, -60, entries});
     }

@@ -9,7 +9,6 @@
 namespace TvSim {
 namespace {
 
-constexpr char kPath[] = "/org/bluez/hci0";
 // bluetoothd shows an adapter before it switches it on (AutoEnable).
 constexpr int kAutoEnableMs = 50;
 
@@ -33,16 +32,23 @@ Properties InitialProperties(const AdapterPlan& plan) {
 
 }  // namespace
 
-Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan, EventSink say)
+Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan,
+                 std::string subject, EventSink say)
     : m_tree(tree),
       m_plan(std::move(plan)),
+      m_subject(std::move(subject)),
       m_say(std::move(say)),
-      m_discovery(connection, m_plan.discoveryTakesMs, m_say,
-                  [this](bool running) { OnDiscovery(running); }),
-      m_devices(tree, kPath, m_plan.forgetsAfterMs,
+      m_discovery(
+          connection, m_plan.discoveryTakesMs, [this](const std::string& what) { SayOwn(what); },
+          [this](bool running) { OnDiscovery(running); }),
+      m_devices(tree, Path(), m_plan.forgetsAfterMs,
                 [this](const std::string& address, MethodCall call) {
                     NeighbourAt(address).OnCall(address, std::move(call));
                 }) {}
+
+std::string Adapter::Path() const {
+    return "/org/bluez/hci" + std::to_string(m_plan.number);
+}
 
 void Adapter::TellNeighbours(void (Neighbour::*what)()) {
     for (const std::unique_ptr<Neighbour>& neighbour : m_neighbours) {
@@ -55,7 +61,16 @@ Neighbour& Adapter::NeighbourAt(const std::string& address) const {
                           [&](const auto& neighbour) { return neighbour->Has(address); });
 }
 
+void Adapter::Begin() {
+    if (m_plan.appearsAfterMs > 0) {
+        m_appearTimer = Timer::Once(m_plan.appearsAfterMs, [this] { SetPresent(true); });
+    } else if (m_plan.present) {
+        SetPresent(true);
+    }
+}
+
 void Adapter::SetPresent(bool present) {
+    m_appearTimer.Cancel();
     if (present == m_present) {
         return;
     }
@@ -65,17 +80,17 @@ void Adapter::SetPresent(bool present) {
         m_present = false;
         m_powered = false;
         m_devices.Clear();
-        m_tree.Remove(kPath);
-        m_say("adapter", "vanished");
+        m_tree.Remove(Path());
+        SayOwn("vanished");
         return;
     }
     m_present = true;
-    m_tree.Add(kPath, {kAdapterInterface, InitialProperties(m_plan),
-                       [this](MethodCall call) { OnCall(std::move(call)); },
-                       [this](const std::string& property, GVariant* value, MethodCall& call) {
-                           return OnSet(property, value, call);
-                       }});
-    m_say("adapter", "appeared");
+    m_tree.Add(Path(), {kAdapterInterface, InitialProperties(m_plan),
+                        [this](MethodCall call) { OnCall(std::move(call)); },
+                        [this](const std::string& property, GVariant* value, MethodCall& call) {
+                            return OnSet(property, value, call);
+                        }});
+    SayOwn("appeared");
     TellNeighbours(&Neighbour::OnAdapterAppeared);
     const int powersOnAfterMs = m_plan.powered ? kAutoEnableMs : m_plan.powersOnAfterMs;
     if (powersOnAfterMs > 0) {
@@ -84,18 +99,30 @@ void Adapter::SetPresent(bool present) {
 }
 
 void Adapter::SetPowered(bool powered) {
-    if (powered == m_powered || !m_present) {
+    if (!m_present) {
+        m_plan.powered = powered;
+        return;
+    }
+    if (powered == m_powered) {
         return;
     }
     if (!powered) {
         LosePower();
     }
     m_powered = powered;
-    m_tree.Change(kPath, kAdapterInterface, {{"Powered", Bool(powered)}});
-    m_say("adapter", powered ? "powered on" : "powered off");
+    m_tree.Change(Path(), kAdapterInterface, {{"Powered", Bool(powered)}});
+    SayOwn(powered ? "powered on" : "powered off");
     if (powered) {
         TellNeighbours(&Neighbour::OnAdapterPoweredOn);
     }
+}
+
+void Adapter::Renumber(int number) {
+    const bool wasPresent = m_present;
+    SetPresent(false);
+    m_plan.number = number;
+    m_devices.SetAdapterPath(Path());
+    SetPresent(wasPresent);
 }
 
 bool Adapter::Hear(const Advertisement& advertisement) {
@@ -140,7 +167,7 @@ bool Adapter::OnSet(const std::string& property, GVariant* value, MethodCall& ca
 }
 
 void Adapter::OnDiscovery(bool running) {
-    m_tree.Change(kPath, kAdapterInterface, {{"Discovering", Bool(running)}});
+    m_tree.Change(Path(), kAdapterInterface, {{"Discovering", Bool(running)}});
     if (running) {
         TellNeighbours(&Neighbour::OnDiscoveryStarted);
         if (m_plan.pulledAfterMs > 0) {

@@ -31,27 +31,32 @@ public:
     virtual void OnDeviceRemoved() {}
 };
 
-// The adapter /org/bluez/hci0 with its discovery and its devices.
+// An adapter, /org/bluez/hciN, with its discovery and its devices.
 class Adapter {
 public:
-    // The tree and the connection must outlive it. It is not on the bus until SetPresent(true).
-    Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan, EventSink say);
+    // The tree and the connection must outlive it. It is not on the bus before Begin(). `subject`
+    // is whom events tell of.
+    Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan, std::string subject,
+            EventSink say);
 
     // The neighbour hears of everything from now on. The last one must have every address.
     void Add(std::unique_ptr<Neighbour> neighbour) { m_neighbours.push_back(std::move(neighbour)); }
 
+    [[nodiscard]] bool Present() const { return m_present; }
     [[nodiscard]] bool Powered() const { return m_present && m_powered; }
     // For any program.
     [[nodiscard]] bool Discovering() const { return m_discovery.Running(); }
     [[nodiscard]] DeviceTable& Devices() { return m_devices; }
     void Say(const std::string& subject, const std::string& what) const { m_say(subject, what); }
-    // Numbers media transports; none comes twice.
-    [[nodiscard]] int NextTransport() { return m_nextTransport++; }
 
+    // The daemon is up: the adapter appears when its plan says.
+    void Begin();
     // Plugs it in or pulls it out.
     void SetPresent(bool present);
     // Of an absent adapter: how it will be when it appears.
     void SetPowered(bool powered);
+    // A present one is pulled and comes back at once.
+    void Renumber(int number);
     // A transmission nearby; whether the TV heard it.
     bool Hear(const Advertisement& advertisement);
 
@@ -61,18 +66,21 @@ private:
     void OnDiscovery(bool running);
     void RemoveDevice(MethodCall call);
     void LosePower();
+    [[nodiscard]] std::string Path() const;
+    void SayOwn(const std::string& what) const { m_say(m_subject, what); }
     void TellNeighbours(void (Neighbour::*what)());
     [[nodiscard]] Neighbour& NeighbourAt(const std::string& address) const;
 
     ObjectTree& m_tree;
     AdapterPlan m_plan;
+    const std::string m_subject;
     EventSink m_say;
     bool m_present = false;
     bool m_powered = false;
-    int m_nextTransport = 0;
     Discovery m_discovery;
     DeviceTable m_devices;
     std::vector<std::unique_ptr<Neighbour>> m_neighbours;
+    Timer m_appearTimer;
     Timer m_powerTimer;
 };
 

@@ -21,6 +21,8 @@ public:
     // `onCall` takes the calls to every device. The tree must outlive the table.
     DeviceTable(ObjectTree& tree, std::string adapterPath, int forgetsAfterMs, CallHandler onCall);
 
+    // Of an empty table.
+    void SetAdapterPath(const std::string& path) { m_adapterPath = path; }
     [[nodiscard]] std::string PathOf(const std::string& address) const;
 
     // Adds what storage or a phone's own connection tells of a device; an object that is there

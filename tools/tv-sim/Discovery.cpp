@@ -85,7 +85,8 @@ struct Discovery::Client {
     BusWatch watch;
 };
 
-Discovery::Discovery(GDBusConnection* connection, int startMs, EventSink say,
+Discovery::Discovery(GDBusConnection* connection, int startMs,
+                     std::function<void(const std::string&)> say,
                      std::function<void(bool)> onRunning)
     : m_connection(connection),
       m_startMs(startMs),
@@ -122,7 +123,7 @@ void Discovery::Start(MethodCall call) {
         call.FailBluez("InProgress", "Operation already in progress");
         return;
     }
-    m_say("adapter", "discovery started by " + call.Sender());
+    m_say("discovery started by " + call.Sender());
     Begin(client, State::kStarting, State::kActive, m_startMs, std::move(call));
 }
 
@@ -137,7 +138,7 @@ void Discovery::Stop(MethodCall call) {
         call.FailBluez("InProgress", "Operation already in progress");
         return;
     }
-    m_say("adapter", "discovery stopped by " + call.Sender());
+    m_say("discovery stopped by " + call.Sender());
     Begin(client, State::kStopping, State::kNone, kStopMs, std::move(call));
 }
 
@@ -195,7 +196,7 @@ void Discovery::OnClientGone(GDBusConnection* /*connection*/, const char* name,
     const auto found = self->m_clients.find(name);
     if (found != self->m_clients.end()) {
         if (found->second->state != State::kNone) {
-            self->m_say("adapter", "discovery ended, " + found->first + " left the bus");
+            self->m_say("discovery ended, " + found->first + " left the bus");
         }
         self->m_clients.erase(found);
         self->FollowSessions();

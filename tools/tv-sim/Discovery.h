@@ -10,7 +10,8 @@
 #include <vector>
 
 #include "common/Source.h"
-#include "tools/tv-sim/ObjectTree.h"
+#include "tools/tv-sim/MethodCall.h"
+#include "tools/tv-sim/Plans.h"
 
 namespace TvSim {
 
@@ -21,7 +22,8 @@ class Discovery {
 public:
     // A session begins `startMs` after it was asked for. `onRunning` hears when the first one
     // begins (true) and when the last one ends.
-    Discovery(GDBusConnection* connection, int startMs, EventSink say,
+    Discovery(GDBusConnection* connection, int startMs,
+              std::function<void(const std::string& what)> say,
               std::function<void(bool running)> onRunning);
     ~Discovery();
 
@@ -53,7 +55,7 @@ private:
 
     GDBusConnection* m_connection;  // not owned
     int m_startMs;
-    EventSink m_say;
+    std::function<void(const std::string&)> m_say;
     std::function<void(bool)> m_onRunning;
     std::map<std::string, std::unique_ptr<Client>> m_clients;  // by unique name
     bool m_running = false;

@@ -63,11 +63,10 @@ struct ObjectTree::Delivery {
     MethodCall call;
 };
 
-ObjectTree::ObjectTree(GDBusConnection* connection, const AdapterPlan& faults, EventSink say)
+ObjectTree::ObjectTree(GDBusConnection* connection, CallFaults faults, EventSink say)
     : m_connection(static_cast<GDBusConnection*>(g_object_ref(connection))),
       m_say(std::move(say)),
-      m_silentMethods(faults.silentMethods.begin(), faults.silentMethods.end()),
-      m_refusals(faults.refusedOnce.begin(), faults.refusedOnce.end()),
+      m_faults(std::move(faults)),
       m_self(std::make_shared<ObjectTree*>(this)),
       m_filterId(g_dbus_connection_add_filter(
           connection, OnMessage, new std::shared_ptr<ObjectTree*>(m_self),
@@ -110,6 +109,11 @@ GDBusMessage* ObjectTree::OnMessage(GDBusConnection* connection, GDBusMessage* m
         },
         delivery.release(), [](gpointer data) noexcept { delete static_cast<Delivery*>(data); });
     return nullptr;
+}
+
+void ObjectTree::Crash() {
+    m_hasCrashed = true;
+    m_objects.clear();
 }
 
 void ObjectTree::Add(const std::string& path, Interface interface) {
@@ -171,11 +175,14 @@ GVariant* ObjectTree::Get(const std::string& path, const std::string& interface,
 }
 
 void ObjectTree::Dispatch(MethodCall call) {
-    if (m_silentMethods.count(call.Method()) != 0) {
+    if (m_hasCrashed) {
+        return;
+    }
+    if (m_faults.silentMethods.count(call.Method()) != 0) {
         m_say("bus", call.Method() + " of " + call.Sender() + " never answered");
         return;
     }
-    if (const auto refusal = m_refusals.extract(call.Method())) {
+    if (const auto refusal = m_faults.refusedOnce.extract(call.Method())) {
         m_say("bus", call.Method() + " of " + call.Sender() + " refused");
         call.Fail(refusal.mapped(), "refused once");
         return;

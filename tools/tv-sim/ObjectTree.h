@@ -5,13 +5,12 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "common/CHandle.h"
 #include "tools/tv-sim/MethodCall.h"
-#include "tools/tv-sim/Scenario.h"
+#include "tools/tv-sim/Plans.h"
 
 namespace TvSim {
 
@@ -56,7 +55,7 @@ inline GVariant* NewDictionary(const Properties& properties) {
 }
 
 // Takes what happens in the simulated world, one short sentence each: `subject` is "bus",
-// "adapter", "strangers" or "phone NAME". Called on the simulator's thread.
+// "adapter", "adapter second", "strangers" or "phone NAME". Called on the simulator's thread.
 using EventSink = std::function<void(const std::string& subject, const std::string& what)>;
 
 // The objects of the simulated daemon on a bus connection: the object manager on "/", properties,
@@ -78,12 +77,18 @@ public:
     };
     using Interfaces = std::map<std::string, Interface>;  // by name
 
-    // `faults`: its methods that are never answered, of any interface, and those whose next call is
-    // refused.
-    ObjectTree(GDBusConnection* connection, const AdapterPlan& faults, EventSink say);
+    ObjectTree(GDBusConnection* connection, CallFaults faults, EventSink say);
     ~ObjectTree();
     ObjectTree(const ObjectTree&) = delete;
     ObjectTree& operator=(const ObjectTree&) = delete;
+
+    // What is done with the calls that come from now on.
+    [[nodiscard]] CallFaults& Faults() { return m_faults; }
+    // Numbers media transports; none comes twice.
+    [[nodiscard]] int NextTransport() { return m_nextTransport++; }
+    // Forgets every object without a word; from now on it takes calls, says nothing and signals
+    // nothing.
+    void Crash();
 
     // Adds the interface to the object, which is made when it is not there, and announces it.
     void Add(const std::string& path, Interface interface);
@@ -115,8 +120,9 @@ private:
     GObjectPtr<GDBusConnection> m_connection;
     EventSink m_say;
     std::map<std::string, Interfaces> m_objects;  // by path
-    std::set<std::string> m_silentMethods;
-    std::map<std::string, std::string> m_refusals;  // error by method
+    CallFaults m_faults;
+    int m_nextTransport = 0;
+    bool m_hasCrashed = false;
     // This, for calls that are on their way to the main loop; null in them when this has gone.
     std::shared_ptr<ObjectTree*> m_self;
     guint m_filterId;

@@ -14,7 +14,9 @@ constexpr int kReactMs = 15;
 constexpr int kOwnControlDelayMs = 2000;
 // How long an idle link lives when its last profile was closed.
 constexpr int kIdleLinkMs = 2000;
+// Until a connection fails: of a phone that was never paired, and of one that forgot the TV.
 constexpr int kUnpairedMs = 500;
+constexpr int kForgottenMs = 24;
 
 // SBC, everything that it can do, and the configuration that phones choose.
 constexpr unsigned char kSbcCodec = 0;
@@ -30,16 +32,47 @@ bool IsSource(const MethodCall& call) {
 }  // namespace
 
 Phone::Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter)
-    : m_plan(std::move(plan)),
-      m_tree(tree),
-      m_adapter(adapter),
-      m_path(adapter.Devices().PathOf(m_plan.address)),
-      m_playerPath(m_path + "/player0"),
-      m_bonded(m_plan.bonded),
-      m_status(m_plan.playerStatus) {}
+    : m_plan(std::move(plan)), m_tree(tree), m_adapter(adapter) {}
+
+void Phone::SetPlan(PhonePlan plan) {
+    plan.id = m_plan.id;
+    plan.address = m_plan.address;
+    plan.adapter = m_plan.adapter;
+    plan.bonded = m_plan.bonded;
+    plan.forgotTv = m_plan.forgotTv;
+    const std::string status = std::exchange(plan.playerStatus, m_plan.playerStatus);
+    m_plan = std::move(plan);
+    if (!m_connected || (HasPlayer() && status != "none")) {
+        SetStatus(status);
+    }
+    if (m_adapter.Discovering()) {
+        m_advertiseTimer.Cancel();
+        OnDiscoveryStarted();
+    }
+}
+
+void Phone::Pair() {
+    m_plan.forgotTv = false;
+    if (!std::exchange(m_plan.bonded, true) && m_adapter.Present()) {
+        ShowDevice();
+    }
+    Say("is paired");
+}
+
+void Phone::LoseBond() {
+    OnDeviceRemoved();
+    m_adapter.Devices().Remove(m_plan.address);
+    Say("was removed on the TV");
+}
+
+void Phone::ForgetTv() {
+    m_plan.forgotTv = true;
+    Disconnect();
+    Say("forgot the TV");
+}
 
 bool Phone::ConnectByItself() {
-    if (!m_bonded || !m_adapter.Powered() || m_connected) {
+    if (!m_plan.bonded || m_plan.forgotTv || !m_adapter.Powered() || m_connected) {
         Say("cannot connect by itself");
         return false;
     }
@@ -60,26 +93,30 @@ void Phone::Disconnect() {
 
 void Phone::SetStatus(const std::string& status) {
     const bool played = Playing();
-    m_status = status;
+    m_plan.playerStatus = status;
     if (!m_connected) {
         return;
     }
     if (m_statusTold) {
-        m_tree.Change(m_playerPath, kPlayerInterface, {{"Status", Text(m_status)}});
+        m_tree.Change(PlayerPath(), kPlayerInterface, {{"Status", Text(status)}});
     }
     if (Playing() != played) {
         SetStreaming(Playing());
-        Say(Playing() ? "plays" : "is " + m_status);
+        Say(Playing() ? "plays" : "is " + status);
     }
 }
 
 void Phone::OnAdapterAppeared() {
-    if (m_bonded) {
-        m_adapter.Devices().AddBonded(m_plan);
-        m_tree.Add(m_path, {kControlInterface,
-                            {{"Connected", Bool(false)}},
-                            [this](MethodCall call) { OnControlCall(std::move(call)); }});
+    if (m_plan.bonded) {
+        ShowDevice();
     }
+}
+
+void Phone::ShowDevice() {
+    m_adapter.Devices().AddBonded(m_plan);
+    m_tree.Add(DevicePath(), {kControlInterface,
+                              {{"Connected", Bool(false)}},
+                              [this](MethodCall call) { OnControlCall(std::move(call)); }});
 }
 
 void Phone::OnAdapterPoweredOn() {
@@ -129,7 +166,7 @@ void Phone::OnCall(const std::string& /*address*/, MethodCall call) {
         OnDisconnectCall(std::move(call));
     } else if (method == "DisconnectProfile") {
         OnDisconnectProfileCall(std::move(call));
-    } else if (method == "Pair" && m_bonded) {
+    } else if (method == "Pair" && m_plan.bonded) {
         call.FailBluez("AlreadyExists", "Already Exists");
     } else {
         call.FailBluez("NotSupported", "Operation is not supported");
@@ -137,7 +174,7 @@ void Phone::OnCall(const std::string& /*address*/, MethodCall call) {
 }
 
 void Phone::OnDeviceRemoved() {
-    m_bonded = false;
+    m_plan.bonded = false;
     OnAdapterLosesPower();
 }
 
@@ -159,8 +196,9 @@ void Phone::AskConnection(MethodCall call) {
     m_pendingConnect.emplace(std::move(call));
     const ConnectAnswer answer =
         std::exchange(m_plan.firstConnect, std::nullopt).value_or(m_plan.connect);
-    if (!m_bonded) {
-        m_connectTimer = Timer::Once(kUnpairedMs, [this] { Fail("br-connection-unknown"); });
+    if (!m_plan.bonded || m_plan.forgotTv) {
+        m_connectTimer = Timer::Once(m_plan.bonded ? kForgottenMs : kUnpairedMs,
+                                     [this] { Fail("br-connection-unknown"); });
     } else if (answer.kind != ConnectAnswer::Kind::kNever) {
         m_connectTimer = Timer::Once(m_plan.connectAfterMs, [this, answer] { Finish(answer); });
     }
@@ -260,17 +298,17 @@ void Phone::OpenLink(int controlAfterMs) {
 }
 
 void Phone::ShowStream() {
-    const std::string endpointPath = m_path + "/sep1";
-    m_transportPath = endpointPath + "/fd" + std::to_string(m_adapter.NextTransport());
+    const std::string endpointPath = DevicePath() + "/sep1";
+    m_transportPath = endpointPath + "/fd" + std::to_string(m_tree.NextTransport());
     m_tree.Add(endpointPath, {kEndpointInterface,
                               {{"UUID", Text(kSourceUuid)},
                                {"Codec", Own(g_variant_new_byte(kSbcCodec))},
                                {"Capabilities", Own(NewBytes(kCapabilities))},
-                               {"Device", Path(m_path)},
+                               {"Device", Path(DevicePath())},
                                {"DelayReporting", Bool(false)}}});
     // The transport carries the TV's own role. It is the audio daemon's to acquire, nobody else's.
     m_tree.Add(m_transportPath, {kTransportInterface,
-                                 {{"Device", Path(m_path)},
+                                 {{"Device", Path(DevicePath())},
                                   {"UUID", Text(kSinkUuid)},
                                   {"Codec", Own(g_variant_new_byte(kSbcCodec))},
                                   {"Configuration", Own(NewBytes(kConfiguration))},
@@ -295,27 +333,27 @@ void Phone::EndLink() {
     m_playerTimer.Cancel();
     m_reactTimer.Cancel();
     m_goTimer.Cancel();
-    const bool hadPlayer = m_tree.Get(m_playerPath, kPlayerInterface, "Device") != nullptr;
-    m_tree.Remove(m_playerPath);
-    if (GVariant* control = m_tree.Get(m_path, kControlInterface, "Connected");
+    const bool hadPlayer = m_tree.Get(PlayerPath(), kPlayerInterface, "Device") != nullptr;
+    m_tree.Remove(PlayerPath());
+    if (GVariant* control = m_tree.Get(DevicePath(), kControlInterface, "Connected");
         control != nullptr && g_variant_get_boolean(control) != FALSE) {
-        m_tree.Change(m_path, kControlInterface, {{"Connected", Bool(false)}},
+        m_tree.Change(DevicePath(), kControlInterface, {{"Connected", Bool(false)}},
                       hadPlayer ? std::vector<std::string>{"Player"} : std::vector<std::string>());
     }
-    m_tree.Remove(m_path + "/sep1");
+    m_tree.Remove(DevicePath() + "/sep1");
     m_adapter.Devices().SetConnected(m_plan.address, false);
     Say("disconnected");
 }
 
 // The player appears without a status, as phones tell it only when they are asked.
 void Phone::ShowPlayer() {
-    m_tree.Change(m_path, kControlInterface, {{"Connected", Bool(true)}});
+    m_tree.Change(DevicePath(), kControlInterface, {{"Connected", Bool(true)}});
     if (HasPlayer()) {
-        m_tree.Add(m_playerPath,
+        m_tree.Add(PlayerPath(),
                    {kPlayerInterface,
-                    {{"Device", Path(m_path)}, {"Position", Own(g_variant_new_uint32(0))}},
+                    {{"Device", Path(DevicePath())}, {"Position", Own(g_variant_new_uint32(0))}},
                     [this](MethodCall call) { OnControlCall(std::move(call)); }});
-        m_tree.Change(m_path, kControlInterface, {{"Player", Path(m_playerPath)}});
+        m_tree.Change(DevicePath(), kControlInterface, {{"Player", Path(PlayerPath())}});
         Say("player appeared");
         m_playerTimer = Timer::Once(m_plan.statusAfterMs, [this] { TellStatus(); });
     }
@@ -323,8 +361,8 @@ void Phone::ShowPlayer() {
 
 void Phone::TellStatus() {
     m_statusTold = true;
-    m_tree.Change(m_playerPath, kPlayerInterface, {{"Status", Text(m_status)}});
-    Say("tells its status " + m_status);
+    m_tree.Change(PlayerPath(), kPlayerInterface, {{"Status", Text(m_plan.playerStatus)}});
+    Say("tells its status " + m_plan.playerStatus);
 }
 
 }  // namespace TvSim

@@ -10,14 +10,23 @@
 
 namespace TvSim {
 
-// One simulated phone: it does what its plan says, and at any time what the functions below say.
+// One simulated phone within one adapter's reach: it does what its plan says, and at any time what
+// the functions below say.
 class Phone : public Neighbour {
 public:
     // The tree and the adapter must outlive it.
     Phone(PhonePlan plan, ObjectTree& tree, Adapter& adapter);
 
+    // As it is now.
     [[nodiscard]] const PhonePlan& Plan() const { return m_plan; }
+    // What it does from now on: its next connection, its next advertisements (as if a discovery
+    // began now). Who it is, its bond and, while it is connected, whether it has a player stay.
+    void SetPlan(PhonePlan plan);
 
+    // The user pairs it, removes it on the TV, or removes the TV on the phone.
+    void Pair();
+    void LoseBond();
+    void ForgetTv();
     // False when it cannot: not bonded, the adapter is off, or it is connected.
     bool ConnectByItself();
     void Disconnect();
@@ -37,9 +46,15 @@ public:
     void OnDeviceRemoved() override;
 
 private:
-    [[nodiscard]] bool Playing() const { return m_status == "playing"; }
+    [[nodiscard]] bool Playing() const { return m_plan.playerStatus == "playing"; }
     [[nodiscard]] bool HasPlayer() const { return m_plan.playerStatus != "none"; }
+    // Of its device.
+    [[nodiscard]] std::string DevicePath() const {
+        return m_adapter.Devices().PathOf(m_plan.address);
+    }
+    [[nodiscard]] std::string PlayerPath() const { return DevicePath() + "/player0"; }
     void Say(const std::string& what) const { m_adapter.Say("phone " + m_plan.id, what); }
+    void ShowDevice();
     void Advertise();
     void AskConnection(MethodCall call);
     void Finish(const ConnectAnswer& answer);
@@ -62,12 +77,8 @@ private:
     PhonePlan m_plan;
     ObjectTree& m_tree;
     Adapter& m_adapter;
-    const std::string m_path;  // of its device
-    const std::string m_playerPath;
     std::string m_transportPath;  // of its stream, while it is connected
-    bool m_bonded;
     bool m_connected = false;
-    std::string m_status;  // of its player
     bool m_statusTold = false;
     int m_sent = 0;  // advertisements of this discovery
     std::optional<MethodCall> m_pendingConnect;

@@ -3,15 +3,11 @@
 #include "tools/tv-sim/Scenario.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 #include <filesystem>
-#include <functional>
-#include <set>
 #include <sstream>
 
-#include "common/CHandle.h"
 #include "tools/tv-sim/Address.h"
+#include "tools/tv-sim/KeyReader.h"
 
 namespace TvSim {
 namespace {
@@ -19,121 +15,6 @@ namespace {
 constexpr int kHourMs = 3600 * 1000;
 // Reserved for tests; nobody's product sends it.
 constexpr std::uint16_t kTestCompany = 0xFFFF;
-
-// The whole text as a decimal or 0x number; empty when it is not one or is out of range.
-std::optional<long> ParseNumber(const std::string& text, long least, long most) {
-    const bool hexadecimal = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
-    char* end = nullptr;
-    errno = 0;
-    const long value = std::strtol(text.c_str(), &end, hexadecimal ? 16 : 10);
-    if (text.empty() || *end != '\0' || errno != 0 || value < least || value > most) {
-        return std::nullopt;
-    }
-    return value;
-}
-
-// Reads the keys of one section. A key that is absent leaves its target as it is; the first one
-// that is malformed, and by Finish() the first one that nobody asked for, sets the error.
-class KeyReader {
-public:
-    // `error` is set once, when it is empty. Both must outlive the reader.
-    KeyReader(GKeyFile* file, std::string section, std::string& error)
-        : m_file(file), m_section(std::move(section)), m_error(error) {}
-
-    // `parse` answers whether the text was fine; `wanted` says what is.
-    void Read(const char* key, const std::string& wanted,
-              const std::function<bool(const std::string& text)>& parse) {
-        m_known.insert(key);
-        if (g_key_file_has_key(m_file, m_section.c_str(), key, nullptr) == FALSE) {
-            return;
-        }
-        const GStringPtr text(g_key_file_get_string(m_file, m_section.c_str(), key, nullptr));
-        if (text == nullptr) {
-            Fail(key, "holds a malformed text");
-        } else if (!parse(text.get())) {
-            Fail(key, "'" + std::string(text.get()) + "' is not " + wanted);
-        }
-    }
-
-    // Any text.
-    template <typename Text>
-    void Read(const char* key, Text& target) {
-        Read(key, "", [&](const std::string& text) {
-            target = text;
-            return true;
-        });
-    }
-
-    void Read(const char* key, const char* wanted, const std::set<std::string>& values,
-              std::string& target) {
-        Read(key, wanted, [&](const std::string& text) {
-            target = text;
-            return values.count(text) != 0;
-        });
-    }
-
-    void Read(const char* key, bool& target) {
-        Read(key, "true or false", [&](const std::string& text) {
-            target = text == "true";
-            return text == "true" || text == "false";
-        });
-    }
-
-    template <typename Number>
-    void Read(const char* key, Number& target, long least, long most) {
-        Read(key, "a number from " + std::to_string(least) + " to " + std::to_string(most),
-             [&](const std::string& text) {
-                 const std::optional<long> number = ParseNumber(text, least, most);
-                 target = static_cast<Number>(number.value_or(least));
-                 return number.has_value();
-             });
-    }
-
-    // Items separated by ';'.
-    void Read(const char* key, std::vector<std::string>& target) {
-        m_known.insert(key);
-        const GStrvPtr list(
-            g_key_file_get_string_list(m_file, m_section.c_str(), key, nullptr, nullptr));
-        if (list != nullptr) {
-            target.assign(list.get(), list.get() + g_strv_length(list.get()));
-        }
-    }
-
-    // NAME<separator>VALUE items, separated by ';'.
-    void Read(const char* key, char separator, Pairs& pairs) {
-        std::vector<std::string> items;
-        Read(key, items);
-        for (const std::string& item : items) {
-            const std::size_t at = item.find(separator);
-            if (at == std::string::npos || at == 0) {
-                Fail(key, "'" + item + "' is not NAME" + std::string(1, separator) + "VALUE");
-                return;
-            }
-            pairs.emplace_back(item.substr(0, at), item.substr(at + 1));
-        }
-    }
-
-    void Finish() {
-        const GStrvPtr keys(g_key_file_get_keys(m_file, m_section.c_str(), nullptr, nullptr));
-        for (char** key = keys.get(); key != nullptr && *key != nullptr; ++key) {
-            if (m_known.count(*key) == 0) {
-                Fail(*key, "is not a key of this section");
-            }
-        }
-    }
-
-    void Fail(const std::string& key, const std::string& problem) {
-        if (m_error.empty()) {
-            m_error = "[" + m_section + "] " + key + ": " + problem;
-        }
-    }
-
-private:
-    GKeyFile* m_file;  // not owned
-    std::string m_section;
-    std::string& m_error;
-    std::set<std::string> m_known;
-};
 
 // COMPANY:HEXBYTES, several separated by ';'.
 bool ParseManufacturerData(const std::string& text, ManufacturerData& data) {
@@ -168,6 +49,7 @@ void ReadAdapter(KeyReader& keys, AdapterPlan& adapter) {
     keys.Read("address", "an address",
               [&](const std::string& text) { return ParseAddress(text, adapter.address); });
     keys.Read("name", adapter.name);
+    keys.Read("number", adapter.number, 0, 999);
     keys.Read("present", adapter.present);
     keys.Read("powered", adapter.powered);
     keys.Read("appears-after-ms", adapter.appearsAfterMs, 0, kHourMs);
@@ -176,8 +58,15 @@ void ReadAdapter(KeyReader& keys, AdapterPlan& adapter) {
     keys.Read("forgets-after-ms", adapter.forgetsAfterMs, 1, kHourMs);
     keys.Read("discovery-takes-ms", adapter.discoveryTakesMs, 0, kHourMs);
     keys.Read("knows-pattern", adapter.knowsPattern);
-    keys.Read("silent-methods", adapter.silentMethods);
-    keys.Read("refused-once", ':', adapter.refusedOnce);
+}
+
+void ReadFaults(KeyReader& keys, CallFaults& faults) {
+    std::vector<std::string> silentMethods;
+    keys.Read("silent-methods", silentMethods);
+    faults.silentMethods.insert(silentMethods.begin(), silentMethods.end());
+    Pairs refusedOnce;
+    keys.Read("refused-once", ':', refusedOnce);
+    faults.refusedOnce.insert(refusedOnce.begin(), refusedOnce.end());
 }
 
 void ReadAdvertising(KeyReader& keys, PhonePlan& phone) {
@@ -212,6 +101,10 @@ void ReadPhone(KeyReader& keys, const std::string& id, Scenario& scenario) {
     PhonePlan phone = MakePhone(id, address);
     keys.Read("name", phone.name);
     keys.Read("registered", "on, off or no", {"on", "off", "no"}, phone.registered);
+    keys.Read("adapter", "first or second", [&](const std::string& text) {
+        phone.adapter = text == "second" ? Which::kSecond : Which::kFirst;
+        return text == "first" || text == "second";
+    });
     keys.Read("bonded", phone.bonded);
     keys.Read("class", phone.deviceClass, 0, 0xFFFFFF);
     keys.Read("modalias", phone.modalias);
@@ -286,6 +179,10 @@ void ReadSection(GKeyFile* file, const std::string& section, Scenario& scenario,
         keys.Read("description", scenario.description);
     } else if (section == "adapter") {
         ReadAdapter(keys, scenario.adapter);
+        ReadFaults(keys, scenario.faults);
+    } else if (section == "adapter second") {
+        scenario.secondAdapter.present = true;
+        ReadAdapter(keys, scenario.secondAdapter);
     } else if (section == "strangers") {
         ReadStrangers(keys, scenario.strangers);
     } else if (section == "tv") {
@@ -302,8 +199,14 @@ void ReadSection(GKeyFile* file, const std::string& section, Scenario& scenario,
     keys.Finish();
 }
 
-// Every phone that a section names must be there, whichever section comes first.
-void CheckPhoneNames(const Scenario& scenario, std::string& error) {
+// What one section says and another one must fit, whichever comes first: every phone that is named
+// is there.
+void CheckWhole(const Scenario& scenario, std::string& error) {
+    const AdapterPlan& second = scenario.secondAdapter;
+    if (error.empty() && second.number == scenario.adapter.number &&
+        (second.present || second.appearsAfterMs > 0)) {
+        error = "[adapter] number: is that of the second adapter";
+    }
     const auto check = [&](const char* where, const std::string& phone) {
         if (error.empty() && !phone.empty() && scenario.FindPhone(phone) == nullptr) {
             error = std::string(where) + ": there is no phone '" + phone + "'";
@@ -356,7 +259,7 @@ std::optional<Scenario> ReadScenario(const std::string& file, std::string& error
     for (char** section = sections.get(); *section != nullptr; ++section) {
         ReadSection(keyFile.get(), *section, scenario, problem);
     }
-    CheckPhoneNames(scenario, problem);
+    CheckWhole(scenario, problem);
     if (!problem.empty()) {
         error = file + ": " + problem;
         return std::nullopt;

@@ -12,6 +12,7 @@ begin with '#'. Every section and key may be left out except a phone's address. 
   description=               one line, for lists of scenarios
 
 [adapter]                    the TV's Bluetooth adapter
+  number=0                   of its path, /org/bluez/hciN
   address=00:AA:01:00:00:00
   name=tv
   present=true               false: there is none, until appears-after-ms
@@ -22,13 +23,18 @@ begin with '#'. Every section and key may be left out except a phone's address. 
   forgets-after-ms=30000     a device that is not bonded is forgotten, after it was heard last
   discovery-takes-ms=5       from the request until it runs and the request is answered
   knows-pattern=true         false: an older bluetoothd, a discovery filter has no Pattern
+                             and what bluetoothd does with calls:
   silent-methods=            methods of org.bluez that are never answered, e.g. StartDiscovery;Play
   refused-once=              METHOD:ERROR;... the first call of the method is refused with the error
+
+[adapter second]             another one, when this section is there: the keys of [adapter] but for
+                             calls; number=1, name=tv #2, address=00:AA:01:00:00:01
 
 [phone NAME]                 any number of them
   address=AA:BB:CC:DD:EE:FF  needed
   name=NAME                  what the phone calls itself
   registered=on              on, off or no: how the runner registers it with the service
+  adapter=first              first or second: which one is in its reach and has its bond
   bonded=true
   class=0x5A020C
   modalias=usb:v1D6Bp0246d0542

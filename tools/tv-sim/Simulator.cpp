@@ -8,18 +8,23 @@ namespace TvSim {
 
 Simulator::Simulator(Scenario scenario, GDBusConnection* connection, EventSink say,
                      std::function<void()> onNameLost)
-    : m_scenario(std::move(scenario)),
-      m_say(say ? std::move(say) : [](const std::string&, const std::string&) {}),
-      m_tree(connection, m_scenario.adapter, m_say),
-      m_adapter(m_tree, connection, m_scenario.adapter, m_say),
+    : m_say(say ? std::move(say) : [](const std::string&, const std::string&) {}),
+      m_tree(connection, std::move(scenario.faults), m_say),
       m_onNameLost(std::move(onNameLost)) {
-    for (const PhonePlan& plan : m_scenario.phones) {
-        auto phone = std::make_unique<Phone>(plan, m_tree, m_adapter);
+    m_adapters[Which::kFirst] =
+        std::make_unique<Adapter>(m_tree, connection, scenario.adapter, "adapter", m_say);
+    m_adapters[Which::kSecond] = std::make_unique<Adapter>(
+        m_tree, connection, scenario.secondAdapter, "adapter second", m_say);
+    for (const PhonePlan& plan : scenario.phones) {
+        Adapter& adapter = *At(plan.adapter);
+        auto phone = std::make_unique<Phone>(plan, m_tree, adapter);
         m_phones[plan.id] = phone.get();
-        m_adapter.Add(std::move(phone));
+        adapter.Add(std::move(phone));
     }
-    m_adapter.Add(MakeStrangers(m_scenario.strangers, m_adapter));
-    m_adapter.Add(MakeNobody());
+    for (const auto& [which, adapter] : m_adapters) {
+        adapter->Add(MakeStrangers(scenario.strangers, *adapter));
+        adapter->Add(MakeNobody());
+    }
     m_nameOwner = g_bus_own_name_on_connection(
         connection, "org.bluez", G_BUS_NAME_OWNER_FLAGS_DO_NOT_QUEUE,
         [](GDBusConnection* /*connection*/, const char* /*name*/, gpointer self) noexcept {
@@ -32,9 +37,23 @@ Simulator::Simulator(Scenario scenario, GDBusConnection* connection, EventSink s
 }
 
 Simulator::~Simulator() {
-    m_adapter.SetPowered(false);
-    m_adapter.SetPresent(false);
-    g_bus_unown_name(m_nameOwner);
+    for (const auto& [which, adapter] : m_adapters) {
+        adapter->SetPowered(false);
+        adapter->SetPresent(false);
+    }
+    if (m_nameOwner != 0) {
+        g_bus_unown_name(m_nameOwner);
+    }
+}
+
+void Simulator::Crash() {
+    m_tree.Crash();
+    m_phones.clear();
+    m_adapters.clear();
+    m_say("bus", "crashed");
+    if (m_nameOwner != 0) {
+        g_bus_unown_name(std::exchange(m_nameOwner, 0U));
+    }
 }
 
 Phone* Simulator::FindPhone(const std::string& id) const {
@@ -42,13 +61,38 @@ Phone* Simulator::FindPhone(const std::string& id) const {
     return found == m_phones.end() ? nullptr : found->second;
 }
 
+Adapter* Simulator::At(Which which) const {
+    const auto found = m_adapters.find(which);
+    return found == m_adapters.end() ? nullptr : found->second.get();
+}
+
+void Simulator::SetAdapterPresent(Which which, bool present) {
+    if (Adapter* adapter = At(which)) {
+        adapter->SetPresent(present);
+    }
+}
+
+void Simulator::SetAdapterPowered(Which which, bool powered) {
+    if (Adapter* adapter = At(which)) {
+        adapter->SetPowered(powered);
+    }
+}
+
+void Simulator::RenumberAdapter(Which which, int number) {
+    if (Adapter* adapter = At(which)) {
+        adapter->Renumber(number);
+    }
+}
+
+bool Simulator::Advertise(const Advertisement& advertisement, Which which) {
+    Adapter* adapter = At(which);
+    return adapter != nullptr && adapter->Hear(advertisement);
+}
+
 void Simulator::OnNameAcquired() {
     m_say("bus", "name org.bluez acquired");
-    const AdapterPlan& plan = m_scenario.adapter;
-    if (plan.appearsAfterMs > 0) {
-        m_appearTimer = Timer::Once(plan.appearsAfterMs, [this] { m_adapter.SetPresent(true); });
-    } else if (plan.present) {
-        m_adapter.SetPresent(true);
+    for (const auto& [which, adapter] : m_adapters) {
+        adapter->Begin();
     }
 }
 
