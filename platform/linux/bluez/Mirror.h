@@ -103,6 +103,13 @@ private:
     void OnSignal(const char* path, const char* member, GVariant* parameters);
     void Subscribe(const char* interface, const char* member);
 
+    // Order of adapters by path: 'hci10' comes after 'hci9'.
+    struct ByNumber {
+        bool operator()(const std::string& a, const std::string& b) const {
+            return a.size() != b.size() ? a.size() < b.size() : a < b;
+        }
+    };
+
     // An interface that the mirror knows: what to do with its properties, and when it goes.
     struct Kind {
         const char* interface;
@@ -139,7 +146,7 @@ private:
 
     GObjectPtr<GDBusConnection> m_connection;
     std::vector<Listener*> m_listeners;  // not owned
-    std::map<std::string, Adapter> m_adapters;
+    std::map<std::string, Adapter, ByNumber> m_adapters;
     bool m_hadAdapter = false;  // this bluetoothd
     std::unordered_map<std::string, Device> m_devices;
     std::unordered_multimap<std::string, std::string> m_devicePaths;  // by address

@@ -11,36 +11,15 @@
 
 namespace Bluez {
 
-namespace {
-
-// 'hci10' comes after 'hci9'.
-bool ComesBefore(const std::string& a, const std::string& b) {
-    return a.size() != b.size() ? a.size() < b.size() : a < b;
-}
-
-}  // namespace
-
 std::string Mirror::PoweredAdapter() const {
-    std::string powered;
-    for (const auto& [path, adapter] : m_adapters) {
-        if (adapter.isPowered && (powered.empty() || ComesBefore(path, powered))) {
-            powered = path;
-        }
-    }
-    return powered;
+    const auto powered = std::find_if(m_adapters.begin(), m_adapters.end(),
+                                      [](const auto& adapter) { return adapter.second.isPowered; });
+    return powered == m_adapters.end() ? "" : powered->first;
 }
 
 std::string Mirror::AnyAdapter() const {
-    std::string first = PoweredAdapter();
-    if (!first.empty()) {
-        return first;
-    }
-    for (const auto& [path, adapter] : m_adapters) {
-        if (first.empty() || ComesBefore(path, first)) {
-            first = path;
-        }
-    }
-    return first;
+    const std::string powered = PoweredAdapter();
+    return powered.empty() && !m_adapters.empty() ? m_adapters.begin()->first : powered;
 }
 
 const char* Mirror::WhyOff() const {
