@@ -232,10 +232,8 @@ bool BTDatabaseManager::GetAllDontuseDeivceRecord(std::string& json) {
             IsNull(row, BT_DB_REMOTE_ADDRESS) || IsNull(row, BT_DB_REMOTE_NAME)) {
             return;
         }
-        Json::Value device;
-        device["address"] = TextOrEmpty(row, BT_DB_REMOTE_ADDRESS);
-        device["name"] = TextOrEmpty(row, BT_DB_REMOTE_NAME);
-        devices.append(device);
+        devices.append(Util::Object({{"address", TextOrEmpty(row, BT_DB_REMOTE_ADDRESS)},
+                                     {"name", TextOrEmpty(row, BT_DB_REMOTE_NAME)}}));
     });
     if (LogFailure(BTLOG_HERE, outcome)) {
         return false;

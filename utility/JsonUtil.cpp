@@ -35,4 +35,12 @@ const std::string JsonUtil::JsonToString(const Json::Value& value) {
     return Json::writeString(builder, value);
 }
 
+Json::Value Object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
+    Json::Value json(Json::objectValue);
+    for (const auto& [name, value] : members) {
+        json[name] = value;
+    }
+    return json;
+}
+
 }  // namespace Util

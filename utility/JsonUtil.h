@@ -4,7 +4,9 @@
 
 #include <json/json.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 namespace Util {
 
@@ -18,5 +20,9 @@ public:
     // `value` on one line, without blanks.
     static const std::string JsonToString(const Json::Value& value);
 };
+
+// A JSON object with these members.
+[[nodiscard]] Json::Value Object(
+    std::initializer_list<std::pair<const char*, Json::Value>> members);
 
 }  // namespace Util

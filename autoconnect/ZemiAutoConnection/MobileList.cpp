@@ -41,10 +41,7 @@ const Json::Value& RequireArray(const Json::Value& value, int key) {
 }
 
 Json::Value MakeSetting(const Json::Value& address, const Json::Value& value) {
-    Json::Value setting(Json::objectValue);
-    setting["address"] = address;
-    setting["value"] = value;
-    return setting;
+    return Util::Object({{"address", address}, {"value", value}});
 }
 
 void LogDevices(const LogPlace& place, const char* title, const std::vector<std::string>& list) {

@@ -13,6 +13,7 @@
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/ConfigText.h"
 #include "utility/CommonUtil.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -41,7 +42,7 @@ ConfigType TypeFor(const std::string& key, const std::string& text) {
 }
 
 Json::Value JsonOf(const ConfigEntry& entry) {
-    return Object(
+    return Util::Object(
         {{"key", entry.key}, {"type", NameOf(entry.value.type)}, {"value", ToJson(entry.value)}});
 }
 
@@ -83,7 +84,7 @@ void OnChanged(keynode_t* /*node*/, void* userData) noexcept {
     if (lookup.status == ConfigStatus::kOk) {
         run.console.Show(JsonOf(entry), {LineOf(entry)});
     } else if (lookup.status == ConfigStatus::kAbsent) {
-        run.console.Show(Object({{"key", watched->key}, {"value", {}}}),
+        run.console.Show(Util::Object({{"key", watched->key}, {"value", {}}}),
                          {watched->key + "\tunset"});
     } else {
         static_cast<void>(FailAccess(watched->key, lookup.status, run.console));

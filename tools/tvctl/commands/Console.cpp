@@ -19,25 +19,13 @@ std::string Printable(const std::string& text) {
 
 }  // namespace
 
-Json::Value Object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
-    Json::Value json(Json::objectValue);
-    for (const auto& [name, value] : members) {
-        json[name] = value;
-    }
-    return json;
-}
-
 void Console::PrintLine(const std::string& text) {
     m_out << Printable(text) << std::endl;
 }
 
-void Console::Print(const Json::Value& value) {
-    m_out << Util::JsonUtil::JsonToString(value) << std::endl;
-}
-
 ExitCode Console::Show(const Json::Value& json, const std::vector<std::string>& lines) {
     if (m_json) {
-        Print(json);
+        m_out << Util::JsonUtil::JsonToString(json) << std::endl;
     } else {
         std::for_each(lines.begin(), lines.end(), [this](const auto& line) { PrintLine(line); });
     }

@@ -4,17 +4,11 @@
 
 #include <json/json.h>
 
-#include <initializer_list>
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Tvctl {
-
-// A JSON object with these members.
-[[nodiscard]] Json::Value Object(
-    std::initializer_list<std::pair<const char*, Json::Value>> members);
 
 // The exit status of a command; scripts depend on the numbers.
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2 };
@@ -26,14 +20,9 @@ public:
     Console(std::ostream& out, std::ostream& err, bool json)
         : m_out(out), m_err(err), m_json(json) {}
 
-    // Whether the result is wanted as JSON instead of text.
-    [[nodiscard]] bool IsJson() const { return m_json; }
-
     // One line of text; a tab is shown as it is, else see AppendPrintable.
     void PrintLine(const std::string& text);
-    // One line of JSON.
-    void Print(const Json::Value& value);
-    // Prints a result, as JSON or as lines of text, as wanted; always kDone.
+    // Prints a result, as one line of JSON or as lines of text, as wanted; always kDone.
     ExitCode Show(const Json::Value& json, const std::vector<std::string>& lines = {});
 
     // Report why a command failed, or was called wrongly; give the exit code that says so.

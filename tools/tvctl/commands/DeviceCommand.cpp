@@ -5,6 +5,7 @@
 #include "utility/BTDatabaseManager.h"
 #include "utility/BluetoothUtil.h"
 #include "utility/CommonUtil.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -63,8 +64,8 @@ ExitCode Show(const Arguments& arguments, Console& console) {
 
 ExitCode Type(const Arguments& arguments, Console& console) {
     return WithDevice(arguments, console, [&console](const DeviceEntry& device) {
-        const Json::Value json =
-            Object({{"address", device.address}, {"type", device.type}, {"kind", device.kind}});
+        const Json::Value json = Util::Object(
+            {{"address", device.address}, {"type", device.type}, {"kind", device.kind}});
         return console.Show(json, {device.kind});
     });
 }
@@ -75,7 +76,7 @@ ExitCode SetUse(const Arguments& arguments, bool use, Console& console) {
             return console.Fail("'" + device.name + "' is not an audio device of the TV's maker");
         }
         return BluetoothUtil::IsUseDevice(device.address) == use
-                   ? console.Show(Object({{"address", device.address}, {"use", use}}))
+                   ? console.Show(Util::Object({{"address", device.address}, {"use", use}}))
                    : console.Fail(kNotStored);
     });
 }
@@ -100,7 +101,7 @@ ExitCode Forget(const Arguments& arguments, Console& console) {
     BluetoothUtil::DeleteDeviceFromDB(address);
     return IsInDatabase(address)
                ? console.Fail(kNotStored)
-               : console.Show(Object({{"address", address}, {"forgotten", true}}));
+               : console.Show(Util::Object({{"address", address}, {"forgotten", true}}));
 }
 
 ExitCode History(const Arguments& arguments, Console& console) {
@@ -118,7 +119,7 @@ ExitCode History(const Arguments& arguments, Console& console) {
             return console.Fail(kNotStored);
         }
     }
-    return console.Show(Object({{"address", address}, {"absoluteVolume", hasHistory}}),
+    return console.Show(Util::Object({{"address", address}, {"absoluteVolume", hasHistory}}),
                         {hasHistory ? "yes" : "no"});
 }
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/Diagnosis.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -12,10 +13,10 @@ ExitCode ShowDiagnosis(const Arguments& /*arguments*/, Console& console) {
     std::vector<std::string> lines;
     int broken = 0;
     for (const Finding& finding : Diagnose(Examine())) {
-        json.append(Object({{"condition", finding.condition},
-                            {"holds", finding.holds},
-                            {"found", finding.found},
-                            {"remedy", finding.remedy}}));
+        json.append(Util::Object({{"condition", finding.condition},
+                                  {"holds", finding.holds},
+                                  {"found", finding.found},
+                                  {"remedy", finding.remedy}}));
         lines.push_back((finding.holds ? "ok    " : "FAIL  ") + finding.condition + ": " +
                         finding.found);
         if (!finding.holds) {

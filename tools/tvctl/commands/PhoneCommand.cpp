@@ -17,8 +17,8 @@ ExitCode Report(const char* change, const std::string& address, Outcome outcome,
                 const PhoneRegistry& registry, Console& console) {
     return outcome == Outcome::kFailed
                ? console.Fail(registry.Failure())
-               : console.Show(Object({{"address", Util::CommonUtil::ToCapital(address)},
-                                      {change, outcome == Outcome::kDone}}));
+               : console.Show(Util::Object({{"address", Util::CommonUtil::ToCapital(address)},
+                                            {change, outcome == Outcome::kDone}}));
 }
 
 ExitCode Add(const Arguments& arguments, Console& console) {
@@ -53,10 +53,10 @@ ExitCode List(const Arguments& /*arguments*/, Console& console) {
     Json::Value json(Json::arrayValue);
     std::vector<std::string> lines;
     for (const Phone& phone : *phones) {
-        json.append(Object({{"address", phone.address},
-                            {"setting", SettingText(phone)},
-                            {"power", phone.hasPower},
-                            {"qualifies", phone.Qualifies()}}));
+        json.append(Util::Object({{"address", phone.address},
+                                  {"setting", SettingText(phone)},
+                                  {"power", phone.hasPower},
+                                  {"qualifies", phone.Qualifies()}}));
         lines.push_back(phone.address + "\t" + SettingText(phone) + "\t" +
                         (phone.hasPower ? "power" : "no-power") + "\t" +
                         (phone.Qualifies() ? "connects" : "does-not-connect"));
@@ -71,7 +71,7 @@ ExitCode SendSetting(const Arguments& arguments, const char* value, Console& con
     if (!spelling) {
         return console.Fail(registry.Failure());
     }
-    const Json::Value setting = Object({{"btMac", *spelling}, {"value", value}});
+    const Json::Value setting = Util::Object({{"btMac", *spelling}, {"value", value}});
     const std::string text = Util::JsonUtil::JsonToString(setting);
     const std::string failure =
         SendToService(kMobileUpdateCommand, g_variant_new("(s)", text.c_str()));

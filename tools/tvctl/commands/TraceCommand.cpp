@@ -4,13 +4,13 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/trace/LogReader.h"
 #include "tools/tvctl/trace/Timeline.h"
 #include "tools/tvctl/trace/TimelineText.h"
 #include "tools/tvctl/trace/picture/TimelineSvg.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -49,19 +49,13 @@ std::string WritePicture(const std::string& path, const std::vector<WakeUp>& wak
 }
 
 void Report(const std::vector<WakeUp>& wakeUps, std::size_t skipped, Console& console) {
-    if (console.IsJson()) {
-        Json::Value json;
-        json["wakeUps"] = ToJson(wakeUps);
-        json["skippedLines"] = Json::Value(static_cast<Json::UInt64>(skipped));
-        console.Print(json);
-        return;
-    }
-    for (const std::string& line : ToLines(wakeUps)) {
-        console.PrintLine(line);
-    }
+    std::vector<std::string> lines = ToLines(wakeUps);
     if (skipped > 0) {
-        console.PrintLine("lines of another kind, skipped: " + std::to_string(skipped));
+        lines.push_back("lines of another kind, skipped: " + std::to_string(skipped));
     }
+    console.Show(Util::Object({{"wakeUps", ToJson(wakeUps)},
+                               {"skippedLines", static_cast<Json::UInt64>(skipped)}}),
+                 lines);
 }
 
 ExitCode Trace(const Arguments& arguments, Console& console) {

@@ -6,6 +6,7 @@
 #include "platform/linux/bluez/Inspection.h"
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/ServiceSignal.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -21,7 +22,7 @@ bool HasAdapter() {
 
 ExitCode SendWakeUp(Console& console) {
     const std::string failure = SendToService(kPrepareCommand, nullptr);
-    return failure.empty() ? console.Show(Object({{"signal", kPrepareCommand}}))
+    return failure.empty() ? console.Show(Util::Object({{"signal", kPrepareCommand}}))
                            : console.Fail(failure);
 }
 

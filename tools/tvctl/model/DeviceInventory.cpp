@@ -5,6 +5,7 @@
 #include "platform/bluetooth.h"
 #include "platform/linux/bluez/Inspection.h"
 #include "utility/BluetoothUtil.h"
+#include "utility/JsonUtil.h"
 #include "utility/OpenedDatabase.h"
 
 namespace Tvctl {
@@ -65,14 +66,12 @@ bool IsInDatabase(const std::string& address) {
 }
 
 Json::Value ToJson(const DeviceEntry& device) {
-    Json::Value json;
-    json["address"] = device.address;
-    json["name"] = device.name;
-    json["type"] = device.type;
-    json["kind"] = device.kind;
-    json["connected"] = device.isConnected;
-    json["use"] = device.isUsed;
-    return json;
+    return Util::Object({{"address", device.address},
+                         {"name", device.name},
+                         {"type", device.type},
+                         {"kind", device.kind},
+                         {"connected", device.isConnected},
+                         {"use", device.isUsed}});
 }
 
 Json::Value ToJsonInFull(const DeviceEntry& device) {

@@ -176,10 +176,7 @@ void PhoneRegistry::AddTo(const std::string& address, const char* value) {
         }
     }
     if (!isThere) {
-        Json::Value phone;
-        phone["address"] = spelling;
-        phone["value"] = value;
-        m_settings.append(phone);
+        m_settings.append(Util::Object({{"address", spelling}, {"value", value}}));
     }
     const std::string mask = MobileList::GetXorMac(spelling);
     if (!Contains(m_masks, mask)) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "common/CHandle.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -101,23 +102,20 @@ std::vector<std::string> ToLines(const std::vector<WakeUp>& wakeUps) {
 Json::Value ToJson(const std::vector<WakeUp>& wakeUps) {
     Json::Value json(Json::arrayValue);
     for (const WakeUp& wakeUp : wakeUps) {
-        Json::Value item;
-        item["when"] = wakeUp.when;
-        item["verdict"] = TextOf(kVerdicts, wakeUp.Outcome());
-        item["summary"] = wakeUp.Summary();
-        item["phones"] = Json::Value(Json::arrayValue);
+        Json::Value phones(Json::arrayValue);
         for (const std::string& phone : wakeUp.phones) {
-            item["phones"].append(phone);
+            phones.append(phone);
         }
-        item["events"] = Json::Value(Json::arrayValue);
+        Json::Value events(Json::arrayValue);
         for (const Line& line : LinesOf(wakeUp)) {
-            Json::Value event;
-            event["time"] = line.time;
-            event["what"] = line.what;
-            event["text"] = line.text;
-            item["events"].append(event);
+            events.append(
+                Util::Object({{"time", line.time}, {"what", line.what}, {"text", line.text}}));
         }
-        json.append(item);
+        json.append(Util::Object({{"when", wakeUp.when},
+                                  {"verdict", TextOf(kVerdicts, wakeUp.Outcome())},
+                                  {"summary", wakeUp.Summary()},
+                                  {"phones", phones},
+                                  {"events", events}}));
     }
     return json;
 }

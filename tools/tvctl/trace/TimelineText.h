@@ -4,7 +4,6 @@
 
 #include <json/json.h>
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
