@@ -7,6 +7,8 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "platform/linux/config/ConfigStore.h"
 #include "platform/linux/config/ConfigWatcher.h"
@@ -37,24 +39,25 @@ ConfigWatcher* WatcherOf(const char* key) {
     return watcher.get();
 }
 
-ConfigLookup Read(const char* key) {
+// Nothing when the key has no value of the type, or it cannot be read.
+std::optional<ConfigValue> Read(const char* key, ConfigType type) {
+    if (key == nullptr) {
+        return std::nullopt;
+    }
     ConfigLookup lookup = ConfigStore::Instance().Lookup(key);
     ConfigWatcher* watcher = WatcherOf(key);
     if (watcher != nullptr && ConfigWatcher::IsMissed(lookup.status)) {
         watcher->MissedRead();
     }
-    return lookup;
+    return lookup.Holds(type) ? std::optional(std::move(lookup.value)) : std::nullopt;
 }
 
 int GetNumber(const char* key, ConfigType type, int* value) {
-    if (key == nullptr || value == nullptr) {
+    const auto stored = value == nullptr ? std::nullopt : Read(key, type);
+    if (!stored) {
         return kFailed;
     }
-    const ConfigLookup lookup = Read(key);
-    if (lookup.status != ConfigStatus::kOk || lookup.value.type != type) {
-        return kFailed;
-    }
-    *value = lookup.value.number;
+    *value = stored->number;
     return 0;
 }
 
@@ -91,13 +94,8 @@ int SetValueAsync(const char* key, const ConfigValue& value, vconf_set_async_cb 
 }  // namespace
 
 char* vconf_get_str(const char* key) {
-    if (key == nullptr) {
-        return nullptr;
-    }
-    const ConfigLookup lookup = Read(key);
-    const bool isText =
-        lookup.status == ConfigStatus::kOk && lookup.value.type == ConfigType::kString;
-    return isText ? strdup(lookup.value.text.c_str()) : nullptr;
+    const auto stored = Read(key, ConfigType::kString);
+    return stored ? strdup(stored->text.c_str()) : nullptr;
 }
 
 int vconf_get_bool(const char* key, int* value) {

@@ -28,9 +28,6 @@ constexpr char kSchema[] =
     "INSERT OR IGNORE INTO sequence VALUES(1, 0);"
     "PRAGMA user_version = 1";
 
-// What the type column holds, in the order of ConfigType.
-constexpr const char* kTypeNames[] = {"string", "bool", "int"};
-
 std::string ColumnText(sqlite3_stmt* statement, int column) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     const auto size = static_cast<size_t>(sqlite3_column_bytes(statement, column));
@@ -41,12 +38,7 @@ std::string ColumnText(sqlite3_stmt* statement, int column) {
 // ours gives a string, so that it can at least be looked at.
 ConfigValue ColumnValue(sqlite3_stmt* statement, int column) {
     ConfigValue value;
-    const std::string typeName = ColumnText(statement, column);
-    for (const ConfigType type : {ConfigType::kBool, ConfigType::kInt}) {
-        if (typeName == kTypeNames[static_cast<int>(type)]) {
-            value.type = type;
-        }
-    }
+    value.type = TypeNamed(ColumnText(statement, column)).value_or(ConfigType::kString);
     if (value.type == ConfigType::kString) {
         value.text = ColumnText(statement, column + 1);
     } else {
@@ -212,7 +204,7 @@ int ConfigDatabase::Write(const std::string& key, const ConfigValue& value) {
     if (code != SQLITE_OK) {
         return code;
     }
-    const std::string typeName = kTypeNames[static_cast<int>(value.type)];
+    const std::string typeName = NameOf(value.type);
     StatementUse write(m_handle.get(), m_write,
                        "INSERT INTO entries VALUES(?1, ?2, ?3, (SELECT revision FROM sequence)) "
                        "ON CONFLICT(key) DO UPDATE SET type = excluded.type, "

@@ -52,18 +52,13 @@ ConfigStatus ConfigStore::Unset(const std::string& key) {
 
 std::optional<std::string> ConfigStore::GetString(const std::string& key) {
     ConfigLookup lookup = Lookup(key);
-    if (lookup.status != ConfigStatus::kOk || lookup.value.type != ConfigType::kString) {
-        return std::nullopt;
-    }
-    return std::move(lookup.value.text);
+    return lookup.Holds(ConfigType::kString) ? std::optional(std::move(lookup.value.text))
+                                             : std::nullopt;
 }
 
 std::optional<int> ConfigStore::GetInt(const std::string& key) {
     const ConfigLookup lookup = Lookup(key);
-    if (lookup.status != ConfigStatus::kOk || lookup.value.type != ConfigType::kInt) {
-        return std::nullopt;
-    }
-    return lookup.value.number;
+    return lookup.Holds(ConfigType::kInt) ? std::optional(lookup.value.number) : std::nullopt;
 }
 
 bool ConfigStore::SetInt(const std::string& key, int number) {

@@ -3,11 +3,26 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace Platform {
 
 enum class ConfigType { kString, kBool, kInt };
+
+// "string", "bool" or "int".
+inline const char* NameOf(ConfigType type) {
+    static constexpr const char* kNames[] = {"string", "bool", "int"};
+    return kNames[static_cast<int>(type)];
+}
+inline std::optional<ConfigType> TypeNamed(const std::string& name) {
+    for (const ConfigType type : {ConfigType::kString, ConfigType::kBool, ConfigType::kInt}) {
+        if (name == NameOf(type)) {
+            return type;
+        }
+    }
+    return std::nullopt;
+}
 
 // A typed value: `text` of a string, `number` of a bool or an int. A bool may hold any int.
 struct ConfigValue {
@@ -41,6 +56,10 @@ struct ConfigLookup {
     ConfigStatus status = ConfigStatus::kFailed;
     ConfigValue value;     // when status is kOk
     int64_t revision = 0;  // of the last write to the key, never used twice; 0 when absent
+
+    [[nodiscard]] bool Holds(ConfigType type) const {
+        return status == ConfigStatus::kOk && value.type == type;
+    }
 };
 
 }  // namespace Platform

@@ -110,7 +110,7 @@ ExitCode Set(const Arguments& arguments, Console& console) {
     const std::string key = KeyOf(arguments);
     const std::string& text = arguments.positional[1];
     const auto wanted = arguments.Option("--type");
-    const auto type = wanted ? TypeNamed(*wanted) : TypeFor(key, text);
+    const auto type = wanted ? Platform::TypeNamed(*wanted) : TypeFor(key, text);
     if (!type) {
         return console.Misuse("--type is string, bool or int, not '" + *wanted + "'");
     }

@@ -68,8 +68,7 @@ ExitCode Show(const Arguments& arguments, Console& console) {
         if (IsFailure(lookup.status)) {
             return console.Fail(ConfigStore::Instance().LastFailure(key));
         }
-        const bool isSet = lookup.status == Platform::ConfigStatus::kOk &&
-                           lookup.value.type == Platform::ConfigType::kInt;
+        const bool isSet = lookup.Holds(Platform::ConfigType::kInt);
         json[known.name] = isSet ? Json::Value(lookup.value.number) : Json::Value();
         const std::string text = isSet ? std::to_string(lookup.value.number) : "-";
         lines.push_back(wanted.empty() ? std::string(known.name) + "\t" + text : text);

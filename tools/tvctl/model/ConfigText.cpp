@@ -16,14 +16,6 @@ using Platform::ConfigStore;
 using Platform::ConfigType;
 using Platform::ConfigValue;
 
-struct TypeName {
-    const char* name;
-    ConfigType type;
-};
-
-constexpr TypeName kTypes[] = {
-    {"string", ConfigType::kString}, {"bool", ConfigType::kBool}, {"int", ConfigType::kInt}};
-
 constexpr const char* kBlanks = " \t";
 
 // Takes the first word off the front of `text`, and what separates it from the next: blanks of a
@@ -37,19 +29,6 @@ std::string TakeWord(std::string& text, bool isPrinted) {
 }
 
 }  // namespace
-
-const char* NameOf(ConfigType type) {
-    return kTypes[static_cast<int>(type)].name;
-}
-
-std::optional<ConfigType> TypeNamed(const std::string& name) {
-    for (const TypeName& known : kTypes) {
-        if (name == known.name) {
-            return known.type;
-        }
-    }
-    return std::nullopt;
-}
 
 ConfigType GuessType(const std::string& text) {
     if (ParseBool(text)) {
@@ -108,7 +87,7 @@ std::string ParseLine(const std::string& line, ConfigEntry& entry) {
         return "'" + word + "' is not a key";
     }
     const std::string typeName = TakeWord(rest, isPrinted);
-    const auto type = TypeNamed(typeName);
+    const auto type = Platform::TypeNamed(typeName);
     if (!type) {
         return "the type is string, bool or int, not '" + typeName + "'";
     }

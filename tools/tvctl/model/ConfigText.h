@@ -13,10 +13,6 @@ namespace Tvctl {
 
 // Configuration keys and their values as an engineer types and reads them.
 
-// "string", "bool" or "int".
-[[nodiscard]] const char* NameOf(Platform::ConfigType type);
-[[nodiscard]] std::optional<Platform::ConfigType> TypeNamed(const std::string& name);
-
 // The key that a word means, by its name or by the number of a well-known key; nothing when there
 // is no such key.
 [[nodiscard]] std::optional<std::string> KeyMeant(const std::string& word);
