@@ -70,16 +70,9 @@ std::optional<bool> IsInstalled(const std::string& applicationId) {
     if (reply == nullptr) {
         return std::nullopt;
     }
-    const GVariantPtr names(g_variant_get_child_value(reply.get(), 0));
-    GVariantIter iterator;
-    g_variant_iter_init(&iterator, names.get());
-    const char* name = nullptr;
-    while (g_variant_iter_next(&iterator, "&s", &name) != FALSE) {
-        if (applicationId == name) {
-            return true;
-        }
-    }
-    return false;
+    CPtr<const char*, g_free> names;
+    g_variant_get(reply.get(), "(^a&s)", static_cast<const char***>(Out(names)));
+    return g_strv_contains(names.get(), applicationId.c_str()) != FALSE;
 }
 
 GVariant* LaunchArguments(const LaunchExtras& extras, const std::string& phone) {
@@ -88,16 +81,13 @@ GVariant* LaunchArguments(const LaunchExtras& extras, const std::string& phone) 
     for (const auto& [key, value] : extras) {
         g_variant_builder_add(&pairs, "(ss)", key.c_str(), value.c_str());
     }
-    GVariantBuilder parameters;
-    g_variant_builder_init(&parameters, G_VARIANT_TYPE("av"));
-    g_variant_builder_add(&parameters, "v", g_variant_builder_end(&pairs));
-    GVariantBuilder platformData;
-    g_variant_builder_init(&platformData, G_VARIANT_TYPE_VARDICT);
+    GVariantDict platformData;
+    g_variant_dict_init(&platformData, nullptr);
     if (!phone.empty()) {
-        g_variant_builder_add(&platformData, "{sv}", kPhoneData,
-                              g_variant_new_string(phone.c_str()));
+        g_variant_dict_insert(&platformData, kPhoneData, "s", phone.c_str());
     }
-    return g_variant_new("(sava{sv})", kLaunchAction, &parameters, &platformData);
+    return g_variant_new_parsed("(%s, [<%a(ss)>], %@a{sv})", kLaunchAction, &pairs,
+                                g_variant_dict_end(&platformData));
 }
 
 }  // namespace Platform

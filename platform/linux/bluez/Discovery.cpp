@@ -62,14 +62,10 @@ void Discovery::FollowLater(const GError& error) {
 // Pattern: the empty one fits everybody. Without it bluetoothd reports to all programs only who
 // fits the pattern of another one. Older ones do not know it.
 void Discovery::SetFilter() {
-    GVariantBuilder filter;
-    g_variant_builder_init(&filter, G_VARIANT_TYPE_VARDICT);
-    g_variant_builder_add(&filter, "{sv}", "Transport", g_variant_new_string("le"));
-    g_variant_builder_add(&filter, "{sv}", "DuplicateData", g_variant_new_boolean(TRUE));
-    if (m_hasPattern) {
-        g_variant_builder_add(&filter, "{sv}", "Pattern", g_variant_new_string(""));
-    }
-    Ask("SetDiscoveryFilter", g_variant_new("(a{sv})", &filter), &Discovery::OnFilterSet);
+    const char* const filter =
+        m_hasPattern ? "({'Transport': <'le'>, 'DuplicateData': <true>, 'Pattern': <''>},)"
+                     : "({'Transport': <'le'>, 'DuplicateData': <true>},)";
+    Ask("SetDiscoveryFilter", g_variant_new_parsed(filter), &Discovery::OnFilterSet);
 }
 
 // bluetoothd does not tell which program it is, nor what it asked for.
