@@ -13,6 +13,18 @@
 
 using Bluez::Service;
 
+namespace {
+
+// Seeking counts as playing: the owner is using the phone.
+bt_avrcp_player_state_e PlayerState(const std::string& status) {
+    if (status == "playing" || status == "forward-seek" || status == "reverse-seek") {
+        return BT_AVRCP_PLAYER_STATE_PLAYING;
+    }
+    return status == "paused" ? BT_AVRCP_PLAYER_STATE_PAUSED : BT_AVRCP_PLAYER_STATE_STOPPED;
+}
+
+}  // namespace
+
 int bt_audio_set_connection_state_changed_cb(bt_audio_connection_state_changed_cb callback,
                                              void* user_data) {
     if (callback == nullptr) {
@@ -45,7 +57,17 @@ int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state) {
         PLATFORM_WARN("no play status: the phone that was asked for is not connected");
         return BT_ERROR_REMOTE_DEVICE_NOT_CONNECTED;
     }
-    return service.PlayStatus(device, *state);
+    const Bluez::Player* player = service.mirror.FindPlayer(service.mirror.PlayerPath(device));
+    if (player == nullptr) {
+        PLATFORM_WARN("%s shows no player", device.c_str());
+        return BT_ERROR_OPERATION_FAILED;
+    }
+    if (!player->status) {
+        PLATFORM_WARN("the player of %s has not told its state", device.c_str());
+        return BT_ERROR_OPERATION_FAILED;
+    }
+    *state = PlayerState(*player->status);
+    return BT_ERROR_NONE;
 }
 
 int bt_avrcp_target_send_cmd(int /*command*/) {
