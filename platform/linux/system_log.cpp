@@ -18,7 +18,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <exception>
 #include <string>
@@ -38,8 +37,7 @@ struct LogTarget {
 };
 
 bool EnvironmentIs(const char* name, const char* wanted) {
-    const char* value = std::getenv(name);
-    return value != nullptr && std::strcmp(value, wanted) == 0;
+    return g_strcmp0(std::getenv(name), wanted) == 0;
 }
 
 LogTarget& Target() {

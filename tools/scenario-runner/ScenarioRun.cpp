@@ -5,12 +5,12 @@
 #include <sys/prctl.h>
 
 #include <csignal>
-#include <cstdio>
+#include <fstream>
+#include <iostream>
 #include <memory>
 #include <vector>
 
 #include "autoconnect/src/DbusInterface.h"
-#include "common/CHandle.h"
 #include "common/PrintableText.h"
 #include "common/Source.h"
 #include "tools/scenario-runner/ChildProcess.h"
@@ -41,13 +41,6 @@ void Stop(ChildProcess* child) {
     }
 }
 
-void WriteLine(FILE* file, const std::string& line) {
-    if (file != nullptr) {
-        std::fprintf(file, "%s\n", line.c_str());
-        std::fflush(file);
-    }
-}
-
 // One run: its processes, and what came of them so far.
 class ScenarioRun {
 public:
@@ -56,8 +49,8 @@ public:
           m_scenario(scenario),
           m_workspace(workspace),
           m_verdict(scenario),
-          m_serviceLog(std::fopen((workspace.Path() + "/service.log").c_str(), "we")),
-          m_simulatorLog(std::fopen((workspace.Path() + "/simulator.log").c_str(), "we")) {}
+          m_serviceLog(workspace.Path() + "/service.log"),
+          m_simulatorLog(workspace.Path() + "/simulator.log") {}
 
     // From the start of the bus to the end of the scenario.
     void Play() {
@@ -217,17 +210,17 @@ private:
 
     void OnServiceLine(const std::string& line) {
         if (!m_options.quiet) {
-            WriteLine(stderr, line);
+            std::cerr << line << std::endl;
         }
         const std::string plain = WithoutColours(line);
-        WriteLine(m_serviceLog.get(), plain);
+        m_serviceLog << plain << std::endl;
         m_nameOwned |= Holds(plain, std::string("Name acquired ") + kServiceName);
         m_verdict.OnLogLine(plain);
         Judge();
     }
 
     void OnSimulatorLine(const std::string& line) {
-        WriteLine(m_simulatorLog.get(), line);
+        m_simulatorLog << line << std::endl;
         m_simulatorUp |= Holds(line, " bus: name org.bluez acquired");
         m_objectsRead |= m_service != nullptr && Holds(line, " bus: objects read by ");
         m_adapterReady |= Holds(line, " adapter: powered on");
@@ -263,8 +256,8 @@ private:
     const TvSim::Scenario& m_scenario;
     const Workspace& m_workspace;
     Verdict m_verdict;
-    CPtr<FILE, std::fclose> m_serviceLog;
-    CPtr<FILE, std::fclose> m_simulatorLog;
+    std::ofstream m_serviceLog;
+    std::ofstream m_simulatorLog;
     bool m_succeeded = false;
     std::string m_result;
     bool m_busUp = false;

@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/base/PlatformLog.h"
 
+#include <glib.h>
+
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 
 namespace Platform {
 
@@ -12,16 +13,13 @@ namespace {
 
 int ThresholdFromEnvironment() {
     const char* level = std::getenv("TV_LOG_LEVEL");
-    const auto isLevel = [level](const char* name) {
-        return level != nullptr && std::strcmp(level, name) == 0;
-    };
-    if (isLevel("info")) {
+    if (g_strcmp0(level, "info") == 0) {
         return DLOG_INFO;
     }
-    if (isLevel("warn")) {
+    if (g_strcmp0(level, "warn") == 0) {
         return DLOG_WARN;
     }
-    return isLevel("error") ? DLOG_ERROR : DLOG_DEBUG;
+    return g_strcmp0(level, "error") == 0 ? DLOG_ERROR : DLOG_DEBUG;
 }
 
 // Trivially destructible: lines are written before main begins and after it ended.

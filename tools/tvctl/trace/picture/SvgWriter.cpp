@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/trace/picture/SvgWriter.h"
 
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <utility>
@@ -28,10 +26,8 @@ constexpr const char* kStyle =
 
 // With one decimal, whatever the locale's decimal point is.
 std::string Number(double value) {
-    const long long tenths = std::llround(value * 10);
-    const std::string sign = tenths < 0 ? "-" : "";
-    return sign + std::to_string(std::llabs(tenths) / 10) + "." +
-           std::to_string(std::llabs(tenths) % 10);
+    char text[G_ASCII_DTOSTR_BUF_SIZE];
+    return g_ascii_formatd(text, sizeof(text), "%.1f", value);
 }
 
 // False for what XML does not allow or a viewer does not simply show.
