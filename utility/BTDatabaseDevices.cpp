@@ -4,7 +4,6 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "autoconnect/src/AutoConnectDbg.h"
 #include "utility/BTDatabaseManager.h"
 #include "utility/JsonUtil.h"
 

@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <new>
 
-#include "autoconnect/src/AutoConnectDbg.h"
 #include "platform/database.h"
 #include "utility/AppDataUtil.h"
 #include "utility/CommonUtil.h"

@@ -1,6 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "autoconnect/src/AutoConnectDbg.h"
 #include "utility/BTDatabaseManager.h"
 
 // Manufacturer data with its cache, and the absolute-volume history.

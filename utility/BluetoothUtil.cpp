@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string>
 
 #include "autoconnect/src/AutoConnectDbg.h"
 #include "common/DeviceInfo.h"

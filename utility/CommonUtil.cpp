@@ -58,8 +58,7 @@ unsigned int CommonUtil::convertToUIntFromHexString(const std::string& hex) {
     if (hex.size() > kMaxHexDigits) {
         throw std::out_of_range("hex string size is greater than 4 byte");
     }
-    std::stringstream stream;
-    stream << hex;
+    std::istringstream stream(hex);
     unsigned int value = 0;
     stream >> std::hex >> value;
     return value;

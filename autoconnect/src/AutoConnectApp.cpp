@@ -7,7 +7,6 @@
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/src/AudioConnectionListener.h"
-#include "autoconnect/src/AutoConnectDbg.h"
 #include "autoconnect/src/DbusInterface.h"
 #include "common/CHandle.h"
 #include "utility/BluetoothUtil.h"

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "common/AdvertisingData.h"
 #include "platform/bluetooth.h"

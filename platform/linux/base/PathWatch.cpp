@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/base/PathWatch.h"
 
-#include <sys/inotify.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -41,7 +39,6 @@ void PathWatch::Arm() {
         inotify_rm_watch(m_inotify.Get(), watch.first);
     }
     m_watches.clear();
-    m_error = 0;
     int error = ENOENT;
     for (size_t i = 0; i < m_folders.size(); ++i) {
         const bool last = i + 1 == m_folders.size();
@@ -57,9 +54,7 @@ void PathWatch::Arm() {
             break;
         }
     }
-    if (m_watches.empty()) {
-        m_error = error;
-    }
+    m_error = m_watches.empty() ? error : 0;
 }
 
 bool PathWatch::Consume() {

@@ -5,7 +5,6 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "common/CHandle.h"
 
