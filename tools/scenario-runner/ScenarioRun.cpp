@@ -170,16 +170,30 @@ private:
     bool WakeUp() {
         m_wokenAtUs = g_get_monotonic_time();
         m_deadline = Timer::Once(m_scenario.expect.withinMs, [this] {
-            const std::string problem = m_verdict.Problem(true);
+            const std::string problem =
+                m_allWoken ? m_verdict.Problem(true) : "the last wake-up was not sent";
             Finish(problem.empty(),
                    problem + " within " + Seconds(gint64{1000} * m_scenario.expect.withinMs));
         });
+        const TvSim::WakePlan& wake = m_scenario.wake;
         std::vector<Arguments> commands;
-        for (const auto& [phone, setting] : m_scenario.updates) {
+        for (const auto& [phone, setting] : wake.updates) {
             commands.push_back({"phone", setting, m_scenario.FindPhone(phone)->address});
         }
         commands.push_back({"wake"});
-        return Tvctl(commands);
+        bool isFine = Tvctl(commands);
+        for (int i = 1; isFine && i < wake.count; ++i) {
+            isFine = Pause(wake.everyMs) && Tvctl({{"wake"}});
+        }
+        m_allWoken = isFine;
+        Judge();
+        return isFine;
+    }
+
+    bool Pause(int ms) const {
+        bool isOver = false;
+        const Timer pause = Timer::Once(ms, [&isOver] { isOver = true; });
+        return Await(isOver);
     }
 
     // Runs tvctl with each of the argument lists; false when the run is finished.
@@ -234,7 +248,7 @@ private:
         }
         if (m_verdict.Spoilt()) {
             Finish(false, m_verdict.Problem(true));
-        } else if (!m_settle.IsRunning() && m_verdict.Problem(false).empty()) {
+        } else if (m_allWoken && !m_settle.IsRunning() && m_verdict.Problem(false).empty()) {
             m_settle = Timer::Once(m_scenario.expect.settleMs, [this] {
                 const std::string problem = m_verdict.Problem(false);
                 Finish(problem.empty(), problem);
@@ -265,6 +279,7 @@ private:
     bool m_nameOwned = false;
     bool m_objectsRead = false;
     bool m_adapterReady = false;
+    bool m_allWoken = false;
     gint64 m_wokenAtUs = 0;
     std::unique_ptr<ChildProcess> m_bus;
     std::unique_ptr<ChildProcess> m_simulator;

@@ -36,30 +36,48 @@ std::string Compare(const char* verb, const std::set<std::string>& names,
     return Join(names) + " " + verb + ", expected: " + Join(wanted);
 }
 
+constexpr char kInLog[] = "the service's log";
+constexpr char kInEvents[] = "the simulator's events";
+
 }  // namespace
+
+void Verdict::Sequence::OnLine(const std::string& line) {
+    if (reached < texts.size() && Holds(line, texts[reached])) {
+        ++reached;
+    }
+}
+
+std::string Verdict::Sequence::Problem(const char* where) const {
+    if (reached == texts.size()) {
+        return "";
+    }
+    return "'" + texts[reached] + "' did not come in " + where +
+           (reached == 0 ? "" : " after '" + texts[reached - 1] + "'");
+}
 
 Verdict::Verdict(const TvSim::Scenario& scenario) : m_expect(scenario.expect) {
     m_expect.until = Expand(m_expect.until, scenario);
-    for (auto* texts : {&m_expect.log, &m_expect.never}) {
+    for (auto* texts : {&m_expect.log, &m_expect.sim, &m_expect.never}) {
         for (std::string& text : *texts) {
             text = Expand(text, scenario);
         }
     }
+    m_log.texts = m_expect.log;
+    m_events.texts = m_expect.sim;
     for (const TvSim::PhonePlan& phone : scenario.phones) {
         m_phoneByPrefix[" phone " + phone.id + ": "] = phone.id;
     }
 }
 
 void Verdict::OnLogLine(const std::string& line) {
-    CheckNever(line, "the service's log");
-    if (m_logReached < m_expect.log.size() && Holds(line, m_expect.log[m_logReached])) {
-        ++m_logReached;
-    }
+    CheckNever(line, kInLog);
+    m_log.OnLine(line);
     m_untilCame |= m_expect.untilInLog && Holds(line, m_expect.until);
 }
 
 void Verdict::OnSimulatorLine(const std::string& line) {
-    CheckNever(line, "the simulator's events");
+    CheckNever(line, kInEvents);
+    m_events.OnLine(line);
     for (const auto& [prefix, phone] : m_phoneByPrefix) {
         const std::size_t at = line.find(prefix);
         if (at == std::string::npos) {
@@ -97,9 +115,10 @@ std::string Verdict::Problem(bool timeIsOver) const {
     if (m_expect.until.empty() && !timeIsOver) {
         return "it lasts for its whole time";
     }
-    if (m_logReached < m_expect.log.size()) {
-        return "'" + m_expect.log[m_logReached] + "' did not come in the service's log" +
-               (m_logReached == 0 ? "" : " after '" + m_expect.log[m_logReached - 1] + "'");
+    for (const std::string& missing : {m_log.Problem(kInLog), m_events.Problem(kInEvents)}) {
+        if (!missing.empty()) {
+            return missing;
+        }
     }
     if (!m_expect.until.empty() && !m_untilCame) {
         return "'" + m_expect.until + "' did not come";

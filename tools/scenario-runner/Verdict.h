@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tools/tv-sim/Scenario.h"
 
@@ -31,12 +32,23 @@ public:
     [[nodiscard]] std::string Outcome() const;
 
 private:
+    // Texts that must come in this order.
+    struct Sequence {
+        void OnLine(const std::string& line);
+        // What is missing; empty when nothing is.
+        [[nodiscard]] std::string Problem(const char* where) const;
+
+        std::vector<std::string> texts;
+        std::size_t reached = 0;  // so many of them came
+    };
+
     void CheckNever(const std::string& line, const char* where);
 
     TvSim::Expectation m_expect;
     std::map<std::string, std::string> m_phoneByPrefix;  // "phone NAME: " to NAME
     bool m_untilCame = false;
-    std::size_t m_logReached = 0;  // so many of the log's texts came
+    Sequence m_log;
+    Sequence m_events;
     std::string m_spoiltBy;
     std::set<std::string> m_connected;
     std::set<std::string> m_playing;

@@ -3,6 +3,7 @@
 #include "tools/tv-sim/Adapter.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tools/tv-sim/BluezInterfaces.h"
 
@@ -63,14 +64,14 @@ Neighbour& Adapter::NeighbourAt(const std::string& address) const {
 
 void Adapter::Begin() {
     if (m_plan.appearsAfterMs > 0) {
-        m_appearTimer = Timer::Once(m_plan.appearsAfterMs, [this] { SetPresent(true); });
+        m_presenceTimer = Timer::Once(m_plan.appearsAfterMs, [this] { SetPresent(true); });
     } else if (m_plan.present) {
         SetPresent(true);
     }
 }
 
 void Adapter::SetPresent(bool present) {
-    m_appearTimer.Cancel();
+    m_presenceTimer.Cancel();
     if (present == m_present) {
         return;
     }
@@ -92,9 +93,12 @@ void Adapter::SetPresent(bool present) {
                         }});
     SayOwn("appeared");
     TellNeighbours(&Neighbour::OnAdapterAppeared);
-    const int powersOnAfterMs = m_plan.powered ? kAutoEnableMs : m_plan.powersOnAfterMs;
-    if (powersOnAfterMs > 0) {
-        m_powerTimer = Timer::Once(powersOnAfterMs, [this] { SetPowered(true); });
+    PowerOnAfter(m_plan.powered ? kAutoEnableMs : m_plan.powersOnAfterMs);
+}
+
+void Adapter::PowerOnAfter(int ms) {
+    if (ms > 0) {
+        m_powerTimer = Timer::Once(ms, [this] { SetPowered(true); });
     }
 }
 
@@ -114,6 +118,9 @@ void Adapter::SetPowered(bool powered) {
     SayOwn(powered ? "powered on" : "powered off");
     if (powered) {
         TellNeighbours(&Neighbour::OnAdapterPoweredOn);
+        if (m_plan.othersDiscover) {
+            m_discovery.StartOther();
+        }
     }
 }
 
@@ -171,7 +178,13 @@ void Adapter::OnDiscovery(bool running) {
     if (running) {
         TellNeighbours(&Neighbour::OnDiscoveryStarted);
         if (m_plan.pulledAfterMs > 0) {
-            m_powerTimer = Timer::Once(m_plan.pulledAfterMs, [this] { SetPresent(false); });
+            m_presenceTimer = Timer::Once(m_plan.pulledAfterMs, [this] { SetPresent(false); });
+        }
+        if (const int ms = std::exchange(m_plan.powersOffAfterMs, 0); ms > 0) {
+            m_powerTimer = Timer::Once(ms, [this] {
+                SetPowered(false);
+                PowerOnAfter(m_plan.powersOnAfterMs);
+            });
         }
     } else {
         TellNeighbours(&Neighbour::OnDiscoveryStopped);

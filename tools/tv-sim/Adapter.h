@@ -64,6 +64,7 @@ private:
     void OnCall(MethodCall call);
     bool OnSet(const std::string& property, GVariant* value, MethodCall& call);
     void OnDiscovery(bool running);
+    void PowerOnAfter(int ms);
     void RemoveDevice(MethodCall call);
     void LosePower();
     [[nodiscard]] std::string Path() const;
@@ -80,7 +81,7 @@ private:
     Discovery m_discovery;
     DeviceTable m_devices;
     std::vector<std::unique_ptr<Neighbour>> m_neighbours;
-    Timer m_appearTimer;
+    Timer m_presenceTimer;
     Timer m_powerTimer;
 };
 

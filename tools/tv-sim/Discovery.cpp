@@ -154,6 +154,17 @@ void Discovery::Begin(Client& client, State now, State then, int ms, MethodCall 
     });
 }
 
+void Discovery::StartOther() {
+    const std::string name = "another program";
+    m_say("discovery started by " + name);
+    auto client = std::make_unique<Client>();
+    client->filter.emplace().duplicateData = true;
+    client->filter->rssi = -127;
+    client->state = State::kActive;
+    m_clients[name] = std::move(client);
+    FollowSessions();
+}
+
 void Discovery::Abandon() {
     for (const auto& [name, client] : m_clients) {
         if (client->call) {

@@ -32,6 +32,8 @@ public:
     void SetFilter(MethodCall call);
     void Start(MethodCall call);
     void Stop(MethodCall call);
+    // A session of another program, which wants everything.
+    void StartOther();
     // Ends every session and forgets every filter: the radio is gone.
     void Abandon();
 

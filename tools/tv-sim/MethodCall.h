@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "common/CHandle.h"
@@ -35,6 +36,10 @@ public:
         return g_variant_get_string(Argument(index).get(), nullptr);
     }
 
+    // Sends the answer in this way instead of at once.
+    void AnswerBy(std::function<void(GObjectPtr<GDBusMessage> reply)> send) {
+        m_send = std::move(send);
+    }
     // Answers with the tuple `values`, nothing when null. At most one answer or failure goes out.
     void Answer(GVariant* values = nullptr) {
         GDBusMessage* reply = g_dbus_message_new_method_reply(m_message.get());
@@ -62,9 +67,14 @@ private:
         return text == nullptr ? "" : text;
     }
 
-    void Send(const GObjectPtr<GDBusMessage>& reply) {
+    void Send(GObjectPtr<GDBusMessage> reply) {
         const GDBusMessageFlags flags = g_dbus_message_get_flags(m_message.get());
-        if ((flags & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) == 0) {
+        if ((flags & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) != 0) {
+            return;
+        }
+        if (m_send) {
+            m_send(std::move(reply));
+        } else {
             // Fails only on a closed connection, where nobody waits any more.
             g_dbus_connection_send_message(m_connection.get(), reply.get(),
                                            G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
@@ -74,6 +84,7 @@ private:
     GObjectPtr<GDBusConnection> m_connection;
     GObjectPtr<GDBusMessage> m_message;
     GVariantPtr m_arguments;
+    std::function<void(GObjectPtr<GDBusMessage>)> m_send;
 };
 
 }  // namespace TvSim

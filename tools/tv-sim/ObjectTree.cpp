@@ -114,6 +114,7 @@ GDBusMessage* ObjectTree::OnMessage(GDBusConnection* connection, GDBusMessage* m
 void ObjectTree::Crash() {
     m_hasCrashed = true;
     m_objects.clear();
+    m_later.clear();
 }
 
 void ObjectTree::Add(const std::string& path, Interface interface) {
@@ -174,6 +175,16 @@ GVariant* ObjectTree::Get(const std::string& path, const std::string& interface,
     return found->second.properties.at(property).get();
 }
 
+template <typename Action>
+void ObjectTree::Later(int ms, Action action) {
+    const auto timer = m_later.emplace(m_later.end());
+    *timer = Timer::Once(ms, [this, timer, action = std::move(action)]() mutable {
+        const Timer running = std::move(*timer);  // the action may clear the list
+        m_later.erase(timer);
+        action();
+    });
+}
+
 void ObjectTree::Dispatch(MethodCall call) {
     if (m_hasCrashed) {
         return;
@@ -182,6 +193,32 @@ void ObjectTree::Dispatch(MethodCall call) {
         m_say("bus", call.Method() + " of " + call.Sender() + " never answered");
         return;
     }
+    const auto late = m_faults.answersAfterMs.find(call.Method());
+    if (late == m_faults.answersAfterMs.end()) {
+        Handle(std::move(call));
+        return;
+    }
+    const int ms = late->second;
+    if (StartsWith(call.Interface(), "org.freedesktop.DBus.")) {
+        Later(ms, [this, call = std::move(call)]() mutable { Handle(std::move(call)); });
+        return;
+    }
+    const std::string what = "late answer to " + call.Method() + " of " + call.Sender();
+    call.AnswerBy([self = m_self, ms, what](GObjectPtr<GDBusMessage> reply) {
+        ObjectTree* tree = *self;
+        if (tree == nullptr || tree->m_hasCrashed) {
+            return;
+        }
+        tree->Later(ms, [tree, what, reply = std::move(reply)] {
+            tree->m_say("bus", what);
+            g_dbus_connection_send_message(tree->m_connection.get(), reply.get(),
+                                           G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+        });
+    });
+    Handle(std::move(call));
+}
+
+void ObjectTree::Handle(MethodCall call) {
     if (const auto refusal = m_faults.refusedOnce.extract(call.Method())) {
         m_say("bus", call.Method() + " of " + call.Sender() + " refused");
         call.Fail(refusal.mapped(), "refused once");

@@ -3,12 +3,14 @@
 #pragma once
 
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "common/CHandle.h"
+#include "common/Source.h"
 #include "tools/tv-sim/MethodCall.h"
 #include "tools/tv-sim/Plans.h"
 
@@ -108,7 +110,11 @@ private:
 
     static GDBusMessage* OnMessage(GDBusConnection* connection, GDBusMessage* message,
                                    gboolean incoming, gpointer userData) noexcept;
+    template <typename Action>
+    void Later(int ms, Action action);
+    // Does to the call what the faults say, else handles it.
     void Dispatch(MethodCall call);
+    void Handle(MethodCall call);
     void GetManagedObjects(MethodCall call);
     void AccessProperties(MethodCall call, const Interfaces& interfaces);
     void SetProperty(MethodCall call, const Interface& interface);
@@ -123,6 +129,7 @@ private:
     CallFaults m_faults;
     int m_nextTransport = 0;
     bool m_hasCrashed = false;
+    std::list<Timer> m_later;
     // This, for calls that are on their way to the main loop; null in them when this has gone.
     std::shared_ptr<ObjectTree*> m_self;
     guint m_filterId;

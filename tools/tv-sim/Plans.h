@@ -18,6 +18,8 @@ using ManufacturerData = std::map<std::uint16_t, std::vector<unsigned char>>;
 struct CallFaults {
     std::set<std::string> silentMethods;             // taken and never answered
     std::map<std::string, std::string> refusedOnce;  // the next call gets that error
+    // So long after its effect a call is answered. What only asks, is asked so much later.
+    std::map<std::string, int> answersAfterMs;
 };
 
 // The TV may have two adapters.
@@ -30,12 +32,14 @@ struct AdapterPlan {
     int number = 0;  // of its path, /org/bluez/hciN
     bool present = true;
     bool powered = true;
-    int appearsAfterMs = 0;      // an absent one appears then; 0: a present one is there at once
-    int powersOnAfterMs = 0;     // 0: never by itself
-    int pulledAfterMs = 0;       // after a discovery began; 0: never
-    int forgetsAfterMs = 30000;  // a device that is not bonded, after it was heard last
-    int discoveryTakesMs = 5;    // until one that was asked for runs, and is answered
-    bool knowsPattern = true;    // false: as bluetoothd before it took a Pattern in a filter
+    int appearsAfterMs = 0;       // an absent one appears then; 0: a present one is there at once
+    int powersOnAfterMs = 0;      // after it appeared or powered off by itself; 0: never
+    int powersOffAfterMs = 0;     // after the first discovery began; 0: never
+    int pulledAfterMs = 0;        // after a discovery began; 0: never
+    int forgetsAfterMs = 30000;   // a device that is not bonded, after it was heard last
+    int discoveryTakesMs = 5;     // until one that was asked for runs, and is answered
+    bool othersDiscover = false;  // another program does, as long as it is powered
+    bool knowsPattern = true;     // false: as bluetoothd before it took a Pattern in a filter
 };
 
 // A second adapter as long as nobody plugs one in.

@@ -54,9 +54,11 @@ void ReadAdapter(KeyReader& keys, AdapterPlan& adapter) {
     keys.Read("powered", adapter.powered);
     keys.Read("appears-after-ms", adapter.appearsAfterMs, 0, kHourMs);
     keys.Read("powers-on-after-ms", adapter.powersOnAfterMs, 0, kHourMs);
+    keys.Read("powers-off-after-ms", adapter.powersOffAfterMs, 0, kHourMs);
     keys.Read("pulled-after-ms", adapter.pulledAfterMs, 0, kHourMs);
     keys.Read("forgets-after-ms", adapter.forgetsAfterMs, 1, kHourMs);
     keys.Read("discovery-takes-ms", adapter.discoveryTakesMs, 0, kHourMs);
+    keys.Read("others-discover", adapter.othersDiscover);
     keys.Read("knows-pattern", adapter.knowsPattern);
 }
 
@@ -67,6 +69,15 @@ void ReadFaults(KeyReader& keys, CallFaults& faults) {
     Pairs refusedOnce;
     keys.Read("refused-once", ':', refusedOnce);
     faults.refusedOnce.insert(refusedOnce.begin(), refusedOnce.end());
+    Pairs answersAfter;
+    keys.Read("answers-after", ':', answersAfter);
+    for (const auto& [method, text] : answersAfter) {
+        const std::optional<long> ms = ParseNumber(text, 0, kHourMs);
+        if (!ms) {
+            keys.Fail("answers-after", "'" + text + "' is not a number of milliseconds");
+        }
+        faults.answersAfterMs[method] = static_cast<int>(ms.value_or(0));
+    }
 }
 
 void ReadAdvertising(KeyReader& keys, PhonePlan& phone) {
@@ -148,9 +159,11 @@ void ReadTv(KeyReader& keys, TvPlan& tv) {
     keys.Read("keys", '=', tv.keys);
 }
 
-void ReadWake(KeyReader& keys, Pairs& updates) {
-    keys.Read("before", ':', updates);
-    for (const auto& [phone, value] : updates) {
+void ReadWake(KeyReader& keys, WakePlan& wake) {
+    keys.Read("count", wake.count, 1, 1000);
+    keys.Read("every-ms", wake.everyMs, 0, kHourMs);
+    keys.Read("before", ':', wake.updates);
+    for (const auto& [phone, value] : wake.updates) {
         if (value != "on" && value != "off") {
             keys.Fail("before", "a phone's setting is PHONE:on or PHONE:off");
         }
@@ -167,6 +180,7 @@ void ReadExpectation(KeyReader& keys, Expectation& expect) {
     keys.Read("within-ms", expect.withinMs, 1, kHourMs);
     keys.Read("settle-ms", expect.settleMs, 0, kHourMs);
     keys.Read("log", expect.log);
+    keys.Read("sim", expect.sim);
     keys.Read("never", expect.never);
     keys.Read("connected", expect.connected);
     keys.Read("playing", expect.playing);
@@ -188,7 +202,7 @@ void ReadSection(GKeyFile* file, const std::string& section, Scenario& scenario,
     } else if (section == "tv") {
         ReadTv(keys, scenario.tv);
     } else if (section == "wake") {
-        ReadWake(keys, scenario.updates);
+        ReadWake(keys, scenario.wake);
     } else if (section == "expect") {
         ReadExpectation(keys, scenario.expect);
     } else if (section.size() > 6 && section.compare(0, 6, "phone ") == 0) {
@@ -214,7 +228,7 @@ void CheckWhole(const Scenario& scenario, std::string& error) {
     };
     check("[expect] connected", scenario.expect.connected.value_or(""));
     check("[expect] playing", scenario.expect.playing.value_or(""));
-    for (const auto& [phone, setting] : scenario.updates) {
+    for (const auto& [phone, setting] : scenario.wake.updates) {
         check("[wake] before", phone);
     }
 }

@@ -23,6 +23,13 @@ struct TvPlan {
     Pairs keys;
 };
 
+// The wake-ups that the runner sends.
+struct WakePlan {
+    Pairs updates;  // sent before: phones with their new setting, "on" or "off"
+    int count = 1;
+    int everyMs = 0;  // from one to the next
+};
+
 // What is expected of a run.
 struct Expectation {
     std::string until;        // a text that ends the run when a line holds it
@@ -30,6 +37,7 @@ struct Expectation {
     int withinMs = 30000;
     int settleMs = 0;                      // so long everything must stay as expected after that
     std::vector<std::string> log;          // in the service's log, in this order
+    std::vector<std::string> sim;          // in the simulator's events, in this order
     std::vector<std::string> never;        // nowhere in the service's log or the simulator's events
     std::optional<std::string> connected;  // the phone at the end, empty for none; not said: any
     std::optional<std::string> playing;
@@ -45,7 +53,7 @@ struct Scenario {
     std::vector<PhonePlan> phones;
     StrangersPlan strangers;
     TvPlan tv;
-    Pairs updates;  // sent before the wake-up: phones with their new setting, "on" or "off"
+    WakePlan wake;
     Expectation expect;
 
     // Borrowed; null when there is no such phone.

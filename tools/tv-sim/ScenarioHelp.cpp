@@ -18,14 +18,18 @@ begin with '#'. Every section and key may be left out except a phone's address. 
   present=true               false: there is none, until appears-after-ms
   powered=true               bluetoothd switches it on just after it appeared
   appears-after-ms=0         after the start; 0: at once, or never when present=false
-  powers-on-after-ms=0       after it appeared; 0: never by itself
+  powers-on-after-ms=0       after it appeared or powered off by itself; 0: never
+  powers-off-after-ms=0      it powers off so long after the first discovery began; 0: never
   pulled-after-ms=0          it is pulled out so long after a discovery began; 0: never
   forgets-after-ms=30000     a device that is not bonded is forgotten, after it was heard last
   discovery-takes-ms=5       from the request until it runs and the request is answered
+  others-discover=false      true: another program discovers on it all the time
   knows-pattern=true         false: an older bluetoothd, a discovery filter has no Pattern
-                             and what bluetoothd does with calls:
+                             What bluetoothd does with calls:
   silent-methods=            methods of org.bluez that are never answered, e.g. StartDiscovery;Play
   refused-once=              METHOD:ERROR;... the first call of the method is refused with the error
+  answers-after=             METHOD:MS;... the answer comes so long after the effect, e.g.
+                             StartDiscovery:1200;Play:300
 
 [adapter second]             another one, when this section is there: the keys of [adapter] but for
                              calls; number=1, name=tv #2, address=00:AA:01:00:00:01
@@ -78,13 +82,17 @@ Only the runner uses the rest.
 
 [wake]
   before=                    settings that phones send before the wake-up, PHONE:on or PHONE:off;...
+  count=1                    wake-ups
+  every-ms=0                 from one wake-up to the next
 
 [expect]                     texts may hold {PHONE}, which stands for that phone's address
   until=                     what ends the run: log:TEXT in the service's log or sim:TEXT in the
-                             simulator's events; without it the run lasts for within-ms
-  within-ms=30000            after the wake-up; then everything expected must be there
+                             simulator's events; without it the run lasts for within-ms. It does not
+                             end before the last wake-up
+  within-ms=30000            after the first wake-up; then everything expected must be there
   settle-ms=0                so long it must stay so after the end
   log=                       texts that must come in the service's log, in this order
+  sim=                       texts that must come in the simulator's events, in this order
   never=                     texts that must come neither there nor in the simulator's events
   connected=                 the phone that is connected at the end; empty: none; left out: any
   playing=                   the phone that plays at the end, likewise
