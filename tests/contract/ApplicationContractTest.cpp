@@ -1,5 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <glib.h>
+
+#include <atomic>
+#include <thread>
+
 #include "common/CHandle.h"
 #include "platform/application.h"
 #include "tests/contract/World.h"
@@ -20,6 +25,19 @@ void OnResult(app_control_h request, app_control_error_e result, void* texts) no
     std::string all = MallocPtr<char>(id).get() + std::string(result == 0 ? " runs " : " fails ");
     EXPECT_EQ(app_control_foreach_extra_data(request, AddExtra, &all), 0);
     static_cast<Texts*>(texts)->push_back(all);
+}
+
+// What a launch on another thread comes to; the main loop runs meanwhile.
+int LaunchElsewhere(World& world, app_control_h request) {
+    constexpr int kRuns = 1;
+    std::atomic<int> outcome(kRuns);
+    std::thread other([&] {
+        outcome = app_control_send_launch_request(request, nullptr, nullptr);
+        g_main_context_wakeup(nullptr);
+    });
+    EXPECT_TRUE(world.Await([&] { return outcome != kRuns; }));
+    other.join();
+    return outcome;
 }
 
 // A request is a copy, in the order in which its keys came first.
@@ -43,6 +61,7 @@ TEST_F(ApplicationContractTest, OutcomeOfALaunchComesLaterAndOnce) {
         }
         app_control_h raw = request.get();
         EXPECT_EQ(app_control_send_launch_request(raw, nullptr, nullptr), 0);
+        EXPECT_EQ(LaunchElsewhere(*m_world, raw), runs ? 0 : APP_CONTROL_ERROR_APP_NOT_FOUND);
         EXPECT_EQ(app_control_send_launch_request_async(raw, OnResult, nullptr, &outcomes), 0);
         request.reset();
         EXPECT_TRUE(outcomes.empty());

@@ -8,6 +8,7 @@ namespace {
 const std::string& alice = kPhones[0].address;
 const std::string& ben = kPhones[1].address;
 const std::string& stranger = kPhones[2].address;
+const std::string& dora = kPhones[3].address;
 
 int Connect(const char* address) {
     return bt_audio_connect(address, BT_AUDIO_PROFILE_TYPE_A2DP_SINK);
@@ -174,6 +175,45 @@ TEST_F(BluetoothContractTest, PhoneThatWasAskedForIsMeantAlsoWhenAnotherComesAnd
     m_world->SetConnected(kPhones[0], false);
     Expect(m_events, {"up " + ben, "down " + alice});
     EXPECT_EQ(bt_avrcp_control_get_play_status(&player), BT_ERROR_REMOTE_DEVICE_NOT_CONNECTED);
+}
+
+// The answer comes with the phone's own connection: one event for the request, one for that.
+TEST_F(BluetoothContractTest, AnswerThatComesTooLateIsNoSecondEvent) {
+    m_world->TurnOn();
+    EXPECT_EQ(Connect(dora.c_str()), BT_ERROR_NONE);
+    Expect(m_events, {"failed " + dora});
+    m_world->SetConnected(kPhones[3], true);
+    Expect(m_events, {"up " + dora});
+    EXPECT_EQ(Known(dora.c_str()), dora + " up Dora");
+}
+
+TEST_F(BluetoothContractTest, WhatIsAnotherAdaptersCountsWhenThatOneTakesOver) {
+    char* none = nullptr;
+    MallocPtr<char> name;
+    Texts bonded;
+    const auto onDevice = [](bt_device_info_s* info, void* texts) {
+        static_cast<Texts*>(texts)->emplace_back(info->remote_address);
+        return true;
+    };
+    m_world->TurnOn();
+    EXPECT_EQ(bt_adapter_le_start_scan(OnScan, &m_results), BT_ERROR_NONE);
+    EXPECT_TRUE(m_world->Await([&] { return m_world->Advertise({}); }));
+    if (!m_world->AddAdapter()) {
+        return;
+    }
+    Expect(m_results, {});
+    EXPECT_EQ(bt_adapter_foreach_bonded_device(onDevice, &bonded), BT_ERROR_NONE);
+    EXPECT_THAT(bonded, testing::ElementsAre(dora, alice, ben));
+    EXPECT_EQ(Known(stranger.c_str()), std::to_string(BT_ERROR_REMOTE_DEVICE_NOT_BONDED));
+    EXPECT_EQ(bt_adapter_get_name(Out(name)), BT_ERROR_NONE);
+    EXPECT_EQ(Connect(stranger.c_str()), BT_ERROR_NONE);
+    Expect(m_events, {"failed " + stranger});
+    m_world->TurnOff();
+    Expect(m_results, {"-"});
+    EXPECT_EQ(Known(stranger.c_str()), stranger + " up nameless");
+    EXPECT_EQ(Known(alice.c_str()), std::to_string(BT_ERROR_REMOTE_DEVICE_NOT_BONDED));
+    EXPECT_EQ(bt_adapter_get_name(&none), BT_ERROR_OPERATION_FAILED);
+    EXPECT_EQ(none, nullptr);
 }
 
 }  // namespace

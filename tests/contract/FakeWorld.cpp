@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
 #include "common/AdvertisingData.h"
 #include "tests/contract/World.h"
 #include "tests/fake_platform/FakePlatform.h"
@@ -18,11 +20,12 @@ public:
     ~FakeWorld() override { EXPECT_THAT(Fake::Leftovers(), testing::IsEmpty()); }
 
     bool Await(const Condition& condition) override {
-        // Far more rounds than any chain of events is long.
-        for (int i = 0; i < 100; ++i, Settle()) {
+        // Far more rounds than any chain of events is long, and time for another thread.
+        for (int i = 0; i < 10000; ++i, Settle()) {
             if (condition()) {
                 return true;
             }
+            usleep(i < 100 ? 0 : 1000);
         }
         return false;
     }
@@ -31,7 +34,7 @@ public:
         const bool runs = m_tv.applications[kPlayer].running;
         Fake::FinishLaunch(runs ? APP_CONTROL_ERROR_NONE : APP_CONTROL_ERROR_APP_NOT_FOUND);
         for (const Phone& phone : kPhones) {
-            const bool isUp = m_tv.adapterOn && phone.accepts;
+            const bool isUp = m_tv.adapterOn && phone.answer == Answer::kYes;
             Fake::FinishConnect(phone.address, isUp ? BT_ERROR_NONE : BT_ERROR_TIMED_OUT);
         }
     }
@@ -58,6 +61,7 @@ public:
             Fake::BreakScan(BT_ERROR_NOT_ENABLED);
         }
     }
+    bool AddAdapter() override { return false; }
     bool Advertise(const ManufacturerEntries& entries) override {
         const bool isHeard = Fake::Scanning();
         for (const auto& [company, bytes] : entries) {

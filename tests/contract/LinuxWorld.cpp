@@ -32,11 +32,23 @@ TvSim::PhonePlan PlanOf(const Phone& phone) {
     plan.deviceClass = 0x240418;
     plan.modalias = "usb:v04E8p9000d0100";
     plan.advertises = false;
-    if (!phone.accepts) {
+    if (phone.answer == Answer::kNo) {
         plan.connect = {TvSim::ConnectAnswer::Kind::kRefuse, "org.bluez.Error.Failed", "refused"};
+    } else if (phone.answer == Answer::kNone) {
+        plan.connect.kind = TvSim::ConnectAnswer::Kind::kNever;
     }
     return plan;
 }
+
+// What the second adapter has to tell, in this order; the phone is kPhones[2].
+constexpr const char* kOtherAdaptersObjects[] = {
+    "(objectpath '/org/bluez/hci1', {'org.bluez.Adapter1': {'Powered': <true>}})",
+    "(objectpath '/org/bluez/hci1/dev_A0_00_00_00_00_0C', {'org.bluez.Device1': "
+    "{'Address': <'A0:00:00:00:00:0C'>, 'Paired': <true>, 'Bonded': <true>, 'Connected': <true>, "
+    "'RSSI': <int16 -60>, 'ManufacturerData': <{uint16 5: <b'too long to be left out'>}>}})",
+    "(objectpath '/org/bluez/hci1/dev_A0_00_00_00_00_0C/fd0', {'org.bluez.MediaTransport1': "
+    "{'Device': <objectpath '/org/bluez/hci1/dev_A0_00_00_00_00_0C'>, "
+    "'UUID': <'0000110b-0000-1000-8000-00805f9b34fb'>}})"};
 
 class LinuxWorld : public World {
 public:
@@ -71,6 +83,7 @@ public:
     void TurnOn() override {
         if (m_simulator == nullptr) {
             TvSim::Scenario scenario;
+            scenario.faults.silentMethods = {"Disconnect"};
             for (const Phone& phone : kPhones) {
                 scenario.phones.push_back(PlanOf(phone));
             }
@@ -83,6 +96,15 @@ public:
         Settle();
     }
     void TurnOff() override { m_simulator->SetAdapterPowered(TvSim::Which::kFirst, false); }
+    bool AddAdapter() override {
+        for (const char* object : kOtherAdaptersObjects) {
+            EXPECT_TRUE(g_dbus_connection_emit_signal(
+                m_host.connection.get(), nullptr, "/", "org.freedesktop.DBus.ObjectManager",
+                "InterfacesAdded", g_variant_new_parsed(object), nullptr));
+        }
+        Settle();
+        return true;
+    }
     bool Advertise(const ManufacturerEntries& entries) override {
         return m_simulator->Advertise({"5E:00:00:00:00:01", true, true, -60, entries});
     }

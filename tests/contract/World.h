@@ -20,17 +20,21 @@ using Texts = std::vector<std::string>;
 
 constexpr char kPlayer[] = "com.velmora.tv.bmp";  // the one application that is installed
 
+// What a phone says to the TV's connection requests. One that does not answer does so when it
+// connects by itself: too late.
+enum class Answer { kYes, kNo, kNone };
 struct Phone {
     std::string address;
     const char* name;  // empty: it never told one; NULL: no bond with it
-    bool accepts;      // the TV's connection requests
+    Answer answer;
 };
 // What each of them says of itself; its class is 4/24, headphones.
 constexpr int kVendor = 0x04E8;
 constexpr int kProduct = 0x9000;
-inline const Phone kPhones[] = {{"A0:00:00:00:00:0A", "Alice", true},
-                                {"A0:00:00:00:00:0B", "", false},
-                                {"A0:00:00:00:00:0C", nullptr, false}};
+inline const Phone kPhones[] = {{"A0:00:00:00:00:0A", "Alice", Answer::kYes},
+                                {"A0:00:00:00:00:0B", "", Answer::kNo},
+                                {"A0:00:00:00:00:0C", nullptr, Answer::kNo},
+                                {"90:00:00:00:00:0D", "Dora", Answer::kNone}};
 
 // What surrounds the platform under test: verbs that set it and make things happen. At first there
 // is no Bluetooth service, kPlayer does not run, no event is raised, and the features are
@@ -47,6 +51,9 @@ public:
     // Returns when the platform knows the adapter with the bonded ones of kPhones.
     virtual void TurnOn() = 0;
     virtual void TurnOff() = 0;
+    // After TurnOn: a second adapter appears, powered and without a name, which has a bond with
+    // kPhones[2], is connected with it and hears it advertise. False where there can be one only.
+    [[nodiscard]] virtual bool AddAdapter() = 0;
     // Somebody advertises; false when no radio listens.
     virtual bool Advertise(const ManufacturerEntries& entries) = 0;
     // The phone connects by itself, or leaves.

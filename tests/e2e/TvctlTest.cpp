@@ -191,12 +191,6 @@ TEST_F(Box, GetsItsFirstKeysFromAFileWhoseMistakesCostNothingElse) {
 }
 
 TEST_F(Box, DoesNotFollowWhatAMemberOfTheGroupPlanted) {
-    const std::string target = Root() + "/target";
-    std::ofstream(target) << "root's";
-    std::filesystem::permissions(target, std::filesystem::perms::owner_read);
-    SharedFolder("/opt");
-    std::filesystem::create_symlink(target, Root() + "/opt/usr");
-    TvctlFailure({"device", "history", "--record", kBar});
     SharedFolder("/var/lib/tv-platform");
     const std::string state = Root() + "/var/lib/tv-platform/";
     ASSERT_EQ(mkfifo((state + "config.changed").c_str(), 0666), 0);
@@ -205,10 +199,6 @@ TEST_F(Box, DoesNotFollowWhatAMemberOfTheGroupPlanted) {
     std::filesystem::create_symlink(Root() + "/made", state + "config.db");
     TvctlFailure({"conf", "set", "db/box/key", "1"});
     EXPECT_FALSE(std::filesystem::exists(Root() + "/made"));
-    std::filesystem::remove(state + "config.db");
-    struct stat status = {};
-    ASSERT_EQ(stat(target.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777U, 0400U);
 }
 
 // As SQLite leaves it when it dies in a transaction of two databases (SQLite's file format, 3),
@@ -264,27 +254,6 @@ TEST_F(Box, HarmsNothingElseWhateverLiesBesideItsDatabases) {
     other.reset();
     ASSERT_EQ(db_util_open(Database().c_str(), Out(other), 1), SQLITE_OK);
     EXPECT_EQ(sqlite3_exec(other.get(), kEndless, nullptr, nullptr, nullptr), SQLITE_INTERRUPT);
-}
-
-TEST_F(Box, WaitsOnceForADatabaseThatIsHeldAndGetsItDurableOrNotAtAll) {
-    const std::string file = Root() + "/held.db";
-    SqlitePtr holder;
-    SqlitePtr own;
-    ASSERT_EQ(sqlite3_open(file.c_str(), Out(holder)), SQLITE_OK);
-    Sql(holder, "CREATE TABLE t(x); BEGIN EXCLUSIVE");
-    const gint64 start = g_get_monotonic_time();
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(db_util_open(file.c_str(), Out(own), 1), SQLITE_BUSY);
-    }
-    // Twenty waits would take twenty seconds; a machine that is busy gets ten for one.
-    EXPECT_LT(g_get_monotonic_time() - start, 10 * G_USEC_PER_SEC);
-    Sql(holder, "COMMIT");
-    ASSERT_EQ(db_util_open(file.c_str(), Out(own), 1), SQLITE_OK);
-    StatementPtr setting;
-    ASSERT_EQ(sqlite3_prepare_v2(own.get(), "PRAGMA synchronous", -1, Out(setting), nullptr),
-              SQLITE_OK);
-    ASSERT_EQ(sqlite3_step(setting.get()), SQLITE_ROW);
-    EXPECT_EQ(sqlite3_column_int(setting.get(), 0), 3) << "EXTRA";
 }
 
 TEST_F(Box, MayHaveItsStateOnAnotherDisk) {

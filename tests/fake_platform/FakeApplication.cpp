@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -123,7 +125,10 @@ int app_control_foreach_extra_data(app_control_h handle, app_control_extra_data_
 int app_control_send_launch_request(app_control_h handle, app_control_reply_cb, void*) {
     REFUSE_IF(handle == nullptr);
     FAKE_CALL(kCommand, kAny, Fake::Describe(*handle));
-    return 0;
+    const Fake::Application* application = Fake::Find(handle->appId.c_str());
+    const bool isKnownToFail =
+        !Fake::TheWorld().applications.empty() && (application == nullptr || !application->running);
+    return gettid() != getpid() && isKnownToFail ? APP_CONTROL_ERROR_APP_NOT_FOUND : 0;
 }
 
 int app_control_send_launch_request_async(app_control_h handle,

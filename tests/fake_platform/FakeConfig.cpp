@@ -76,7 +76,9 @@ char* vconf_get_str(const char* key) {
 
 int vconf_get_bool(const char* key, int* value) {
     FAKE_QUERY(key);
-    return Fake::Read<bool>(TheWorld().keys, key, value);
+    return Fake::Read<Fake::Flag>(TheWorld().keys, key, value) == 0
+               ? 0
+               : Fake::Read<bool>(TheWorld().keys, key, value);
 }
 
 int vconf_get_int(const char* key, int* value) {
@@ -96,7 +98,7 @@ int vconf_get_int(const char* key, int* value) {
         return Fake::WriteLater(key, stored, done, user_data);                             \
     }
 FAKE_SETTERS(str, const char*, std::string(value))
-FAKE_SETTERS(bool, int, value != 0)
+FAKE_SETTERS(bool, int, Fake::Flag{value})
 FAKE_SETTERS(int, int, value)
 
 int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* user_data) {

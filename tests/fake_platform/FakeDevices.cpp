@@ -106,6 +106,7 @@ int bt_device_set_authorization(const char* remote_address,
 int bt_adapter_get_name(char** name) {
     FAKE_QUERY();
     FAKE_REFUSE_IF(!TheWorld().adapterOn, BT_ERROR_NOT_ENABLED);
+    FAKE_REFUSE_IF(TheWorld().adapterName.empty(), BT_ERROR_OPERATION_FAILED);
     *name = strdup(TheWorld().adapterName.c_str());
     return BT_ERROR_NONE;
 }

@@ -19,7 +19,9 @@
 // in RunPending(). Main thread only, except where a function says otherwise.
 namespace Fake {
 
-using Value = std::variant<std::string, bool, int>;
+// A bool key holds a Flag, the int that was written; a test may give it a bool.
+enum class Flag : int {};
+using Value = std::variant<std::string, bool, int, Flag>;
 
 struct Device {
     bool bonded = true;
