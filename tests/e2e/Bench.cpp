@@ -129,7 +129,7 @@ std::string Bench::TvctlFailure(const std::vector<std::string>& arguments, const
 void Bench::SetUpTv(const std::vector<std::string>& phones) {
     Tvctl({"feature", "set", "com.velmora/featureconf/display_rotator_supported", "true"});
     Tvctl({"power", "set", "ambient-mode", "1"});
-    Tvctl({"power", "set", "ambient-type", "1"});
+    Tvctl({"power", "set", "ambient-type", "3"});  // of a special type as well
     for (const std::string& phone : phones) {
         Tvctl({"phone", "add", phone});
     }
@@ -176,9 +176,10 @@ void Bench::LaunchPlay(const std::string& phone) {
               "");
 }
 
-void Bench::BecomeDaemon() {
+void Bench::Own(const char* name, bool own) {
     EXPECT_EQ(Ask("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                  "RequestName", g_variant_new("(su)", "org.bluez", 0U)),
+                  own ? "RequestName" : "ReleaseName",
+                  own ? g_variant_new("(su)", name, 0U) : g_variant_new("(s)", name)),
               "");
 }
 

@@ -58,8 +58,9 @@ protected:
     // come.
     void LaunchPlay(const std::string& phone = "");
 
-    // Stands on the bus as org.bluez and answers nothing; Emit then speaks for it.
-    void BecomeDaemon();
+    // Stands on the bus under that name and answers nothing, Emit then speaks for it; or gives the
+    // name up.
+    void Own(const char* name, bool own = true);
 
     // Another program discovers from now on what fits the pattern.
     void Discover(const char* pattern);

@@ -65,6 +65,9 @@ TEST_F(Signals, AStormOfWrongOnesIsAnsweredLineByLineAndTheNextGoodOneWorks) {
     EXPECT_EQ(CountLog("AutoConMobileUpdate takes (s), not "), kStorm);
     EXPECT_EQ(CountLog("Anything"), 0U);
     ExpectMusic();
+    Emit("AutoConMobileUpdate", Text(R"({"btMac":"A0:11:22:33:44:01","value":"N"})"));
+    Wake();
+    AwaitLog("auto connection list is empty");
 }
 
 TEST_F(Signals, AnUnknownNameEndsTheServiceInOrder) {
@@ -88,6 +91,20 @@ TEST_F(Signals, AnUnknownNameEndsTheServiceInOrder) {
     AwaitLog("IN >> [void AutoConnectApp::CloseMainLoop()");
     AwaitLog("IN >> [AutoConnectApp::~AutoConnectApp()(30)]");
     AwaitLog("OUT << [UiAppLaunch::~UiAppLaunch()");
+}
+
+TEST_F(Signals, AreCarriedOutWithoutTheNameWhichComesWhenItIsFree) {
+    constexpr const char* kCarriedOut = "AutoConMobileUpdate takes (s), not ";
+    Own("com.velmora.tv.bt.autoconnect");
+    const Timer first = Timer::Every(10, [this] {
+        if (CountLog(kCarriedOut) > 0) {
+            Own("com.velmora.tv.bt.autoconnect", false);
+        } else if (CountLog("OnNameLost") > 0) {
+            Emit("AutoConMobileUpdate");
+        }
+    });
+    StartService();
+    EXPECT_GT(CountLog(kCarriedOut), 0U);
 }
 
 TEST_F(Keys, WhateverTheyHoldTheServiceStartsAndFollowsTheNextGoodValue) {
@@ -236,6 +253,7 @@ TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
     AwaitEvent("connection asked");
     KillSimulator();
     AwaitLog(std::string(kAlice) + " is not connected: bluetoothd is gone");
+    AwaitLog("Try to connect device");  // the list from its beginning, though it was at its end
     AwaitLog("No more device to try connect");
 
     StartSimulator(kAlicePhone);
@@ -276,7 +294,7 @@ TEST_F(Daemon, WhoseAnswersWaitWhileTheServiceIsStoppedIsBelieved) {
 
 TEST_F(Daemon, MayTellOfAStreamWhileTheAdapterIsOffWhichIsNoConnection) {
     StartService();
-    BecomeDaemon();
+    Own("org.bluez");
     AwaitLog("bluetoothd does not tell its objects");
     const auto add = [this](const char* object) {
         Emit("InterfacesAdded", g_variant_new_parsed(object), "/",

@@ -286,9 +286,11 @@ TEST_F(BTDatabaseTest, CacheAnswersBeforeTheFile) {
     EXPECT_TRUE(m_db->isManufacturerRecordExist(kA));
     Sql("drop table bt_manufacturer_data");
     EXPECT_EQ(Manufacturer(), "new5") << "but by the question whether it exists";
+    EXPECT_TRUE(m_db->isManufacturerRecordExist(kA));
     EXPECT_FALSE(m_db->addToManufacturerDataCache(kA, "other", 1));
     EXPECT_TRUE(m_db->insertManufacturerData(kLow, "x", 1)) << "makes the table";
     EXPECT_FALSE(m_db->insertManufacturerData(kLow, "y", 2));
+    Sql("delete from bt_manufacturer_data");
     EXPECT_TRUE(m_db->getManufacturerData(kLow, text, number) && text == "x" && number == 1);
     EXPECT_EQ(Manufacturer(), "new5");
     EXPECT_TRUE(m_db->deleteManufacturerRecord(kA) && m_db->deleteManufacturerRecord(kLow));

@@ -148,6 +148,7 @@ TEST_F(MobileListTest, FollowsItsTwoKeys) {
         Fake::ClearRecord();
         Fake::RunPending();
         EXPECT_THAT(list.GetList(), ElementsAre(kB));
+        EXPECT_TRUE(list.Exist(kB) && !list.Exist(kA));
         EXPECT_EQ(Fake::TextKey(kResultKey), Result({kB}));
         EXPECT_EQ(Fake::Lines("service").front(),
                   "I service OnAutoOnOffMobileListVconfKeyChanged: +");

@@ -141,11 +141,11 @@ TEST_F(TvStatusUtilTest, WakesTheTvAndKnowsItsArt) {
 
     // From here on for good: the product line is read once.
     world.features["com.velmora/featureconf/lumeo_tv"] = true;
-    expect(true, 1, 2);  // whether it is art-mode-only could not be read
-    world.features["com.velmora/featureconf/artapp.artmode_only_support"] = false;
-    expect(true, 1, 2);
+    expect(true, 1, 2);  // whether it is art-mode-only cannot be read
     expect(false, 2, 2);
     expect(false, 1, 1);
+    world.features["com.velmora/featureconf/artapp.artmode_only_support"] = true;
+    expect(false, 1, 2);  // for good, too
 
     world.ambientMode = 1;
     world.ambientType = 4;
