@@ -172,7 +172,8 @@ std::string Bench::Ask(const char* whom, const char* path, const char* interface
 
 void Bench::LaunchPlay(const std::string& phone) {
     EXPECT_EQ(Ask("com.velmora.tv.bmp", "/com/velmora/tv/bmp", Platform::kApplicationInterface,
-                  "ActivateAction", Platform::LaunchArguments({{"cmd", "play"}}, phone)),
+                  "ActivateAction",
+                  Platform::LaunchArguments({{"cmd", "play"}, {"c", "\xC3\xA4"}}, phone)),
               "");
 }
 

@@ -54,8 +54,8 @@ protected:
 
     // Stops the service for that long and lets it go on.
     void Stall(int ms);
-    // Launches the media player with cmd=play, about a phone unless that is empty; the answer has
-    // come.
+    // Launches the media player with cmd=play and an unknown extra, about a phone unless that is
+    // empty; the answer has come.
     void LaunchPlay(const std::string& phone = "");
 
     // Stands on the bus under that name and answers nothing, Emit then speaks for it; or gives the

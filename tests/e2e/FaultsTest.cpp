@@ -262,15 +262,6 @@ TEST_F(Daemon, KilledInMidScanAndInMidConnectIsBackForTheNextWakeUp) {
     EXPECT_EQ(CountLog("result : 0, address : "), 1U);
 }
 
-TEST_F(Daemon, ThatNeverAnswersTheConnectionLeadsToTheNextPhone) {
-    StartAll("connect=never\n[phone Ben]\naddress=" + std::string(kBen) + "\nadvertises=false\n",
-             {kAlice, kBen});
-    Wake();
-    AwaitLog(std::string(kAlice) + " is not connected: no success within 10 s");
-    AwaitLog("Connect Fail");
-    AwaitEvent("phone Ben: plays");
-}
-
 TEST_F(Daemon, ThatAnswersTheStartLateServesTheNextWakeUpAndIsToldToStop) {
     StartAll("advertise-after-ms=10\n[adapter]\ndiscovery-takes-ms=6000\n");
     Wake();
@@ -329,14 +320,6 @@ TEST_F(Daemon, MayBeTooOldForAPatternInAFilter) {
     StartAll("[adapter]\nknows-pattern=false\n");
     Wake();
     AwaitLog(std::string("Found ") + kAlice);
-}
-
-TEST_F(Daemon, TellsOfAPhoneThatConnectsByItselfAndOfItsLeave) {
-    StartAll("connects-by-itself-after-ms=500\ndisconnects-after-ms=500\n");
-    AwaitLog("OnAudioSinkConnected(");
-    AwaitLog("OnAudioSinkDisconnected(");
-    EXPECT_EQ(CountLog(std::string("result : 0, address : ") + kAlice), 2U);
-    EXPECT_EQ(CountLog("bmplayer"), 0U);
 }
 
 // What the log says of results: too short for a phone's, and long enough.

@@ -126,9 +126,10 @@ int app_control_send_launch_request(app_control_h handle, app_control_reply_cb, 
     REFUSE_IF(handle == nullptr);
     FAKE_CALL(kCommand, kAny, Fake::Describe(*handle));
     const Fake::Application* application = Fake::Find(handle->appId.c_str());
-    const bool isKnownToFail =
-        !Fake::TheWorld().applications.empty() && (application == nullptr || !application->running);
-    return gettid() != getpid() && isKnownToFail ? APP_CONTROL_ERROR_APP_NOT_FOUND : 0;
+    FAKE_REFUSE_IF(gettid() != getpid() && !Fake::TheWorld().applications.empty() &&
+                       (application == nullptr || !application->running),
+                   APP_CONTROL_ERROR_APP_NOT_FOUND);
+    return 0;
 }
 
 int app_control_send_launch_request_async(app_control_h handle,

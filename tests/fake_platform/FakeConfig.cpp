@@ -76,9 +76,7 @@ char* vconf_get_str(const char* key) {
 
 int vconf_get_bool(const char* key, int* value) {
     FAKE_QUERY(key);
-    return Fake::Read<Fake::Flag>(TheWorld().keys, key, value) == 0
-               ? 0
-               : Fake::Read<bool>(TheWorld().keys, key, value);
+    return Fake::Read<Fake::Flag>(TheWorld().keys, key, value);
 }
 
 int vconf_get_int(const char* key, int* value) {

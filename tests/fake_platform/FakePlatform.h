@@ -19,7 +19,7 @@
 // in RunPending(). Main thread only, except where a function says otherwise.
 namespace Fake {
 
-// A bool key holds a Flag, the int that was written; a test may give it a bool.
+// A bool feature holds a bool; a bool key holds the int that was written.
 enum class Flag : int {};
 using Value = std::variant<std::string, bool, int, Flag>;
 

@@ -1,16 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <random>
 
 #include "tests/unit/PlatformTest.h"
 #include "utility/AppDataUtil.h"
@@ -357,45 +353,6 @@ TEST_F(BTDatabaseTest, KeepsWhatItAcknowledgedWhateverIsWrongWithTheFile) {
             EXPECT_EQ(m_db->GetRecordCount(), rows);
         }
         m_db->DeleteDBFiles();
-    }
-}
-
-TEST_F(BTDatabaseTest, KeepsWhatItAcknowledgedWhenItIsKilled) {
-    ASSERT_TRUE(m_db->PrepareDatabase());
-    constexpr int kMost = 8100;  // addresses
-    // Shared with the writers.
-    auto* const isAcknowledged = static_cast<volatile bool*>(
-        mmap(nullptr, kMost, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-    std::random_device random;
-    int next = 0;
-    for (int round = 0; round < 200; ++round, ++next) {
-        const gint64 start = g_get_monotonic_time();
-        const pid_t writer = fork();
-        if (writer == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            while (Open() && Insert(Address(next), "new") &&
-                   m_db->UpdateDataOnDB(Address(next), BT_DB_REMOTE_NAME, "kept") &&
-                   m_db->CloseDatabase()) {
-                isAcknowledged[next++] = true;
-            }
-            _exit(1);
-        }
-        while (!isAcknowledged[next] && waitpid(writer, nullptr, WNOHANG) == 0) {
-            usleep(100);
-        }
-        ASSERT_TRUE(isAcknowledged[next]) << "the writer gave up";
-        // Anywhere in what it does next, which takes about as long as what it has done.
-        usleep(random() % static_cast<unsigned int>(g_get_monotonic_time() - start));
-        kill(writer, SIGKILL);
-        ASSERT_EQ(waitpid(writer, nullptr, 0), writer);
-        while (isAcknowledged[next]) {
-            ++next;
-        }
-    }
-    ASSERT_TRUE(Open());
-    for (int i = 0; i < next; ++i) {
-        EXPECT_TRUE(!isAcknowledged[i] ||
-                    (m_db->GetDataFromDB(Address(i), BT_DB_REMOTE_NAME, text) && text == "kept"));
     }
 }
 

@@ -112,7 +112,7 @@ TEST_F(SystemConfigUtilTest, ReadsNoSecondKeyInVain) {
     expect(S::IsSupportVelmoraAudioCompatibility, false, 1);
     features[kPrefix + "bluetooth.velmora_audio_compatibility_support"] = true;
     expect(S::IsSupportVelmoraAudioCompatibility, false, 2);
-    Fake::TheWorld().keys["db/nirvo/velmora_audio_compatibility"] = true;
+    Fake::TheWorld().keys["db/nirvo/velmora_audio_compatibility"] = Fake::Flag{1};
     expect(S::IsSupportVelmoraAudioCompatibility, true, 2);
     EXPECT_EQ(Fake::Lines("utility", 4).back(),
               "I utility IsSupportVelmoraAudioCompatibilityVconf: "
