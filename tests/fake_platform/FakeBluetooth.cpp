@@ -115,7 +115,12 @@ int bt_audio_connect(const char* remote_address, bt_audio_profile_type_e type) {
     const std::string address = Fake::NormalAddress(remote_address);
     FAKE_REFUSE_IF(address.empty() || type != BT_AUDIO_PROFILE_TYPE_A2DP_SINK,
                    BT_ERROR_INVALID_PARAMETER);
-    return Main().connecting.insert(address).second ? BT_ERROR_NONE : BT_ERROR_NOW_IN_PROGRESS;
+    FAKE_REFUSE_IF(Main().connecting.count(address) != 0, BT_ERROR_NOW_IN_PROGRESS);
+    for (const std::string& other : std::exchange(Main().connecting, {address})) {
+        Main().pending.emplace_back(
+            [other] { Fake::ConnectionEvent(BT_ERROR_CANCELLED, false, other.c_str()); });
+    }
+    return BT_ERROR_NONE;
 }
 
 int bt_avrcp_control_get_play_status(bt_avrcp_player_state_e* state) {

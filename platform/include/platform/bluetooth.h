@@ -194,6 +194,7 @@ typedef enum {
  *   (an error, true)        bt_audio_connect failed: TIMED_OUT, RESOURCE_BUSY, NOT_ENABLED,
  *                           REMOTE_DEVICE_NOT_BONDED, AUTH_FAILED, OPERATION_FAILED and others
  *   (BT_ERROR_NONE, false)  it went down
+ *   (an error, false)       bt_audio_connect ended because another device was asked for meanwhile
  * Each event is delivered once. The address is upper case and valid during the callback. */
 typedef void (*bt_audio_connection_state_changed_cb)(int result, bool connected,
                                                      const char* remote_address, void* user_data);
@@ -205,12 +206,14 @@ int bt_audio_set_connection_state_changed_cb(bt_audio_connection_state_changed_c
 int bt_audio_unset_connection_state_changed_cb(void);
 
 /* Connects a bonded device. BT_ERROR_NONE: exactly one connection-state event with this address
- * and connected == true follows, also when there is no adapter or no such device; at the latest
- * some 12 s later, for the attempt has 10 s and its cancellation 2 s. While a scan is being stopped
- * the request waits for that to end, because a radio that still scans pages badly. NOW_IN_PROGRESS:
- * that device is being connected already and its event is still to come. INVALID_PARAMETER: NULL or
- * malformed address, or another profile. A connection that the phone makes by itself while the
- * attempt is given up is an event of its own, after that one. */
+ * follows that does not tell of a connection that went down, also when there is no adapter or no
+ * such device; at the latest some 12 s later, for the attempt has 10 s and its cancellation 2 s.
+ * There is one attempt at a time: a device that is being connected is given up when another one is
+ * asked for. While a scan is being stopped the request waits for that to end, because a radio that
+ * still scans pages badly. NOW_IN_PROGRESS: that device is being connected already and its event is
+ * still to come. INVALID_PARAMETER: NULL or malformed address, or another profile. A connection
+ * that the phone makes by itself while the attempt is given up is an event of its own, after that
+ * one. */
 int bt_audio_connect(const char* remote_address, bt_audio_profile_type_e type);
 
 typedef enum {

@@ -24,29 +24,49 @@ void Audio::SetCallback(bt_audio_connection_state_changed_cb callback, void* use
 }
 
 int Audio::Connect(const std::string& address) {
-    const auto [entry, isNew] = m_requests.try_emplace(address);
-    if (!isNew) {
+    if (!m_requests.empty() && m_requests.back()->Address() == address) {
         return BT_ERROR_NOW_IN_PROGRESS;
     }
     m_asked = address;
-    entry->second = std::make_shared<ConnectRequest>(
-        m_mirror, address, [this, address](int result) { OnRequestEnded(address, result); });
-    entry->second->Start(m_scan);
+    for (const auto& request : m_requests) {
+        request->Overtake();
+    }
+    m_requests.push_back(std::make_shared<ConnectRequest>(
+        m_mirror, address,
+        [this](const ConnectRequest& request, int result) { OnRequestEnded(request, result); }));
+    StartFirst();
     return BT_ERROR_NONE;
 }
 
-void Audio::OnRequestEnded(const std::string& address, int result) {
-    const auto request = m_requests.extract(address);
-    const std::string& device = request.mapped()->Path();
-    if (result == BT_ERROR_NONE) {
-        AddConnected(device, address);
-        SetPhone(device, address);
+void Audio::StartFirst() {
+    if (!m_requests.empty() && !std::exchange(m_isFirstStarted, true)) {
+        m_requests.front()->Start(m_scan);
     }
-    Tell(result, true, address);
+}
+
+void Audio::OnRequestEnded(const ConnectRequest& request, int result) {
+    const auto ended =
+        std::find_if(m_requests.begin(), m_requests.end(),
+                     [&request](const auto& entry) { return entry.get() == &request; });
+    const std::shared_ptr<ConnectRequest> held = *ended;
+    m_isFirstStarted = m_isFirstStarted && ended != m_requests.begin();
+    m_requests.erase(ended);
+    const std::string& device = request.Path();
+    if (result == BT_ERROR_NONE) {
+        AddConnected(device, request.Address());
+        SetPhone(device, request.Address());
+    }
+    Tell(result, !request.IsOvertaken(), request.Address());
     // The phone may have connected by itself while the attempt was being cancelled.
     if (result != BT_ERROR_NONE && m_mirror.HasTransport(device)) {
         OnTransportAdded(device);
     }
+    StartFirst();
+}
+
+bool Audio::HasRequest(const std::string& address) const {
+    return std::any_of(m_requests.begin(), m_requests.end(),
+                       [&address](const auto& request) { return request->Address() == address; });
 }
 
 void Audio::SetPhone(const std::string& device, const std::string& address) {
@@ -105,7 +125,7 @@ void Audio::OnAdapterLost(const std::string& path) {
 // listener may ask for the next connection while it is told.
 void Audio::FailAll(const std::string& adapter, const char* reason) {
     std::vector<std::shared_ptr<ConnectRequest>> requests;
-    for (const auto& [address, request] : m_requests) {
+    for (const auto& request : m_requests) {
         if (adapter.empty() || IsBelow(request->Path(), adapter)) {
             requests.push_back(request);
         }
@@ -125,9 +145,10 @@ void Audio::FailAll(const std::string& adapter, const char* reason) {
 }
 
 void Audio::OnDeviceDisconnected(const std::string& path) {
-    const auto request = m_requests.find(m_mirror.AddressOf(path));
-    if (request != m_requests.end() && request->second->Path() == path) {
-        request->second->OnLinkLost();
+    for (const auto& request : m_requests) {
+        if (request->Path() == path) {
+            request->OnLinkLost();
+        }
     }
     RemoveConnected(path);
 }
@@ -135,7 +156,7 @@ void Audio::OnDeviceDisconnected(const std::string& path) {
 void Audio::OnTransportAdded(const std::string& device) {
     const std::string address = m_mirror.AddressOf(device);
     // A request that runs reports its own end, and what another adapter does is not ours.
-    if (FindConnected(device) == m_connected.end() && m_requests.count(address) == 0 &&
+    if (FindConnected(device) == m_connected.end() && !HasRequest(address) &&
         IsBelow(device, m_mirror.PoweredAdapter())) {
         AddConnected(device, address);
         if (address == m_asked) {

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,8 +13,9 @@
 
 namespace Bluez {
 
-// A2DP connections in which this machine is the sink: makes them, and tells the one listener what
-// becomes of them. Functions and result codes are those of the Bluetooth interface. Main loop only.
+// A2DP connections in which this machine is the sink: makes them, one at a time, and tells the one
+// listener what becomes of them. Functions and result codes are those of the Bluetooth interface.
+// Main loop only.
 class Audio : private Listener {
 public:
     Audio(Mirror& mirror, Scan& scan);
@@ -35,7 +35,9 @@ public:
     [[nodiscard]] std::size_t ConnectedCount() const { return m_connected.size(); }
 
 private:
-    void OnRequestEnded(const std::string& address, int result);
+    void StartFirst();
+    void OnRequestEnded(const ConnectRequest& request, int result);
+    [[nodiscard]] bool HasRequest(const std::string& address) const;
     void SetPhone(const std::string& device, const std::string& address);
 
     struct Connection {
@@ -57,8 +59,10 @@ private:
     Mirror& m_mirror;
     Scan& m_scan;
     bt_audio_connection_state_changed_cb m_callback = nullptr;
-    void* m_userData = nullptr;                                         // not owned
-    std::map<std::string, std::shared_ptr<ConnectRequest>> m_requests;  // by address
+    void* m_userData = nullptr;  // not owned
+    // As they were asked for. The first one has the radio; all but the last are being given up.
+    std::vector<std::shared_ptr<ConnectRequest>> m_requests;
+    bool m_isFirstStarted = false;
     std::string m_asked;                  // address of the last request
     std::vector<Connection> m_connected;  // the last one last
     std::string m_phone;                  // CurrentPhone while it is there

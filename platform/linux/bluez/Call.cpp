@@ -26,6 +26,9 @@ Call::Call(GDBusConnection* connection, const std::string& path, const char* int
     : m_pending(std::make_shared<Pending>()) {
     m_pending->done = std::move(done);
     m_pending->deadline = Deadline(connection, timeoutMs, [weak = WeakPending(m_pending)] {
+        if (const std::shared_ptr<Pending> pending = weak.lock()) {
+            g_cancellable_cancel(pending->cancellable.get());
+        }
         const GErrorPtr error(
             g_error_new_literal(G_IO_ERROR, G_IO_ERROR_TIMED_OUT, "no answer in time"));
         Finish(weak, nullptr, error.get());

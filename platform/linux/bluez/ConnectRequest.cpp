@@ -29,10 +29,11 @@ bool IsFalse(GVariant* reply) {
 }  // namespace
 
 ConnectRequest::ConnectRequest(const Mirror& mirror, std::string address, Done done)
-    : m_mirror(mirror), m_address(std::move(address)), m_done(std::move(done)) {}
+    : m_mirror(mirror), m_address(std::move(address)), m_done(std::move(done)) {
+    m_deadline = Deadline(m_mirror.Connection(), kAttemptMs, [this] { OnDeadline(); });
+}
 
 void ConnectRequest::Start(Scan& scan) {
-    m_deadline = Deadline(m_mirror.Connection(), kAttemptMs, [this] { OnDeadline(); });
     // Paging while the radio scans fails more often, so the stop of the scan is waited for. The
     // request may be gone by then.
     scan.WhenStopped([weak = weak_from_this()] {
@@ -43,6 +44,9 @@ void ConnectRequest::Start(Scan& scan) {
 }
 
 void ConnectRequest::Begin() {
+    if (m_givenUp != BT_ERROR_NONE) {
+        return;
+    }
     const std::string adapter = m_mirror.PoweredAdapter();
     m_device = m_mirror.DevicePath(adapter, m_address);
     const Device* device = m_mirror.FindDevice(m_device);
@@ -66,8 +70,8 @@ void ConnectRequest::Attempt() {
 }
 
 void ConnectRequest::OnAnswered(const GError* error) {
-    if (m_cancellation) {
-        End(BT_ERROR_TIMED_OUT);
+    if (m_givenUp != BT_ERROR_NONE) {
+        End(m_givenUp);
         return;
     }
     // The phone may have connected by itself meanwhile, which is what was wanted.
@@ -103,8 +107,8 @@ void ConnectRequest::AskForLink(int result, const std::string& reason) {
     m_attempt = Call(m_mirror.Connection(), m_device, kPropertiesInterface, "Get",
                      g_variant_new("(ss)", kDeviceInterface, "Connected"), kCancellationMs,
                      [this, result, reason](GVariant* reply, const GError* /*error*/) {
-                         if (m_cancellation) {
-                             End(BT_ERROR_TIMED_OUT);
+                         if (m_givenUp != BT_ERROR_NONE) {
+                             End(m_givenUp);
                          } else if (IsFalse(reply)) {
                              RepeatForLink();
                          } else {
@@ -133,19 +137,26 @@ void ConnectRequest::OnDeadline() {
     const bool isBusy = !m_attempt && !m_device.empty() && !m_isRepeated;
     Explain(std::string(isBusy ? "bluetoothd was busy with it for " : "no success within ") +
             std::to_string(kAttemptMs / 1000) + " s");
-    if (m_attempt) {
-        Cancel();
-    } else {
-        End(isBusy ? BT_ERROR_RESOURCE_BUSY : BT_ERROR_TIMED_OUT);
+    GiveUp(isBusy ? BT_ERROR_RESOURCE_BUSY : BT_ERROR_TIMED_OUT);
+}
+
+void ConnectRequest::Overtake() {
+    if (m_givenUp == BT_ERROR_NONE) {
+        Explain("another phone is asked for");
+        GiveUp(BT_ERROR_CANCELLED);
     }
 }
 
 // Unless it is told to give up, bluetoothd goes on and refuses the next attempt as busy.
-void ConnectRequest::Cancel() {
+void ConnectRequest::GiveUp(bt_error_e result) {
+    m_givenUp = result;
+    if (!m_attempt) {
+        m_pause = Timer::Once(0, [this] { End(m_givenUp); });
+        return;
+    }
     m_cancellation = Call(m_mirror.Connection(), m_device, kDeviceInterface, "Disconnect", nullptr,
                           kCancellationMs, [](GVariant* /*reply*/, const GError* /*error*/) {});
-    m_deadline =
-        Deadline(m_mirror.Connection(), kCancellationMs, [this] { End(BT_ERROR_TIMED_OUT); });
+    m_deadline = Deadline(m_mirror.Connection(), kCancellationMs, [this] { End(m_givenUp); });
 }
 
 void ConnectRequest::Fail(int result, const std::string& reason) {
@@ -160,10 +171,13 @@ void ConnectRequest::Explain(const std::string& reason) {
 }
 
 void ConnectRequest::End(int result) {
+    // Whoever is told may ask for the next one, and this one must not be under way then.
+    m_attempt.Drop();
+    m_cancellation.Drop();
     // The request goes with this call.
     const Done done = std::exchange(m_done, nullptr);
     if (done) {
-        done(result);
+        done(*this, result);
     }
 }
 

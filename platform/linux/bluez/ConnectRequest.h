@@ -18,14 +18,17 @@ namespace Bluez {
 // Dropping it gives it up. Main loop only.
 class ConnectRequest : public std::enable_shared_from_this<ConnectRequest> {
 public:
-    using Done = std::function<void(int result)>;
+    // `result`: BT_ERROR_NONE or an error of the Bluetooth interface.
+    using Done = std::function<void(const ConnectRequest& request, int result)>;
 
-    // `address` is well-formed, upper case. `done` runs once, never within Start, at the latest 12
-    // s after it, with BT_ERROR_NONE or an error of the Bluetooth interface; it may drop the
-    // request. The mirror must outlive it.
+    // `address` is well-formed, upper case. `done` runs once, on the main loop, at the latest 12 s
+    // from now; it may drop the request. The mirror must outlive it.
     ConnectRequest(const Mirror& mirror, std::string address, Done done);
 
+    // To be called once, when no other request has the radio.
     void Start(Scan& scan);
+    // Another phone is asked for: ends as soon as bluetoothd is done with this one.
+    void Overtake();
     // A link to the phone went down, or its device was removed.
     void OnLinkLost() { m_isLinkLost = true; }
     // Ends it with that result.
@@ -33,6 +36,8 @@ public:
 
     // Object path of the phone; empty while the scan is waited for.
     [[nodiscard]] const std::string& Path() const { return m_device; }
+    [[nodiscard]] const std::string& Address() const { return m_address; }
+    [[nodiscard]] bool IsOvertaken() const { return m_givenUp == BT_ERROR_CANCELLED; }
 
 private:
     void Begin();
@@ -43,7 +48,7 @@ private:
     void RepeatForLink();
     void Repeat(int pauseMs);
     void OnDeadline();
-    void Cancel();
+    void GiveUp(bt_error_e result);
     void Explain(const std::string& reason);
     void End(int result);
 
@@ -55,10 +60,11 @@ private:
     Call m_cancellation;
     Deadline m_deadline;
     Timer m_pause;
-    bool m_isExplained = false;  // the log says why it fails
-    bool m_wasLinked = false;    // there was a link when the attempt began
-    bool m_isLinkLost = false;   // a link went down during the attempt
-    bool m_isRepeated = false;   // because a link went down
+    bt_error_e m_givenUp = BT_ERROR_NONE;  // it is being cancelled, and ends with that
+    bool m_isExplained = false;            // the log says why it fails
+    bool m_wasLinked = false;              // there was a link when the attempt began
+    bool m_isLinkLost = false;             // a link went down during the attempt
+    bool m_isRepeated = false;             // because a link went down
 };
 
 }  // namespace Bluez
