@@ -166,6 +166,10 @@ void DeviceTable::Clear() {
 void DeviceTable::ForgetOld() {
     const gint64 oldest = g_get_monotonic_time() - gint64{1000} * m_forgetsAfterMs;
     RemoveIf([&](const Device& device) { return device.heardAtUs < oldest && !device.connected; });
+    if (std::all_of(m_devices.begin(), m_devices.end(),
+                    [](const auto& entry) { return entry.second.bonded; })) {
+        m_forgetTimer.Cancel();
+    }
 }
 
 void DeviceTable::RemoveIf(const std::function<bool(const Device&)>& condition) {
