@@ -3,6 +3,7 @@
 #include "platform/linux/bluez/Mirror.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "platform/linux/base/PlatformLog.h"
@@ -248,12 +249,17 @@ void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
     Adapter& adapter = m_adapters[path];
     m_hadAdapter = true;
     const bool wasPowered = adapter.isPowered;
-    ReadText(values, "Alias", adapter.alias);
-    ReadBool(values, "Discovering", adapter.isDiscovering);
-    ReadBool(values, "Powered", adapter.isPowered);
-    if (const GVariantPtr uuids = ReadUuids(values)) {
-        adapter.hasA2dpSink = Names(uuids, kA2dpSinkUuid);
-    }
+    ForEachProperty(values, [&adapter](const char* name, GVariant* value) {
+        if (Is(name, "Alias")) {
+            Read(value, adapter.alias);
+        } else if (Is(name, "UUIDs")) {
+            adapter.hasA2dpSink = Names(value, kA2dpSinkUuid);
+        } else if (Is(name, "Discovering")) {
+            Read(value, adapter.isDiscovering);
+        } else if (Is(name, "Powered")) {
+            Read(value, adapter.isPowered);
+        }
+    });
     if (adapter.isPowered != wasPowered) {
         PLATFORM_INFO("adapter %s is %s", path.c_str(), adapter.isPowered ? "on" : "off");
     }
@@ -270,17 +276,26 @@ void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
         device.address = AddressOfPath(path);
     }
     const bool wasConnected = device.isConnected;
-    ReadText(values, "Address", device.address);
-    ReadText(values, "Name", device.name);
-    ReadBool(values, "Paired", device.isPaired);
-    ReadBool(values, "Bonded", device.isBonded);
-    ReadBool(values, "Connected", device.isConnected);
-    g_variant_lookup(values, "Class", "u", &device.deviceClass);
-    ReadText(values, "Modalias", device.modalias);
-    if (const GVariantPtr uuids = ReadUuids(values)) {
-        device.hasHid = Names(uuids, kHidUuid) || Names(uuids, kHidOverLeUuid);
-        device.hasA2dpSource = Names(uuids, kA2dpSourceUuid);
-    }
+    ForEachProperty(values, [&device](const char* name, GVariant* value) {
+        if (Is(name, "Connected")) {
+            Read(value, device.isConnected);
+        } else if (Is(name, "Bonded")) {
+            Read(value, device.isBonded);
+        } else if (Is(name, "Paired")) {
+            Read(value, device.isPaired);
+        } else if (Is(name, "Name")) {
+            Read(value, device.name);
+        } else if (Is(name, "Address")) {
+            Read(value, device.address);
+        } else if (Is(name, "Class")) {
+            Read(value, device.deviceClass);
+        } else if (Is(name, "Modalias")) {
+            Read(value, device.modalias);
+        } else if (Is(name, "UUIDs")) {
+            device.hasHid = Names(value, kHidUuid) || Names(value, kHidOverLeUuid);
+            device.hasA2dpSource = Names(value, kA2dpSourceUuid);
+        }
+    });
     if (device.address != oldAddress) {
         DropAddress(path, oldAddress);
         m_devicePaths.emplace(device.address, path);
@@ -293,8 +308,13 @@ void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
 void Mirror::ApplyTransport(const std::string& path, GVariant* values) {
     std::string device;
     std::string uuid;
-    ReadText(values, "Device", device);
-    ReadText(values, "UUID", uuid);
+    ForEachProperty(values, [&](const char* name, GVariant* value) {
+        if (Is(name, "Device")) {
+            Read(value, device);
+        } else if (Is(name, "UUID")) {
+            Read(value, uuid);
+        }
+    });
     // A change of an existing stream names neither. The UUID is the local end's role: with another
     // than the sink's this machine does not render.
     if (AddressOfPath(device).empty() || g_ascii_strcasecmp(uuid.c_str(), kA2dpSinkUuid) != 0) {
@@ -306,13 +326,24 @@ void Mirror::ApplyTransport(const std::string& path, GVariant* values) {
 
 void Mirror::ApplyPlayer(const std::string& path, GVariant* values) {
     Player& player = m_players[path];
-    ReadText(values, "Device", player.device);
-    ReadText(values, "Status", player.status);
+    ForEachProperty(values, [&player](const char* name, GVariant* value) {
+        if (Is(name, "Device")) {
+            Read(value, player.device);
+        } else if (Is(name, "Status")) {
+            if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING)) {
+                player.status = g_variant_get_string(value, nullptr);
+            }
+        }
+    });
     ForEachListener([&path](Listener& listener) { listener.OnPlayerChanged(path); });
 }
 
 void Mirror::ApplyControl(const std::string& path, GVariant* values) {
-    ReadText(values, "Player", m_addressedPlayers[path]);
+    ForEachProperty(values, [this, &path](const char* name, GVariant* value) {
+        if (Is(name, "Player")) {
+            Read(value, m_addressedPlayers[path]);
+        }
+    });
 }
 
 void Mirror::TellAdvertisement(const std::string& path, GVariant* values) {

@@ -2,55 +2,66 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <glib.h>
+
 #include <cstring>
+#include <string>
 
-#include "common/CHandle.h"
-
-// Reading the properties of bluetoothd's objects, an a{sv}.
+// Reading the properties of bluetoothd's objects.
 
 namespace Bluez {
+
+// Runs `apply(name, value)` for each entry of an a{sv}.
+template <typename Apply>
+void ForEachProperty(GVariant* values, Apply apply) {
+    GVariantIter iter;
+    g_variant_iter_init(&iter, values);
+    const char* name = nullptr;
+    GVariant* value = nullptr;
+    while (g_variant_iter_loop(&iter, "{&sv}", &name, &value)) {
+        apply(name, value);
+    }
+}
 
 inline bool Is(const char* name, const char* wanted) {
     return std::strcmp(name, wanted) == 0;
 }
 
-// These do not change the target when there is no such property, or it has another type than the
-// interface says.
-
-// A string or an object path.
-template <typename Text>
-void ReadText(GVariant* properties, const char* name, Text& target) {
-    const char* text = nullptr;
-    if (g_variant_lookup(properties, name, "&s", &text) != FALSE ||
-        g_variant_lookup(properties, name, "&o", &text) != FALSE) {
-        target = text;
+// These do not change the target when the value has another type than the interface says.
+inline void Read(GVariant* value, std::string& target) {
+    if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) ||
+        g_variant_is_of_type(value, G_VARIANT_TYPE_OBJECT_PATH)) {
+        target = g_variant_get_string(value, nullptr);
     }
 }
 
-template <typename Bool>
-void ReadBool(GVariant* properties, const char* name, Bool& target) {
-    gboolean flag = FALSE;
-    if (g_variant_lookup(properties, name, "b", &flag) != FALSE) {
-        target = flag != FALSE;
+inline void Read(GVariant* value, guint32& target) {
+    if (g_variant_is_of_type(value, G_VARIANT_TYPE_UINT32)) {
+        target = g_variant_get_uint32(value);
     }
 }
 
-// The list of service UUIDs; null when there is none.
-inline GVariantPtr ReadUuids(GVariant* properties) {
-    return GVariantPtr(g_variant_lookup_value(properties, "UUIDs", G_VARIANT_TYPE_STRING_ARRAY));
-}
-
-// Whether such a list names the service.
-inline bool Names(const GVariantPtr& uuids, const char* service) {
+// Whether a list of service UUIDs names the service.
+inline bool Names(GVariant* uuids, const char* service) {
+    if (!g_variant_is_of_type(uuids, G_VARIANT_TYPE_STRING_ARRAY)) {
+        return false;
+    }
     GVariantIter iter;
-    g_variant_iter_init(&iter, uuids.get());
+    g_variant_iter_init(&iter, uuids);
     const char* uuid = nullptr;
-    while (g_variant_iter_next(&iter, "&s", &uuid) != FALSE) {
+    while (g_variant_iter_next(&iter, "&s", &uuid)) {
         if (g_ascii_strcasecmp(uuid, service) == 0) {
             return true;
         }
     }
     return false;
+}
+
+template <typename Bool>
+inline void Read(GVariant* value, Bool& target) {
+    if (g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN)) {
+        target = g_variant_get_boolean(value) != FALSE;
+    }
 }
 
 }  // namespace Bluez
