@@ -118,6 +118,7 @@ TEST_F(Player, SaysThatThereIsNoBluetoothAndThatAnotherInstanceRuns) {
 }
 
 TEST_F(RestlessPlayer, LosesNoLaunchThatComesWhileItEnds) {
+    Run("media-player", {}, "");
     Timer launches = Timer::Every(1, [this] {
         Activate();
         g_usleep(500);

@@ -118,7 +118,7 @@ TEST_F(Trace, TakesEveryFormOfTheLogAndWhateverElseIsInIt) {
         EXPECT_EQ(TimelineOf(LogIn("{" + std::string(entry) + "}\n")), told) << entry;
     }
     const char* const inBytes = R"({"__REALTIME_TIMESTAMP":"1","SYSLOG_IDENTIFIER":"TV_PLATFORM",)"
-                                R"("MESSAGE":[97,100,97,112,116,101,114,32,27,91,109,255]})";
+                                R"("MESSAGE":[97,100,97,112,116,101,114,32,27,91,64,255]})";
     EXPECT_THAT(TimelineOf(own + inBytes), HasSubstr(" remark    adapter \uFFFD\n"));
     const std::string noise = std::string(3 << 20, 'x') + "\n\x80" + std::string(9, '\0') + "\r\n";
     EXPECT_EQ(TimelineOf(noise + own), told + "lines of another kind, skipped: 2\n");
