@@ -156,7 +156,7 @@ TEST_F(Box, IsToldWhatEachWrongUseGotWrong) {
         {{"phone", "add"}, "usage: tvctl phone add ADDRESS [--off]"},
         {{"phone", "list", "--", "--json"}, "usage: tvctl phone list"},
         {{"phone", "add", "1"}, "'1' is not a Bluetooth address"},
-        {{"conf", "watch", "db/box/key", "key"}, "'key' is not a key"},
+        {{"conf", "watch", "db/box/key", "db/"}, "'db/' is not a key"},
         {{"conf", "set", "db/box/key", "2", "--type=bools"}, "not 'bools'"},
         {{"conf", "set", "db/box/key", "x", "--type", "bool"}, "'x' is not a bool"},
         {{"power", "show", "--off"}, "unknown option: --off"},

@@ -117,6 +117,9 @@ TEST_F(SystemConfigUtilTest, ReadsNoSecondKeyInVain) {
     EXPECT_EQ(Fake::Lines("utility", 4).back(),
               "I utility IsSupportVelmoraAudioCompatibilityVconf: "
               "isSupportVelmoraAudioCompatibility vconf = 1");
+    expect(S::isLastBtAudioAutoConnectionEnable, false, 1);
+    Fake::TheWorld().keys["db/nirvo/last_audio_auto_connection"] = Fake::Flag{1};
+    expect(S::isLastBtAudioAutoConnectionEnable, true, 1);
 }
 
 TEST_F(SystemConfigUtilTest, DiscoverableUnlessOneSaysNo) {
