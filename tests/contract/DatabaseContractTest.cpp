@@ -1,13 +1,27 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
 #include <future>
 
 #include "common/CHandle.h"
+#include "platform/config_store.h"
 #include "platform/database.h"
+#include "tests/contract/World.h"
+
+static int syncs = 0;  // what was asked to be on the disk
+
+// In the place of the C library's, for SQLite too.
+extern "C" int fsync(int fd) {
+    ++syncs;
+    return static_cast<int>(syscall(SYS_fsync, fd));
+}
+extern "C" int fdatasync(int fd) {
+    return fsync(fd);
+}
 
 namespace {
 
@@ -48,6 +62,16 @@ TEST_F(DatabaseContractTest, WaitsOnceForAFileThatIsHeldAndStoresDurably) {
     }
     // Twenty waits would take twenty seconds; a machine that is busy gets ten for one.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+TEST_F(DatabaseContractTest, KeysThatPersistAreOnTheDiskWhenTheyAreWritten) {
+    const auto world = MakeWorld();
+    for (const std::string key : {"db/contract/durable", "memory/contract/volatile"}) {
+        EXPECT_EQ(vconf_set_int(key.c_str(), 1), 0);
+        syncs = 0;
+        EXPECT_EQ(vconf_set_int(key.c_str(), 2), 0);
+        EXPECT_EQ(syncs > 0, key[0] == 'd') << key;
+    }
 }
 
 // Where a group may make links, root or the service would follow them to files of others.

@@ -173,7 +173,7 @@ std::string Bench::Ask(const char* whom, const char* path, const char* interface
 void Bench::LaunchPlay(const std::string& phone) {
     EXPECT_EQ(Ask("com.velmora.tv.bmp", "/com/velmora/tv/bmp", Platform::kApplicationInterface,
                   "ActivateAction",
-                  Platform::LaunchArguments({{"cmd", "play"}, {"c", "\xC3\xA4"}}, phone)),
+                  Platform::LaunchArguments({{"c", "\xC3\xA4"}, {"cmd", "play"}}, phone)),
               "");
 }
 

@@ -153,6 +153,10 @@ TEST_F(Files, AConfigurationThatIsNoDatabaseIsReportedOnceAndItsReplacementIsRea
     fs::rename(kept, database);
     AwaitLog("enable auto on/off and bt auto connection");
     ExpectMusic();
+    // Another one takes the place of the one in use.
+    fs::rename(database, kept);
+    Tvctl({"phone", "add", kBen});
+    AwaitLog(std::string(kBen) + " enable auto on/off");
 }
 
 TEST_F(Files, AConfigurationThatAnotherProcessHoldsIsReadOnceItIsFree) {
