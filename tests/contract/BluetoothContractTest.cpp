@@ -119,7 +119,7 @@ TEST_F(BluetoothContractTest, ResultsComeOnlyDuringTheScan) {
 
 // A structure of each length in a packet of each size, after another one or not.
 TEST_F(BluetoothContractTest, ParserTakesWhatLiesWholeInThePacket) {
-    for (std::size_t i = 0; i < 256 * 256; ++i) {
+    for (std::size_t i = 0; i < std::size_t{256} * 256; ++i) {
         const std::size_t size = i % 256;
         const std::size_t length = i / 256;
         std::vector<char> packet = {static_cast<char>(length), '\xFF'};

@@ -3,6 +3,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <future>
@@ -12,15 +13,15 @@
 #include "platform/database.h"
 #include "tests/contract/World.h"
 
-static int syncs = 0;  // what was asked to be on the disk
+static std::atomic<int> syncs = 0;  // what was asked to be on the disk
 
 // In the place of the C library's, for SQLite too.
 extern "C" int fsync(int fd) {
     ++syncs;
     return static_cast<int>(syscall(SYS_fsync, fd));
 }
-extern "C" int fdatasync(int fd) {
-    return fsync(fd);
+extern "C" int fdatasync(int fildes) {
+    return fsync(fildes);
 }
 
 namespace {
