@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/bluez/Discovery.h"
 
+#include <cstring>
 #include <utility>
 
 #include "platform/linux/base/DbusError.h"
@@ -20,6 +21,13 @@ constexpr int kLongestPauseMs = 60000;
 
 bool IsUnclear(const GError& error) {
     return IsInProgress(error) || ErrorCode(error) == BT_ERROR_TIMED_OUT;
+}
+
+// After any other refusal of a stop the session may go on. (bluez src/adapter.c)
+bool HadNothingToStop(const GError& error) {
+    const bt_error_e code = ErrorCode(error);
+    return code == BT_ERROR_NOT_ENABLED || code == BT_ERROR_REMOTE_DEVICE_NOT_FOUND ||
+           std::strstr(error.message, "No discovery started") != nullptr;
 }
 
 }  // namespace
@@ -111,8 +119,11 @@ void Discovery::OnStarted(const GError* error) {
     Tell(error);
 }
 
-// A refusal says that there is nothing to stop.
-void Discovery::OnStopped(const GError* /*error*/) {
+void Discovery::OnStopped(const GError* error) {
+    if (error != nullptr && !HadNothingToStop(*error)) {
+        FollowLater(*error);
+        return;
+    }
     m_session = Session::kNone;
     Follow();
 }
