@@ -46,10 +46,22 @@ struct BusLibrary {
                                           : static_cast<GCancellable*>(g_object_ref(cancellable)));
         MemoryBus::Get().Begin({std::move(info), {}, done, data, std::move(held)}, timeoutMs);
     }
-    static void SyncCall(const char* method) {
-        if (MemoryBus::Get().onSyncCall) {
-            MemoryBus::Get().onSyncCall(method);
+    static GVariant* SyncCall(const MemoryBus::CallInfo& info, GError** error) {
+        const MemoryBus& bus = MemoryBus::Get();
+        if (bus.onSyncCall) {
+            bus.onSyncCall(info.method);
         }
+        if (!bus.answerSyncCall) {
+            g_set_error_literal(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT, "nobody answers");
+            return nullptr;
+        }
+        std::string name;
+        GVariantPtr reply = bus.answerSyncCall(info, name);
+        if (!name.empty()) {
+            g_propagate_error(error, g_dbus_error_new_for_dbus_error(name.c_str(), "no"));
+            return nullptr;
+        }
+        return reply ? reply.release() : MemoryBus::Keep(g_variant_new("()")).release();
     }
     static GVariant* FinishCall(GError** error) {
         const MemoryBus& bus = MemoryBus::Get();
@@ -180,16 +192,13 @@ GVariant* g_dbus_connection_call_finish(GDBusConnection* /*connection*/, GAsyncR
     return BusLibrary::FinishCall(error);
 }
 
-GVariant* g_dbus_connection_call_sync(GDBusConnection* /*connection*/, const char* /*name*/,
-                                      const char* /*path*/, const char* /*interface*/,
-                                      const char* method, GVariant* parameters,
-                                      const GVariantType* /*replyType*/, GDBusCallFlags /*flags*/,
-                                      gint /*timeoutMs*/, GCancellable* /*cancellable*/,
-                                      GError** error) {
-    const GVariantPtr held = MemoryBus::Keep(parameters);
-    BusLibrary::SyncCall(method);
-    g_set_error_literal(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT, "nobody answers");
-    return nullptr;
+GVariant* g_dbus_connection_call_sync(GDBusConnection* /*connection*/, const char* name,
+                                      const char* path, const char* interface, const char* method,
+                                      GVariant* parameters, const GVariantType* /*replyType*/,
+                                      GDBusCallFlags /*flags*/, gint /*timeoutMs*/,
+                                      GCancellable* /*cancellable*/, GError** error) {
+    return BusLibrary::SyncCall({name, path, interface, method, MemoryBus::Keep(parameters)},
+                                error);
 }
 
 guint g_dbus_connection_add_filter(GDBusConnection* /*connection*/, GDBusMessageFilterFunction run,

@@ -48,8 +48,11 @@ public:
     std::function<Treatment(const CallInfo&)> treat;
     // Told of each call that is over: answered or given up.
     std::function<void(const CallInfo&)> onCallOver;
-    // Told of a call that waits for its answer; it fails.
+    // Told of a call that waits for its answer.
     std::function<void(const std::string& method)> onSyncCall;
+    // What such a call, on any thread, is answered at once: a tuple (null: an empty one), or
+    // the D-Bus error that it sets. Empty: it fails.
+    std::function<GVariantPtr(const CallInfo&, std::string& error)> answerSyncCall;
 
     // What is sent to the service from now on takes that long.
     void SetLatency(int ms) { m_latencyMs = ms; }

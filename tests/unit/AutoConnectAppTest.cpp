@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "autoconnect/src/AutoConnectApp.h"
 #include "autoconnect/src/DbusInterface.h"
@@ -13,6 +14,7 @@
 namespace {
 
 const std::string kBlockKey = "memory/bluetooth_nirvoui/musictvfail";
+const std::string kRotates = "com.velmora/featureconf/display_rotator_supported";
 const std::string kPlus = "I service OnPrePareAndDoAutoConnect: +";
 const std::string kWindow = "I service PrepareZemiAutoConnection: SetWakupTime for btautoconnect";
 
@@ -20,25 +22,31 @@ const std::string kWindow = "I service PrepareZemiAutoConnection: SetWakupTime f
 class AutoConnectAppTest : public ::testing::Test {
 protected:
     AutoConnectAppTest() {
-        Fake::Reset();
-        auto& world = Fake::TheWorld();
-        world.features["com.velmora/featureconf/display_rotator_supported"] = true;
-        world.ambientMode = 1;
-        world.ambientType = 1;
-        world.devices = {{kA, {}}};
+        Tv::Reset();
+        Tv::SetFeature(kRotates, "true");
+        Tv::SetState("ambient_mode", 1);
+        Tv::SetState("ambient_type", 1);
+        TvSim::PhonePlan phone = Tv::QuietPhone(kA);
+        phone.connect.kind = TvSim::ConnectAnswer::Kind::kNever;
+        Tv::StartBluez({phone});
         Register({kA});
         Send(kMobileUpdateCommand, g_variant_new("(s)", Command(kA, "Y").c_str()));
-        Fake::RunPending();
-        Fake::ClearRecord();
+        Tv::RunPending();
+        Recorder::ClearRecord();
     }
     ~AutoConnectAppTest() override {
-        Fake::Advance(60000);
-        EXPECT_THAT(Fake::Leftovers(), Each(StartsWith("watch on ")));
+        Tv::Advance(60000);
+        EXPECT_THAT(Recorder::Leftovers(), Each(StartsWith("watch on ")));
     }
 
     void Send(const std::string& name, GVariant* parameters = g_variant_new("()")) {
         const GVariantPtr owned(g_variant_ref_sink(parameters));
         app.HandleDbusMessage(name, owned.get());
+    }
+
+    static void SetAdapter(bool on) {
+        Tv::Bluez().SetAdapterPowered(TvSim::Which::kFirst, on);
+        Tv::RunPending();
     }
 
     AutoConnectApp& app = AutoConnectApp::GetInstance();
@@ -47,7 +55,7 @@ protected:
 TEST_F(AutoConnectAppTest, WakeUpStartsAnAttempt) {
     Send(kPrepareCommand, g_variant_new("(i)", 5));
     EXPECT_THAT(
-        Fake::TakeStory("service"),
+        Recorder::TakeStory("service"),
         ElementsAre(kPlus, kWindow, "g_timeout_add(10000)",
                     "W service IsWakeUpTime: Turn On TV : 1",
                     "I service DoZemiAutoConnection: Start ZEMI bluetooth auto connection",
@@ -55,11 +63,11 @@ TEST_F(AutoConnectAppTest, WakeUpStartsAnAttempt) {
                     "I service StartAutoConnect: auto connection devices : " + kA + ", ",
                     "bt_adapter_le_start_scan()",
                     "I service StartLEScan: Start LE scan : ERROR_NONE", "g_timeout_add(5000)"));
-    Fake::Advance(60000);
-    Fake::TheWorld().adapterOn = false;
-    Fake::ClearRecord();
+    Tv::Advance(60000);
+    SetAdapter(false);
+    Recorder::ClearRecord();
     Send(kPrepareCommand);
-    EXPECT_THAT(Fake::Story("service"), ElementsAre(kPlus, kWindow, "g_timeout_add(10000)"));
+    EXPECT_THAT(Recorder::Story("service"), ElementsAre(kPlus, kWindow, "g_timeout_add(10000)"));
 }
 
 // Which reasons and blocks are accepted, the doctor's table below shows.
@@ -69,49 +77,57 @@ TEST_F(AutoConnectAppTest, RefusesOtherWakeUps) {
     const std::string start = "I service DoZemiAutoConnection: ";
     const std::string refusal = "This is not zemi auto connect condition";
     for (const bool isZemi : {false, true}) {
-        Fake::TheWorld().features["com.velmora/featureconf/display_rotator_supported"] = isZemi;
-        Fake::TheWorld().wakeUpReason = 41;
+        Tv::SetFeature(kRotates, isZemi ? "true" : "false");
+        Tv::SetState("wakeup_reason", 41);
         Texts lines = isZemi ? Texts{reason, prepare + refusal, reason, start + refusal}
                              : Texts{prepare + "Not the zemi tv", start + "Not the zemi tv"};
         lines.insert(lines.begin(), kPlus);
         Send(kPrepareCommand);
-        EXPECT_EQ(Fake::TakeStory("service"), lines);
-        Fake::TheWorld().adapterOn = false;
+        EXPECT_EQ(Recorder::TakeStory("service"), lines);
+        SetAdapter(false);
         lines.resize(lines.size() / 2 + 1);
         Send(kPrepareCommand);
-        EXPECT_EQ(Fake::TakeStory("service"), lines) << "without an adapter nothing is started";
-        Fake::TheWorld().adapterOn = true;
+        EXPECT_EQ(Recorder::TakeStory("service"), lines) << "without an adapter nothing is started";
+        SetAdapter(true);
     }
-    Fake::TheWorld().wakeUpReason = 0;
-    Fake::WriteKey(kBlockKey, std::string("1"));
+    Tv::SetState("wakeup_reason", 0);
+    Tv::SetKey(kBlockKey, std::string("1"));
     Send(kPrepareCommand);
-    EXPECT_TRUE(Fake::Scanning()) << "a block of another type is not read";
+    EXPECT_THAT(Recorder::Calls(), Contains("bt_adapter_le_start_scan()"))
+        << "a block of another type is not read";
 }
 
 // What keeps the service from trying the phone is what the doctor names, and nothing else.
 TEST_F(AutoConnectAppTest, DoesWhatTheDoctorSays) {
+    bool wasZemi = true;
+    bool wasListed = true;
     const auto agree = [&](const Tvctl::Examination& examination) {
-        auto& world = Fake::TheWorld();
-        world.features["com.velmora/featureconf/display_rotator_supported"] = examination.isZemi;
-        world.wakeUpReason = examination.wakeUpReason;
-        Fake::WriteKey(kBlockKey, examination.blocked);
-        world.adapterOn = examination.bluetoothObstacle.empty();
-        world.ambientMode = examination.ambientMode;
-        world.ambientType = examination.ambientType;
+        if (examination.isZemi != std::exchange(wasZemi, examination.isZemi)) {
+            Tv::SetFeature(kRotates, examination.isZemi ? "true" : "false");
+        }
+        Tv::SetState("wakeup_reason", examination.wakeUpReason);
+        Tv::SetKey(kBlockKey, examination.blocked);
+        SetAdapter(examination.bluetoothObstacle.empty());
+        Tv::SetState("ambient_mode", examination.ambientMode);
+        Tv::SetState("ambient_type", examination.ambientType);
         const bool isListed = !examination.phones.empty();
-        world.devices = {{kA, {isListed && examination.phones[0].isBonded}}};
-        Register(isListed ? Texts({kA}) : Texts());
-        Fake::RunPending();
-        Fake::ClearRecord();
+        const bool isBonded = isListed && examination.phones[0].isBonded;
+        TvSim::Phone* phone = Tv::Bluez().FindPhone(kA);
+        isBonded ? phone->Pair() : phone->LoseBond();
+        if (isListed != std::exchange(wasListed, isListed)) {
+            Register(isListed ? Texts({kA}) : Texts());
+        }
+        Tv::RunPending();
+        Recorder::ClearRecord();
         Send(kPrepareCommand);
-        Fake::Advance(60000);
+        Tv::Advance(60000);
         const auto findings = Tvctl::Diagnose(examination);
         const auto broken = std::find_if(findings.begin(), findings.end(),
                                          [](const auto& finding) { return !finding.holds; });
-        const bool isTried = !Fake::Calls("bt_audio_connect").empty();
+        const bool isTried = !Recorder::Calls("bt_audio_connect").empty();
         EXPECT_EQ(isTried, broken == findings.end())
             << (isTried ? broken->condition : "the doctor finds nothing") << "\n"
-            << Joined(Fake::Story("service"), "\n");
+            << Joined(Recorder::Story("service"), "\n");
         return isTried;
     };
     Tvctl::Examination examination;
@@ -144,20 +160,20 @@ TEST_F(AutoConnectAppTest, DoesWhatTheDoctorSays) {
 
 TEST_F(AutoConnectAppTest, MobileUpdateReachesTheList) {
     Send(kMobileUpdateCommand, g_variant_new("(s)", Command(kA, "N").c_str()));
-    EXPECT_EQ(Fake::TextKey(kSettingsKey), Settings({{kA, "N"}}));
-    EXPECT_EQ(Fake::TextKey(kResultKey), "") << "at once";
-    EXPECT_EQ(Fake::TakeStory("service").front(), "I service OnAutoConMobileUpdate: +");
-    Fake::TheWorld().features.clear();
+    EXPECT_EQ(Tv::TextKey(kSettingsKey), Settings({{kA, "N"}}));
+    EXPECT_EQ(Tv::TextKey(kResultKey), "") << "at once";
+    EXPECT_EQ(Recorder::TakeStory("service").front(), "I service OnAutoConMobileUpdate: +");
+    Tv::SetFeature("", std::nullopt);
     Send(kMobileUpdateCommand, g_variant_new("(s)", Command(kA, "Y").c_str()));
-    EXPECT_THAT(Fake::TakeStory("service"), ElementsAre("I service OnAutoConMobileUpdate: +"));
+    EXPECT_THAT(Recorder::TakeStory("service"), ElementsAre("I service OnAutoConMobileUpdate: +"));
 }
 
 TEST_F(AutoConnectAppTest, StopBeforeTheStartDoesNothing) {
     app.CloseMainLoop();
     Send("Unknown");
     Send("prepareanddoautoconnect");
-    EXPECT_THAT(Fake::Story(), ElementsAre());
-    EXPECT_TRUE(Fake::WaitFor("IN >> [void AutoConnectApp::CloseMainLoop()", 3));
+    EXPECT_THAT(Recorder::Story(), ElementsAre());
+    EXPECT_TRUE(Recorder::WaitFor("IN >> [void AutoConnectApp::CloseMainLoop()", 3));
 }
 
 // Reads the record after the end of the instance, in a process that does nothing else.
@@ -166,8 +182,8 @@ TEST(AutoConnectAppDeathTest, TracesItsEnd) {
     EXPECT_EXIT(
         {
             std::atexit([] {
-                std::fprintf(stderr, "%zu\n", Fake::Calls("vconf_ignore").size());
-                for (const std::string& line : Fake::Printed()) {
+                std::fprintf(stderr, "%zu\n", Recorder::Calls("vconf_ignore").size());
+                for (const std::string& line : Recorder::Printed()) {
                     std::fprintf(stderr, "%s\n", line.c_str());
                 }
             });

@@ -18,12 +18,19 @@ Bytes Beacon(const std::string& address, std::size_t size = 16) {
     return MakeManufacturerPacket(0x1234, data.data(), data.size());
 }
 
+// One that never answers.
+TvSim::PhonePlan SilentPhone(const std::string& address) {
+    TvSim::PhonePlan plan = Tv::QuietPhone(address);
+    plan.connect.kind = TvSim::ConnectAnswer::Kind::kNever;
+    return plan;
+}
+
 class BTAutoConnectTest : public PlatformTest {
 protected:
     BTAutoConnectTest() {
-        Fake::TheWorld().ambientMode = 1;
-        Fake::TheWorld().ambientType = 1;
-        Fake::TheWorld().devices = {{kA, {}}, {kB, {}}};
+        Tv::SetState("ambient_mode", 1);
+        Tv::SetState("ambient_type", 1);
+        Tv::StartBluez({SilentPhone(kA), SilentPhone(kB)});
         Start({kA, kB});
     }
 
@@ -32,18 +39,30 @@ protected:
         Register(phones);
         engine.reset();
         engine.emplace();
-        Fake::RunPending();
-        Fake::ClearRecord();
+        Tv::RunPending();
+        Recorder::ClearRecord();
     }
     void Scan() {
         engine->StartAutoConnect();
-        Fake::ClearRecord();
+        Recorder::ClearRecord();
+    }
+    // As the platform hands an advertisement over, in a buffer of its exact size.
+    void Hear(Bytes packet) {
+        packet.shrink_to_fit();
+        std::string address = "5E:00:00:00:00:01";
+        bt_adapter_le_device_scan_result_info_s info = {address.data(),
+                                                        -40,
+                                                        static_cast<int>(packet.size()),
+                                                        reinterpret_cast<char*>(packet.data()),
+                                                        0,
+                                                        nullptr};
+        CBtAutoConnect::OnLeScanResult(BT_ERROR_NONE, &info, &*engine);
     }
     // As the platform reports the end of an attempt to connect.
     void Connected(const std::string& address, int result = BT_ERROR_NONE) {
         engine->OnAudioSinkConnectionState(result, true, address.c_str());
     }
-    Texts TakeStory() { return Fake::TakeStory("service"); }
+    Texts TakeStory() { return Recorder::TakeStory("service"); }
 
     std::optional<CBtAutoConnect> engine;
 };
@@ -73,10 +92,10 @@ TEST_F(BTAutoConnectTest, ConnectsTheRegisteredPhoneItHears) {
                "bt_adapter_le_start_scan()", "I service StartLEScan: Start LE scan : ERROR_NONE",
                "g_timeout_add(5000)"}));
     EXPECT_EQ(engine->GetStatus(), 1);
-    Fake::Advance(4999);
-    EXPECT_TRUE(Fake::Hear(Beacon(kC)));
+    Tv::Advance(4999);
+    Hear(Beacon(kC));
     EXPECT_THAT(TakeStory(), ElementsAre("I service ByteArrayToHexString: " + kC));
-    EXPECT_TRUE(Fake::Hear(Beacon(kB)));
+    Hear(Beacon(kB));
     EXPECT_EQ(
         TakeStory(),
         Texts({"I service ByteArrayToHexString: " + kB, "I service Exist: Found " + kB + " in list",
@@ -94,7 +113,7 @@ TEST_F(BTAutoConnectTest, ConnectsTheRegisteredPhoneItHears) {
                 ElementsAre("I service OnAudioSinkConnected: result : 0, address : " + kB,
                             "g_timeout_add(3000)"));
     EXPECT_EQ(engine->GetStatus(), 0);
-    Fake::Advance(3000);
+    Tv::Advance(3000);
 }
 
 TEST_F(BTAutoConnectTest, RefusesToStart) {
@@ -105,11 +124,10 @@ TEST_F(BTAutoConnectTest, RefusesToStart) {
     EXPECT_FALSE(engine->IsPortrait());
     Start({});
     for (const auto& [mode, type, reason] : cases) {
-        Fake::TheWorld().ambientMode = mode;
-        Fake::TheWorld().ambientType = type;
+        Tv::SetState("ambient_mode", mode);
+        Tv::SetState("ambient_type", type);
         engine->StartAutoConnect();
         EXPECT_THAT(TakeStory(), ElementsAre(std::string("W service StartAutoConnect: ") + reason));
-        EXPECT_FALSE(Fake::Scanning());
         EXPECT_EQ(engine->GetStatus(), 0);
         Start({kA});
     }
@@ -118,7 +136,7 @@ TEST_F(BTAutoConnectTest, RefusesToStart) {
 TEST_F(BTAutoConnectTest, ReadsManufacturerDataOfFifteenBytesAndMore) {
     for (std::size_t size = 0; size <= 40; ++size) {
         Scan();
-        EXPECT_TRUE(Fake::Hear(Beacon(kA, size)));
+        Hear(Beacon(kA, size));
         const Texts story = TakeStory();
         if (size <= 14) {
             EXPECT_THAT(story, ElementsAre("E service ProcessLEScanResult: "
@@ -132,26 +150,27 @@ TEST_F(BTAutoConnectTest, ReadsManufacturerDataOfFifteenBytesAndMore) {
 }
 
 TEST_F(BTAutoConnectTest, ScanThatDoesNotStartLeavesNoTimer) {
-    Fake::TheWorld().adapterOn = false;
+    Tv::Bluez().SetAdapterPowered(TvSim::Which::kFirst, false);
+    Tv::RunPending();
     engine->StartAutoConnect();
     EXPECT_EQ(TakeStory().back(),
               "E service StartLEScan: failed bt_adapter_le_start_scan: NOT_ENABLED ");
-    EXPECT_EQ(Fake::TimersRunning(), 0U);
+    EXPECT_EQ(Recorder::TimersRunning(), 0U);
     EXPECT_EQ(engine->GetStatus(), 1);
 }
 
 TEST_F(BTAutoConnectTest, SecondWakeUpDuringAScanMakesOnePass) {
     Scan();
-    Fake::Advance(2000);
+    Tv::Advance(2000);
     engine->StartAutoConnect();
     EXPECT_THAT(TakeStory(), Contains("I service StartLEScan: Start LE scan : TIMED_OUT"));
-    Fake::Advance(20000);
+    Tv::Advance(20000);
     EXPECT_EQ(TakeStory(), kPassBegins + Tries(kA));
 }
 
 TEST_F(BTAutoConnectTest, BrokenScanStillLeadsToThePass) {
     Scan();
-    Fake::BreakScan(BT_ERROR_NOT_ENABLED);
+    CBtAutoConnect::OnLeScanResult(BT_ERROR_NOT_ENABLED, nullptr, &*engine);
     CBtAutoConnect::OnLeScanResult(BT_ERROR_NONE, nullptr, nullptr);
     CBtAutoConnect::OnLEScanTimeout(nullptr);
     CBtAutoConnect::OnWakeUptimer(nullptr);
@@ -159,15 +178,15 @@ TEST_F(BTAutoConnectTest, BrokenScanStillLeadsToThePass) {
                                          "E service OnLeScanResult: user_data is NULL",
                                          "E service OnLEScanTimeout: user_data is NULL",
                                          "E service OnWakeUptimer: user_data is NULL"));
-    Fake::Advance(5000);
+    Tv::Advance(5000);
     EXPECT_EQ(TakeStory(), kPassBegins + Tries(kA));
 }
 
 TEST_F(BTAutoConnectTest, WalksTheListWhenNoPhoneIsHeard) {
-    Fake::TheWorld().devices.erase(kA);
+    Tv::StartBluez({SilentPhone(kB)});
     Start({kA, kB, kC});
     Scan();
-    Fake::Advance(5000);
+    Tv::Advance(5000);
     const Texts skipped = {"E service ConnectToDevice: Not bonded device"};
     const Texts next = {"I service ConnectToDeviceInList: Try to connect device",
                         "I service IsValidCondition: Ambient mode"};
@@ -183,14 +202,14 @@ TEST_F(BTAutoConnectTest, WalksTheListWhenNoPhoneIsHeard) {
 
     Connected(kB, BT_ERROR_TIMED_OUT);
     EXPECT_EQ(TakeStory(), Texts({failed[0]})) << "nothing is being connected any more";
-    Fake::Advance(60000);
+    Tv::Advance(60000);
     EXPECT_THAT(TakeStory(), IsEmpty());
 }
 
 TEST_F(BTAutoConnectTest, FailureAfterAMatchGoesOnWithTheList) {
     Scan();
-    Fake::Hear(Beacon(kB));
-    Fake::ClearRecord();
+    Hear(Beacon(kB));
+    Recorder::ClearRecord();
     Connected(kB, BT_ERROR_OPERATION_FAILED);
     EXPECT_EQ(TakeStory().back(), "bt_audio_connect(" + kA + ",4)");
     Connected(kA, BT_ERROR_OPERATION_FAILED);
@@ -201,9 +220,9 @@ TEST_F(BTAutoConnectTest, FailureAfterAMatchGoesOnWithTheList) {
 
 TEST_F(BTAutoConnectTest, PassEndsWhenTheTvIsInUse) {
     Scan();
-    Fake::Advance(5000);
-    Fake::TheWorld().ambientMode = 0;
-    Fake::ClearRecord();
+    Tv::Advance(5000);
+    Tv::SetState("ambient_mode", 0);
+    Recorder::ClearRecord();
     Connected(kA, BT_ERROR_TIMED_OUT);
     EXPECT_EQ(TakeStory().back(), "W service ConnectToDevice: Not supported condition");
     EXPECT_EQ(engine->GetStatus(), 0);
@@ -218,18 +237,18 @@ TEST_F(BTAutoConnectTest, ThousandsOfUnbondedPhonesAreSkipped) {
     }
     Start(phones);
     Scan();
-    Fake::Advance(5000);
+    Tv::Advance(5000);
     EXPECT_EQ(TakeStory().back(), "W service ConnectToDeviceInList: No more device to try connect");
-    EXPECT_THAT(Fake::Calls("bt_audio_connect"), IsEmpty());
+    EXPECT_THAT(Recorder::Calls("bt_audio_connect"), IsEmpty());
 }
 
 TEST_F(BTAutoConnectTest, ConnectionThatNobodyAskedForPlaysNothing) {
     Scan();
-    Fake::Hear(Beacon(kB));
+    Hear(Beacon(kB));
     Connected(kA);
     Connected(kB);  // the first success, whichever it was, ended the attempt
-    EXPECT_EQ(Fake::TimersRunning(), 0U);
-    Fake::ClearRecord();
+    EXPECT_EQ(Recorder::TimersRunning(), 0U);
+    Recorder::ClearRecord();
     engine->OnAudioSinkConnectionState(0, false, kB.c_str());
     EXPECT_THAT(TakeStory(),
                 ElementsAre("I service OnAudioSinkDisconnected: result : 0, address : " + kB));
@@ -237,26 +256,28 @@ TEST_F(BTAutoConnectTest, ConnectionThatNobodyAskedForPlaysNothing) {
     EXPECT_THAT(TakeStory(), ElementsAre("I service OnAudioSinkConnected: result : 0, address : ",
                                          "g_timeout_add(3000)"))
         << "no address is the one that was asked for last";
-    Fake::Advance(3000);
+    Tv::Advance(3000);
 }
 
 TEST_F(BTAutoConnectTest, HasThePhonePlay) {
     const char* const launch = "app_control_send_launch_request(com.velmora.tv.bmp,cmd=play)";
-    const std::pair<std::optional<bt_avrcp_player_state_e>, const char*> cases[] = {
-        {std::nullopt, "fail to get playing status"},
-        {BT_AVRCP_PLAYER_STATE_PLAYING, "already playing"},
-        {BT_AVRCP_PLAYER_STATE_PAUSED, launch},
-        {BT_AVRCP_PLAYER_STATE_STOPPED, launch}};
+    const std::pair<const char*, const char*> cases[] = {{"none", "fail to get playing status"},
+                                                         {"playing", "already playing"},
+                                                         {"paused", launch},
+                                                         {"stopped", launch}};
     for (const auto& [player, end] : cases) {
-        Fake::TheWorld().player = player;
+        TvSim::PhonePlan phone = Tv::QuietPhone(kA);
+        phone.playerStatus = player;
+        Tv::StartBluez({phone});
         engine->ConnectToDevice(kA);
+        Tv::Advance(1000);
         Connected(kA);
-        Fake::ClearRecord();
-        Fake::Advance(2999);
+        Recorder::ClearRecord();
+        Tv::Advance(2999);
         EXPECT_THAT(TakeStory(), IsEmpty());
-        Fake::Advance(1);
+        Tv::Advance(1);
         EXPECT_THAT(TakeStory().back(), EndsWith(end));
-        Fake::Advance(10000);
+        Tv::Advance(10000);
         EXPECT_THAT(TakeStory(), IsEmpty()) << "once only";
     }
 }
@@ -264,23 +285,23 @@ TEST_F(BTAutoConnectTest, HasThePhonePlay) {
 TEST_F(BTAutoConnectTest, WakeUpWindowLastsTenSecondsFromTheLastWakeUp) {
     EXPECT_FALSE(engine->IsWakeUpTime());
     engine->SetWakeUpTime(true);
-    Fake::Advance(6000);
+    Tv::Advance(6000);
     engine->SetWakeUpTime(true);
-    Fake::Advance(9999);
-    Fake::ClearRecord();
+    Tv::Advance(9999);
+    Recorder::ClearRecord();
     EXPECT_TRUE(engine->IsWakeUpTime());
     EXPECT_THAT(TakeStory(), ElementsAre("W service IsWakeUpTime: Turn On TV : 1"));
-    Fake::Advance(1);
-    EXPECT_EQ(Fake::Lines("service"), Texts({"D service SetWakeUpTime: Turn On TV : 0"}));
+    Tv::Advance(1);
+    EXPECT_EQ(Recorder::Lines("service"), Texts({"D service SetWakeUpTime: Turn On TV : 0"}));
     EXPECT_FALSE(engine->IsWakeUpTime());
-    EXPECT_EQ(Fake::TimersRunning(), 0U);
+    EXPECT_EQ(Recorder::TimersRunning(), 0U);
 
     engine->SetWakeUpTime(true);
     engine->StartAutoConnect();
     EXPECT_FALSE(engine->IsWakeUpTime()) << "an attempt closes the window";
-    EXPECT_EQ(Fake::TimersRunning(), 2U) << "whose timer runs out by itself";
+    EXPECT_EQ(Recorder::TimersRunning(), 2U) << "whose timer runs out by itself";
     engine.reset();
-    EXPECT_EQ(Fake::TimersRunning(), 0U);
+    EXPECT_EQ(Recorder::TimersRunning(), 0U);
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ TEST_F(CommonUtilTest, AcceptsAddressesOnly) {
             EXPECT_EQ(CommonUtil::IsValidAddress(address), valid) << address;
         }
         const std::string line = std::string("E utility IsValidAddress: ") + refusal;
-        EXPECT_EQ(Fake::TakeStory(), Texts(valid ? 0 : addresses.size(), line));
+        EXPECT_EQ(Recorder::TakeStory(), Texts(valid ? 0 : addresses.size(), line));
     }
     EXPECT_FALSE(CommonUtil::IsValidAddress(std::string(1 << 20, 'A')));
     EXPECT_FALSE(CommonUtil::IsValidAddress(std::string("A0:B1:C2:D3:E4:F\0", 17)));
@@ -57,7 +57,7 @@ TEST_F(CommonUtilTest, HandlesText) {
     Texts pieces = {"kept"};
     CommonUtil::StrSplit("a,,b,", ",", &pieces);
     EXPECT_THAT(pieces, ElementsAre("kept", "a", "", "b", ""));
-    EXPECT_THAT(Fake::Lines(), ElementsAre("D utility StrSplit: string : a,,b,"));
+    EXPECT_THAT(Recorder::Lines(), ElementsAre("D utility StrSplit: string : a,,b,"));
     pieces.clear();
     CommonUtil::StrSplit("a;b,c", ",;", &pieces);
     CommonUtil::StrSplit("", ",", &pieces);
@@ -67,20 +67,20 @@ TEST_F(CommonUtilTest, HandlesText) {
 TEST_F(CommonUtilTest, TellsMissingFiles) {
     EXPECT_TRUE(CommonUtil::CheckExist("/proc/self"));
     EXPECT_FALSE(CommonUtil::CheckExist("/proc/self/no such file"));
-    EXPECT_THAT(Fake::Lines(),
+    EXPECT_THAT(Recorder::Lines(),
                 ElementsAre("E utility CheckExist: /proc/self/no such file does not exist"));
 }
 
 TEST_F(CommonUtilTest, RemovesATimerOnce) {
     unsigned int timer = g_timeout_add(
         10, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    Fake::Advance(35);
-    Fake::ClearRecord();
+    Tv::Advance(35);
+    Recorder::ClearRecord();
     CommonUtil::RemoveTimer(&timer);
     EXPECT_EQ(timer, 0U);
     CommonUtil::RemoveTimer(&timer);
-    EXPECT_THAT(Fake::Calls(), ElementsAre("g_source_remove(10)"));
-    EXPECT_EQ(Fake::Printed().size(), 4U) << "both calls traced";
+    EXPECT_THAT(Recorder::Calls(), ElementsAre("g_source_remove(10)"));
+    EXPECT_EQ(Recorder::Printed().size(), 4U) << "both calls traced";
 }
 
 TEST_F(CommonUtilTest, NamesBluetoothErrors) {
@@ -100,11 +100,12 @@ TEST_F(CommonUtilTest, NamesBluetoothErrors) {
 TEST_F(CommonUtilTest, ConvertsJson) {
     const Json::Value value = JsonUtil::StringToJson(R"( {"b": [1, {"a": "x"}]})");
     EXPECT_EQ(JsonUtil::JsonToString(value), R"({"b":[1,{"a":"x"}]})");
-    EXPECT_THAT(Fake::Story(), ElementsAre(R"(I utility StringToJson:  {"b": [1, {"a": "x"}]})"));
+    EXPECT_THAT(Recorder::Story(),
+                ElementsAre(R"(I utility StringToJson:  {"b": [1, {"a": "x"}]})"));
     for (const std::string& text : {std::string("{"), std::string(), std::string(50000, '[')}) {
-        Fake::ClearRecord();
+        Recorder::ClearRecord();
         EXPECT_THROW(JsonUtil::StringToJson(text), std::runtime_error);
-        EXPECT_EQ(Fake::Printed().size(), 3U) << "the trace ends on the way out too";
+        EXPECT_EQ(Recorder::Printed().size(), 3U) << "the trace ends on the way out too";
     }
 }
 

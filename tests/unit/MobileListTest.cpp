@@ -14,12 +14,12 @@ const std::string kLow = "a0:b1:c2:d3:e4:f5";
 
 struct Build {
     const char* name;
-    std::optional<Fake::Value> settings;
-    std::optional<Fake::Value> onOff;
+    std::optional<Tv::Value> settings;
+    std::optional<Tv::Value> onOff;
     std::string list;    // expected, in connection order, separated by blanks
     std::string result;  // expected in the store; "(none)" when nothing is to be written
     Texts warnings;      // expected beginnings of lines at WARN and above before the result's
-    std::optional<Fake::Value> mirroring = Mirroring({});
+    std::optional<Tv::Value> mirroring = Mirroring({});
 };
 
 class MobileListTest : public PlatformTest {};
@@ -105,18 +105,18 @@ std::vector<Build> Builds() {
 TEST_F(MobileListTest, IsBuiltFromTheStore) {
     for (const Build& c : Builds()) {
         SCOPED_TRACE(c.name);
-        Fake::Reset();
-        Fake::WriteKey(kSettingsKey, c.settings);
-        Fake::WriteKey(kOnOffKey, c.onOff);
-        Fake::WriteKey(kMirroringKey, c.mirroring);
+        Tv::Reset();
+        Tv::SetKey(kSettingsKey, c.settings);
+        Tv::SetKey(kOnOffKey, c.onOff);
+        Tv::SetKey(kMirroringKey, c.mirroring);
         const MobileList list;
         EXPECT_EQ(Joined(list.GetList(), " "), c.list);
-        EXPECT_EQ(Fake::TextKey(kResultKey), c.result);
+        EXPECT_EQ(Tv::TextKey(kResultKey), c.result);
         Texts lines = c.warnings;
         if (!c.list.empty() && c.result != "(none)") {
             lines.push_back(kWrote + c.result);
         }
-        ExpectBeginnings(Fake::Lines("service", kWarn), lines);
+        ExpectBeginnings(Recorder::Lines("service", kWarn), lines);
     }
 }
 
@@ -125,9 +125,9 @@ TEST_F(MobileListTest, ReadsPackedAddressesOfAnyLength) {
     for (int i = 0; i < 100; ++i) {
         text += static_cast<char>('0' + i);
     }
+    const MobileList list;
     for (std::size_t size = 0; size <= text.size(); ++size) {
-        Fake::WriteKey(kOnOffKey, text.substr(0, size));
-        const MobileList list;
+        Tv::SetKey(kOnOffKey, text.substr(0, size));
         const Texts entries = list.GetAutoOnOffDevices();
         ASSERT_EQ(entries.size(), (size + 17) / 18) << size;
         ASSERT_TRUE(size % 18 == 0 || entries.back().size() == std::min<std::size_t>(17, size % 18))
@@ -140,48 +140,48 @@ TEST_F(MobileListTest, FollowsItsTwoKeys) {
     {
         const MobileList list;
         const std::string mask = "I service GetXorMac: org : " + kB + ", xored : " + Masked(kB);
-        EXPECT_THAT(Fake::Lines("service"), Contains(mask).Times(2));
+        EXPECT_THAT(Recorder::Lines("service"), Contains(mask).Times(2));
         EXPECT_THAT(
-            Fake::Calls("vconf_notify"),
+            Recorder::Calls("vconf_notify"),
             ElementsAre("vconf_notify_key_changed(db/org.orlix.bleapp/added_mobile_keylist)",
                         "vconf_notify_key_changed(db/nirvo/musictv_paired1)"));
-        Fake::RunPending();
-        Fake::WriteKey(kOnOffKey, Packed({kB}));
-        Fake::ClearRecord();
-        Fake::RunPending();
+        Tv::RunPending();
+        Tv::SetKey(kOnOffKey, Packed({kB}));
+        Recorder::ClearRecord();
+        Tv::RunPending();
         EXPECT_THAT(list.GetList(), ElementsAre(kB));
         EXPECT_TRUE(list.Exist(kB) && !list.Exist(kA));
-        EXPECT_EQ(Fake::TextKey(kResultKey), Result({kB}));
-        EXPECT_EQ(Fake::Lines("service").front(),
+        EXPECT_EQ(Tv::TextKey(kResultKey), Result({kB}));
+        EXPECT_EQ(Recorder::Lines("service").front(),
                   "I service OnAutoOnOffMobileListVconfKeyChanged: +");
 
         Register({kA, kB});
-        Fake::RunPending();
-        Fake::WriteKey(kMirroringKey, Mirroring({kB}));
-        Fake::ClearRecord();
-        Fake::RunPending();
+        Tv::RunPending();
+        Tv::SetKey(kMirroringKey, Mirroring({kB}));
+        Recorder::ClearRecord();
+        Tv::RunPending();
         EXPECT_THAT(list.GetList(), ElementsAre(kB, kA));
-        EXPECT_THAT(Fake::Calls("vconf_set"), IsEmpty()) << "a new order rewrites nothing";
+        EXPECT_THAT(Recorder::Calls("vconf_set"), IsEmpty()) << "a new order rewrites nothing";
         const std::string by = "D service ReorderDeviceList: ";
         const std::string mirroring = "D service GetSoundMirroringDevices: ";
         EXPECT_THAT(
-            Fake::Lines("service"),
+            Recorder::Lines("service"),
             ElementsAre("I service OnSMDeviceListVconfKeyChanged: +",
                         mirroring + "soundmirroring device list", mirroring + "device : " + kB,
                         by + "before reorder", by + "device : " + kA, by + "device : " + kB,
                         "I service ReorderDeviceList: swap " + kA + " and " + kB,
                         by + "after reorder", by + "device : " + kB, by + "device : " + kA));
-        Fake::WriteKey(kOnOffKey, "");  // and not delivered before the list goes
-        Fake::ClearRecord();
+        Tv::SetKey(kOnOffKey, "");  // and not delivered before the list goes
+        Recorder::ClearRecord();
     }
-    EXPECT_THAT(Fake::Calls(),
+    EXPECT_THAT(Recorder::Calls(),
                 ElementsAre("vconf_ignore_key_changed(db/org.orlix.bleapp/added_mobile_keylist)",
                             "vconf_ignore_key_changed(db/nirvo/musictv_paired1)"));
-    Fake::RunPending();
-    Fake::ClearRecord();
+    Tv::RunPending();
+    Recorder::ClearRecord();
     MobileList::OnAutoOnOffMobileListVconfKeyChanged(nullptr, nullptr);
     MobileList::OnSMDeviceListVconfKeyChanged(nullptr, nullptr);
-    EXPECT_THAT(Fake::Story(),
+    EXPECT_THAT(Recorder::Story(),
                 ElementsAre("E service OnAutoOnOffMobileListVconfKeyChanged: DATA IS NULL",
                             "E service OnSMDeviceListVconfKeyChanged: DATA IS NULL"));
 }
@@ -189,7 +189,7 @@ TEST_F(MobileListTest, FollowsItsTwoKeys) {
 TEST_F(MobileListTest, MasksWhatIsAsLongAsAnAddress) {
     for (const std::size_t size : {0U, 16U, 18U}) {
         EXPECT_EQ(MobileList::GetXorMac(std::string(size, '0')), "");
-        EXPECT_THAT(Fake::TakeStory(),
+        EXPECT_THAT(Recorder::TakeStory(),
                     ElementsAre("E service GetXorMac: input buffer size is not 17"));
     }
 }
@@ -230,14 +230,14 @@ std::vector<Update> Updates() {
 TEST_F(MobileListTest, AppliesCommandsToTheStore) {
     for (const Update& c : Updates()) {
         SCOPED_TRACE(c.name);
-        Fake::Reset();
-        Fake::WriteKey(kSettingsKey, c.stored);
+        Tv::Reset();
+        Tv::SetKey(kSettingsKey, c.stored);
         MobileList list;
-        Fake::ClearRecord();
+        Recorder::ClearRecord();
         list.UpdateInternalMobileList(c.command);
-        EXPECT_EQ(Fake::TextKey(kSettingsKey), c.expected);
+        EXPECT_EQ(Tv::TextKey(kSettingsKey), c.expected);
         const std::string by = " service UpdateInternalMobileList: ";
-        ExpectBeginnings(Fake::Lines("service"),
+        ExpectBeginnings(Recorder::Lines("service"),
                          {"I" + by + "cmd from mobile : " + c.command, c.level + by + c.line});
     }
 }

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/fake_platform/FakePlatform.h"
+#include "tests/recorder/Tv.h"
 
 // Phones as other components of the TV write them to the configuration store.
 
@@ -73,7 +73,7 @@ inline std::string Enabled(const std::vector<std::string>& phones) {
 
 // The phones that qualify for automatic connection, in this order.
 inline void Register(const std::vector<std::string>& phones) {
-    Fake::WriteKey(kSettingsKey, Enabled(phones));
-    Fake::WriteKey(kOnOffKey, Joined(MaskedAll(phones), ";"));
-    Fake::WriteKey(kMirroringKey, Mirroring({}));
+    Tv::SetKey(kSettingsKey, Enabled(phones));
+    Tv::SetKey(kOnOffKey, Joined(MaskedAll(phones), ";"));
+    Tv::SetKey(kMirroringKey, Mirroring({}));
 }

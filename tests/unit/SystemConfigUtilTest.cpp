@@ -49,12 +49,15 @@ const Query kQueries[] = {
 
 class SystemConfigUtilTest : public PlatformTest {
 protected:
+    static void Set(const std::string& feature, const std::string& value) {
+        Tv::SetFeature(kPrefix + feature, value);
+    }
     static void Ask(const Query& q, std::optional<int> stored) {
-        Fake::ClearRecord();
-        Fake::TheWorld().features.clear();
+        Recorder::ClearRecord();
+        Tv::SetFeature("", std::nullopt);
         if (stored) {
-            Fake::TheWorld().features[kPrefix + q.key] =
-                q.store == kBool ? Fake::Value(*stored != 0) : Fake::Value(*stored);
+            Set(q.key,
+                q.store == kBool ? (*stored != 0 ? "true" : "false") : std::to_string(*stored));
         }
         const int answer = q.ask();
         const bool isFlag = q.store == kBool || std::string(q.name).find("Is") == 0;
@@ -71,8 +74,8 @@ protected:
             info.replace(info.find("%d"), 2, std::to_string(stored.value_or(q.fallback)));
             expected.push_back(info);
         }
-        EXPECT_EQ(Fake::Lines(), expected);
-        EXPECT_EQ(Fake::Calls("system_info").size(), 1U);
+        EXPECT_EQ(Recorder::Lines(), expected);
+        EXPECT_EQ(Recorder::Calls("system_info").size(), 1U);
     }
 };
 
@@ -88,65 +91,63 @@ TEST_F(SystemConfigUtilTest, AnswersFromTheStoreOrFallsBack) {
 }
 
 TEST_F(SystemConfigUtilTest, ReadsNoSecondKeyInVain) {
-    auto& features = Fake::TheWorld().features;
     const auto expect = [](bool (*ask)(), bool answer, std::size_t reads) {
-        Fake::ClearRecord();
+        Recorder::ClearRecord();
         EXPECT_EQ(ask(), answer);
-        EXPECT_EQ(Fake::Calls("system_info").size() + Fake::Calls("vconf").size(), reads);
+        EXPECT_EQ(Recorder::Calls("system_info").size() + Recorder::Calls("vconf").size(), reads);
     };
     expect(S::isA2dpSupport, false, 2);
-    features[kPrefix + "sound_mirroring_supported"] = true;
+    Set("sound_mirroring_supported", "true");
     expect(S::isA2dpSupport, true, 2);
-    features[kPrefix + "bluetooth.audio_support"] = true;
+    Set("bluetooth.audio_support", "true");
     expect(S::isA2dpSupport, true, 1);
 
     expect(S::IsLfdProduct, false, 1);
-    EXPECT_EQ(Fake::Lines(),
+    EXPECT_EQ(Recorder::Lines(),
               Texts({"E utility IsLfdProduct: com.velmora/featureconf/product.product_type",
                      "I utility IsLfdProduct: product type : 0"}));
-    features[kPrefix + "product.product_type"] = 4;
+    Set("product.product_type", "4");
     expect(S::IsLfdProduct, true, 2);
-    features[kPrefix + "iwb_support"] = true;
+    Set("iwb_support", "true");
     expect(S::IsLfdProduct, false, 2);
 
     expect(S::IsSupportVelmoraAudioCompatibility, false, 1);
-    features[kPrefix + "bluetooth.velmora_audio_compatibility_support"] = true;
+    Set("bluetooth.velmora_audio_compatibility_support", "true");
     expect(S::IsSupportVelmoraAudioCompatibility, false, 2);
-    Fake::TheWorld().keys["db/nirvo/velmora_audio_compatibility"] = Fake::Flag{1};
+    Tv::SetKey("db/nirvo/velmora_audio_compatibility", Tv::Flag{1});
     expect(S::IsSupportVelmoraAudioCompatibility, true, 2);
-    EXPECT_EQ(Fake::Lines("utility", 4).back(),
+    EXPECT_EQ(Recorder::Lines("utility", 4).back(),
               "I utility IsSupportVelmoraAudioCompatibilityVconf: "
               "isSupportVelmoraAudioCompatibility vconf = 1");
     expect(S::isLastBtAudioAutoConnectionEnable, false, 1);
-    Fake::TheWorld().keys["db/nirvo/last_audio_auto_connection"] = Fake::Flag{1};
+    Tv::SetKey("db/nirvo/last_audio_auto_connection", Tv::Flag{1});
     expect(S::isLastBtAudioAutoConnectionEnable, true, 1);
 }
 
 TEST_F(SystemConfigUtilTest, DiscoverableUnlessOneSaysNo) {
-    auto& features = Fake::TheWorld().features;
-    const std::string general = kPrefix + "bluetooth.discoverable";
-    const std::string classic = kPrefix + "bluetooth.always_classic_discoverable";
+    const std::string general = "bluetooth.discoverable";
+    const std::string classic = "bluetooth.always_classic_discoverable";
     const std::string name = " utility IsBluetoothDiscoverable: ";
     EXPECT_TRUE(S::IsBluetoothDiscoverable());
-    EXPECT_EQ(
-        Fake::TakeStory(),
-        Texts({"E" + name + "fail to get " + general, "I" + name + "general discoverable : [1]",
-               "E" + name + "fail to get " + classic, "I" + name + "classic discoverable : [1]"}));
-    features[general] = true;
-    features[classic] = false;
+    EXPECT_EQ(Recorder::TakeStory(), Texts({"E" + name + "fail to get " + kPrefix + general,
+                                            "I" + name + "general discoverable : [1]",
+                                            "E" + name + "fail to get " + kPrefix + classic,
+                                            "I" + name + "classic discoverable : [1]"}));
+    Set(general, "true");
+    Set(classic, "false");
     EXPECT_FALSE(S::IsBluetoothDiscoverable());
-    Fake::ClearRecord();
-    features[general] = false;
-    features[classic] = true;
+    Recorder::ClearRecord();
+    Set(general, "false");
+    Set(classic, "true");
     EXPECT_FALSE(S::IsBluetoothDiscoverable());
-    EXPECT_EQ(Fake::TakeStory(), Texts({"I" + name + "general discoverable : [0]"}));
+    EXPECT_EQ(Recorder::TakeStory(), Texts({"I" + name + "general discoverable : [0]"}));
 }
 
 TEST_F(SystemConfigUtilTest, ReadsTheLowByteOfTheIrKeyCode) {
     unsigned char code = 9;
     EXPECT_FALSE(S::GetIrKeyCode(code));
     EXPECT_EQ(code, 9);
-    Fake::TheWorld().irKeyCode = 0x1F2;
+    Tv::SetFeature("value/1200", "498");  // 0x1F2
     EXPECT_TRUE(S::GetIrKeyCode(code));
     EXPECT_EQ(code, 0xF2);
 }
@@ -157,19 +158,18 @@ TEST_F(SystemConfigUtilTest, KeepsWhatItReadOnce) {
         {S::IsArtModeOnly, {"artapp.artmode_only_support", "IsArtModeOnly: Is ArtModeOnly :"}},
     };
     for (const auto& [ask, texts] : cached) {
-        auto& feature = Fake::TheWorld().features[kPrefix + texts.first];
-        feature = std::string("not a flag");
-        Fake::ClearRecord();
+        Set(texts.first, "not a flag");
+        Recorder::ClearRecord();
         EXPECT_FALSE(ask());
-        EXPECT_THAT(Fake::TakeStory(),
+        EXPECT_THAT(Recorder::TakeStory(),
                     ElementsAre(HasSubstr("fail to get "
                                           "com.velmora/featureconf/multiview.dualsound")));
-        feature = true;
+        Set(texts.first, "true");
         EXPECT_TRUE(ask()) << "a failed read is tried again";
-        feature = false;
+        Set(texts.first, "false");
         EXPECT_TRUE(ask());
-        EXPECT_EQ(Fake::Calls("system_info").size(), 1U);
-        EXPECT_EQ(Fake::Story(), Texts(2, "I utility " + texts.second + "1"));
+        EXPECT_EQ(Recorder::Calls("system_info").size(), 1U);
+        EXPECT_EQ(Recorder::Story(), Texts(2, "I utility " + texts.second + "1"));
     }
 }
 

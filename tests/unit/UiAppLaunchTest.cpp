@@ -17,7 +17,8 @@ std::string Sent(const std::string& number) {
     return "app_control_send_launch_request(org.orlix.nirvoui,msg_no=" + number + ",msg_type=-2";
 }
 
-const std::string kWait = "LwipcWaitEvent(/tmp/.nivoui_ready,10000)";
+const std::string kReady = "/tmp/.nivoui_ready";
+const std::string kWait = "LwipcWaitEvent(" + kReady + ",10000)";
 
 class UiAppLaunchTest : public PlatformTest {
 protected:
@@ -25,48 +26,44 @@ protected:
 };
 
 TEST_F(UiAppLaunchTest, DeliversOneEventAfterTheOther) {
-    Fake::HoldEvents(true);
+    Tv::SetRaised(kReady, false);
     launcher->Launch(Event(1, "AA", "x"));
     launcher->Launch(Event(2));
     launcher->Launch(Event(3));
-    ASSERT_TRUE(Fake::WaitFor(kWait, 1));
-    EXPECT_THAT(Fake::Calls(), ElementsAre(Sent("1") + ",msg1=AA,msg4=x)", kWait))
+    ASSERT_TRUE(Recorder::WaitFor(kWait, 1));
+    EXPECT_THAT(Recorder::Calls(), ElementsAre(Sent("1") + ",msg1=AA,msg4=x)", kWait))
         << "the others wait until the application is ready";
-    Fake::RaiseEvent();
-    ASSERT_TRUE(Fake::WaitFor(kWait, 2));
-    Fake::RaiseEvent();
-    ASSERT_TRUE(Fake::WaitFor(kWait, 3));
-    Fake::RaiseEvent();
+    Tv::SetRaised(kReady, true);
     launcher.reset();
-    EXPECT_THAT(Fake::Calls(), ElementsAre(Sent("1") + ",msg1=AA,msg4=x)", kWait, Sent("2") + ")",
-                                           kWait, Sent("3") + ")", kWait));
+    EXPECT_THAT(Recorder::Calls(), ElementsAre(Sent("1") + ",msg1=AA,msg4=x)", kWait,
+                                               Sent("2") + ")", kWait, Sent("3") + ")", kWait));
     // The caller's line and the worker's come in any order.
     EXPECT_THAT(
-        Fake::Lines(),
+        Recorder::Lines(),
         testing::IsSupersetOf({"I utility Launch: request launch org.orlix.nirvoui",
                                "I utility AddEventDataTo: msg_no:1, msg_type:-2, msg1:AA, msg4:x",
                                "I utility SendNirvoUiMessage: org.orlix.nirvoui launched"}));
 }
 
 TEST_F(UiAppLaunchTest, GivesAnEventUpAfterThreeFailures) {
-    Fake::Fail("app_control_send_launch_request", APP_CONTROL_ERROR_APP_NOT_FOUND, 3);
+    Recorder::Fail("app_control_send_launch_request", APP_CONTROL_ERROR_APP_NOT_FOUND, 3);
     launcher->Launch(Event(1));
     launcher->Launch(Event(2));
     launcher.reset();
-    EXPECT_THAT(Fake::Calls(), ElementsAre(Sent("1") + ")", Sent("1") + ")", Sent("1") + ")",
-                                           Sent("2") + ")", kWait));
-    EXPECT_EQ(Fake::Lines("utility", 6),
+    EXPECT_THAT(Recorder::Calls(), ElementsAre(Sent("1") + ")", Sent("1") + ")", Sent("1") + ")",
+                                               Sent("2") + ")", kWait));
+    EXPECT_EQ(Recorder::Lines("utility", 6),
               Texts(3, "E utility SendNirvoUiMessage: Failed to launch org.orlix.nirvoui"));
 }
 
 TEST_F(UiAppLaunchTest, DeliversWhatIsQueuedBeforeItEnds) {
-    Fake::HoldEvents(true);
+    Tv::SetRaised(kReady, false);
     for (int i = 0; i < 20; ++i) {
         launcher->Launch(Event(i));
     }
     UiAppLaunch* ending = launcher.get();
     std::thread destroyer([this] { launcher.reset(); });
-    ASSERT_TRUE(Fake::WaitFor("IN >> [UiAppLaunch::~UiAppLaunch()"));
+    ASSERT_TRUE(Recorder::WaitFor("IN >> [UiAppLaunch::~UiAppLaunch()"));
     // Which is logged a moment before the launcher stops taking events.
     std::string refusal;
     int taken = 20;
@@ -79,9 +76,9 @@ TEST_F(UiAppLaunchTest, DeliversWhatIsQueuedBeforeItEnds) {
         }
     }
     EXPECT_EQ(refusal, "thread stopped");
-    Fake::HoldEvents(false);
+    Tv::SetRaised(kReady, true);
     destroyer.join();
-    const Texts sent = Fake::Calls("app_control_send");
+    const Texts sent = Recorder::Calls("app_control_send");
     ASSERT_EQ(sent.size(), static_cast<std::size_t>(taken));
     EXPECT_EQ(sent.back(), Sent(std::to_string(taken - 1)) + ")");
 }

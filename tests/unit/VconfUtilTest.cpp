@@ -55,7 +55,7 @@ TEST_F(VconfUtilTest, SettersWriteTheirTypeAndLogIt) {
             by + (function.find("bool") != std::string::npos ? "fail to set " : "fail to ");
         for (const int id : {2, 79}) {
             const std::string& key = VconfUtil::keys[static_cast<std::size_t>(id)];
-            Fake::ClearRecord();
+            Recorder::ClearRecord();
             s.set(id);
             Texts lines;
             if (isAsync) {
@@ -63,8 +63,8 @@ TEST_F(VconfUtilTest, SettersWriteTheirTypeAndLogIt) {
             }
             lines.push_back(id == 79 ? "E" + refusal + "vconfkey " + key + "[79]"
                                      : "D" + by + "key : " + key + ", value : " + s.value);
-            EXPECT_EQ(Fake::Lines(), lines);
-            EXPECT_THAT(Fake::Calls(), ElementsAre(function + "(" + key + "," + s.value + ")"));
+            EXPECT_EQ(Recorder::Lines(), lines);
+            EXPECT_THAT(Recorder::Calls(), ElementsAre(function + "(" + key + "," + s.value + ")"));
         }
     }
 }
@@ -73,7 +73,8 @@ TEST_F(VconfUtilTest, FailedReadKeepsTheValue) {
     std::string text = "before";
     int number = 11;
     bool flag = true;
-    Fake::TheWorld().keys = {{"db/nirvo/lpm_mbr", std::string("text")}, {"db/nirvo/oob_status", 1}};
+    Tv::SetKey("db/nirvo/lpm_mbr", "text");
+    Tv::SetKey("db/nirvo/oob_status", 1);
     VconfUtil::GetVconf(12, text);  // never written
     VconfUtil::GetVconf(9, text);   // an int
     VconfUtil::GetVconf(8, number);
@@ -83,7 +84,7 @@ TEST_F(VconfUtilTest, FailedReadKeepsTheValue) {
     EXPECT_EQ(text, "before");
     EXPECT_EQ(number, 11);
     EXPECT_TRUE(flag);
-    const Texts lines = Fake::Lines();
+    const Texts lines = Recorder::Lines();
     ASSERT_EQ(lines.size(), 6U);
     EXPECT_EQ(lines[0], "E utility GetVconf: fail to get vconfkey db/nirvo/musictv_paired3[12]");
     EXPECT_EQ(lines[2], "E utility GetVconf: fail to get vconfkey db/nirvo/lpm_mbr[8]");
@@ -99,9 +100,9 @@ TEST_F(VconfUtilTest, ReadsAnyNumberAsAFlag) {
     vconf_set_bool("memory/bluetooth_nirvoui/musictvfail", 5);
     VconfUtil::GetVconf(103, flag);
     EXPECT_TRUE(flag) << "any number but 0 is true";
-    Fake::ClearRecord();
+    Recorder::ClearRecord();
     VconfUtil::GetVconf(48, flag);
-    EXPECT_THAT(Fake::Lines(),
+    EXPECT_THAT(Recorder::Lines(),
                 ElementsAre("D utility GetVconf: key : memory/bluetooth_nirvoui/musictvfail, "
                             "value : 1"));
 }
@@ -110,16 +111,17 @@ TEST_F(VconfUtilTest, WatchesAKey) {
     const auto count = [](keynode_t*, void* data) { ++*static_cast<int*>(data); };
     int changes = 0;
     EXPECT_EQ(VconfUtil::AddVconfChangedCb(92, count, &changes), 0);
-    Fake::WriteKey("memory/wifi/frequency", 5);
-    Fake::RunPending();
+    Tv::SetKey("memory/wifi/frequency", 5);
+    Tv::RunPending();
     EXPECT_EQ(changes, 1);
     EXPECT_EQ(VconfUtil::RemoveVconfChangedCb(92, count), 0);
     EXPECT_NE(VconfUtil::RemoveVconfChangedCb(92, count), 0);
     const std::string removed =
         "D utility RemoveVconfChangedCb: Remove vconf key callback memory/wifi/frequency[92]";
-    EXPECT_THAT(Fake::Lines(), ElementsAre("D utility AddVconfChangedCb: Add vconf key callback "
-                                           "memory/wifi/frequency[92]",
-                                           removed, removed));
+    EXPECT_THAT(Recorder::Lines(),
+                ElementsAre("D utility AddVconfChangedCb: Add vconf key callback "
+                            "memory/wifi/frequency[92]",
+                            removed, removed));
 }
 
 }  // namespace
