@@ -5,7 +5,8 @@
 #include "autoconnect/ZemiAutoConnection/BTAutoConnect.h"
 #include "common/AdvertisingData.h"
 #include "fuzz/Check.h"
-#include "tests/fake_platform/FakePlatform.h"
+#include "tests/recorder/Recorder.h"
+#include "tests/recorder/Tv.h"
 
 // Advertisements heard one after the other during a scan: each a byte of length and the packet.
 
@@ -16,14 +17,30 @@ using Bytes = std::vector<unsigned char>;
 constexpr const char* kPhone = "A0:B1:C2:D3:E4:F5";
 const Bytes kPhoneBytes = {0xA0, 0xB1, 0xC2, 0xD3, 0xE4, 0xF5};
 
+// The same one for each input.
 void StartWorld() {
-    Fake::Reset();
-    Fake::TheWorld().ambientMode = 1;
-    Fake::TheWorld().ambientType = 1;
-    Fake::TheWorld().devices = {{kPhone, {}}};
-    Fake::WriteKey("db/nirvo/musictv_paired3",
-                   std::string(R"([{"address":")") + kPhone + R"(","value":"Y"}])");
-    Fake::WriteKey("db/org.orlix.bleapp/added_mobile_keylist", MobileList::GetXorMac(kPhone) + ";");
+    Tv::Reset();
+    Tv::SetState("ambient_mode", 1);
+    Tv::SetState("ambient_type", 1);
+    TvSim::PhonePlan phone = Tv::QuietPhone(kPhone);
+    phone.connect.kind = TvSim::ConnectAnswer::Kind::kNever;
+    Tv::StartBluez({phone});
+    Tv::SetKey("db/nirvo/musictv_paired3",
+               std::string(R"([{"address":")") + kPhone + R"(","value":"Y"}])");
+    Tv::SetKey("db/org.orlix.bleapp/added_mobile_keylist", MobileList::GetXorMac(kPhone) + ";");
+}
+
+// As the platform hands an advertisement over, in a buffer of its exact size.
+void Hear(CBtAutoConnect& engine, Bytes packet) {
+    packet.shrink_to_fit();
+    std::string address = "5E:00:00:00:00:01";
+    bt_adapter_le_device_scan_result_info_s info = {address.data(),
+                                                    -40,
+                                                    static_cast<int>(packet.size()),
+                                                    reinterpret_cast<char*>(packet.data()),
+                                                    0,
+                                                    nullptr};
+    CBtAutoConnect::OnLeScanResult(BT_ERROR_NONE, &info, &engine);
 }
 
 // What is found lies within the packet, and makes a packet in which it is found again.
@@ -42,34 +59,40 @@ void CheckParser(const Bytes& packet) {
           "the packet says the same");
 }
 
-// A phone is connected by an advertisement that carries its address, and by no other.
-void CheckEngine(const Bytes& packet) {
+// Whether the scan goes on. A phone is connected by an advertisement that carries its address, and
+// by no other.
+bool CheckEngine(CBtAutoConnect& engine, const Bytes& packet) {
     const auto found = FindManufacturerData(packet.data(), packet.size());
     const bool names = found && found->size >= 15 &&
                        std::equal(kPhoneBytes.begin(), kPhoneBytes.end(), found->data + 7);
-    Fake::ClearRecord();
-    Fake::Hear(packet);
-    Check(Fake::Calls("bt_audio_connect").size() == (names ? 1U : 0U),
+    Recorder::ClearRecord();
+    Hear(engine, packet);
+    Check(Recorder::Calls("bt_audio_connect").size() == (names ? 1U : 0U),
           "the phone that is named is connected");
+    return !names;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    StartWorld();
+    static const bool isStarted = (StartWorld(), true);
+    static_cast<void>(isStarted);
     {
         CBtAutoConnect engine;
         engine.StartAutoConnect();
-        for (std::size_t at = 0; at < size && Fake::Scanning();) {
+        bool isScanning = true;
+        for (std::size_t at = 0; at < size && isScanning;) {
             const std::size_t length = std::min<std::size_t>(data[at], size - at - 1);
             const Bytes packet(data + at + 1, data + at + 1 + length);
             CheckParser(packet);
-            CheckEngine(packet);
+            isScanning = CheckEngine(engine, packet);
             at += 1 + length;
         }
-        Fake::RunPending();
+        engine.StopLEScan();
     }
-    const auto leftovers = Fake::Leftovers();
+    // The attempt ends before the next one.
+    Tv::Advance(15000);
+    const auto leftovers = Recorder::Leftovers();
     Check(leftovers.empty(), "nothing is left on the platform",
           leftovers.empty() ? "" : leftovers[0]);
     return 0;

@@ -5,7 +5,8 @@
 #include "autoconnect/ZemiAutoConnection/MobileList.h"
 #include "fuzz/Check.h"
 #include "fuzz/Input.h"
-#include "tests/fake_platform/FakePlatform.h"
+#include "tests/recorder/Recorder.h"
+#include "tests/recorder/Tv.h"
 #include "utility/JsonUtil.h"
 
 // What other components write and phones send, a line each: the phones' settings, the
@@ -41,27 +42,29 @@ void CheckList(const MobileList& list) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<std::string> lines = LinesOf(data, size);
     lines.resize(std::max<std::size_t>(lines.size(), 3));
-    Fake::Reset();
-    Fake::WriteKey(kSettingsKey, lines[0]);
-    Fake::WriteKey(kMirroringKey, lines[1]);
-    Fake::WriteKey(kPackedKey, lines[2]);
+    static const bool isReset = (Tv::Reset(), true);
+    static_cast<void>(isReset);
+    Recorder::Reset();
+    Tv::SetKey(kSettingsKey, lines[0]);
+    Tv::SetKey(kMirroringKey, lines[1]);
+    Tv::SetKey(kPackedKey, lines[2]);
     {
         MobileList list;
         CheckList(list);
         for (std::size_t i = 3; i < lines.size(); ++i) {
-            const bool wasJson = IsJson(Fake::TextKey(kSettingsKey));
+            const bool wasJson = IsJson(Tv::TextKey(kSettingsKey));
             list.UpdateList(lines[i]);
             CheckList(list);
-            Check(!wasJson || IsJson(Fake::TextKey(kSettingsKey)), "the settings stay readable",
-                  Fake::TextKey(kSettingsKey));
+            Check(!wasJson || IsJson(Tv::TextKey(kSettingsKey)), "the settings stay readable",
+                  Tv::TextKey(kSettingsKey));
         }
         // The other components swap what they say.
-        Fake::WriteKey(kMirroringKey, lines[0]);
-        Fake::WriteKey(kPackedKey, lines[1]);
-        Fake::RunPending();
+        Tv::SetKey(kMirroringKey, lines[0]);
+        Tv::SetKey(kPackedKey, lines[1]);
+        Tv::RunPending();
         CheckList(list);
     }
-    const auto leftovers = Fake::Leftovers();
+    const auto leftovers = Recorder::Leftovers();
     Check(leftovers.empty(), "nothing is left on the platform",
           leftovers.empty() ? "" : leftovers[0]);
     return 0;

@@ -14,6 +14,7 @@
 
 #include "common/Source.h"
 #include "platform/bluetooth.h"
+#include "platform/config_store.h"
 #include "platform/linux/base/RootPath.h"
 #include "platform/linux/config/FeatureFile.h"
 #include "platform/linux/config/PlatformState.h"
@@ -59,6 +60,10 @@ struct Surroundings {
             return AnswerSyncCall(call, error);
         };
         bus.treat = [this](const auto& call) { return Treat(call); };
+        // As long as one key is watched the platform watches the file; the kernel takes
+        // milliseconds to end that.
+        vconf_notify_key_changed(
+            "db/tests", [](keynode_t* /*node*/, void* /*data*/) {}, nullptr);
     }
 
     // The bus itself, and an application that is launched; any thread.
