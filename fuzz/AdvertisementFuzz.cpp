@@ -77,10 +77,10 @@ bool CheckEngine(CBtAutoConnect& engine, const Bytes& packet) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const bool isStarted = (StartWorld(), true);
     static_cast<void>(isStarted);
+    bool isScanning = true;
     {
         CBtAutoConnect engine;
         engine.StartAutoConnect();
-        bool isScanning = true;
         for (std::size_t at = 0; at < size && isScanning;) {
             const std::size_t length = std::min<std::size_t>(data[at], size - at - 1);
             const Bytes packet(data + at + 1, data + at + 1 + length);
@@ -90,8 +90,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         engine.StopLEScan();
     }
-    // The attempt ends before the next one.
-    Tv::Advance(15000);
+    Tv::RunPending();
+    if (!isScanning) {
+        Tv::Advance(15000);  // until the attempt to connect has ended
+    }
     const auto leftovers = Recorder::Leftovers();
     Check(leftovers.empty(), "nothing is left on the platform",
           leftovers.empty() ? "" : leftovers[0]);

@@ -14,7 +14,6 @@
 #include "platform/device_power.h"
 #include "platform/event_wait.h"
 #include "platform/screen_manager.h"
-#include "platform/sound_manager.h"
 #include "platform/system_info.h"
 #include "tests/recorder/Recorder.h"
 
@@ -78,13 +77,11 @@ R Pass(Kind kind, Thread thread, const char* name, R (*real)(P...), P... argumen
 #define PARAMETERS_2(function) PARAMETERS_1(function), PARAMETER(function, 1)
 #define PARAMETERS_3(function) PARAMETERS_2(function), PARAMETER(function, 2)
 #define PARAMETERS_4(function) PARAMETERS_3(function), PARAMETER(function, 3)
-#define PARAMETERS_5(function) PARAMETERS_4(function), PARAMETER(function, 4)
 #define ARGUMENTS_0
 #define ARGUMENTS_1 , a0
 #define ARGUMENTS_2 ARGUMENTS_1, a1
 #define ARGUMENTS_3 ARGUMENTS_2, a2
 #define ARGUMENTS_4 ARGUMENTS_3, a3
-#define ARGUMENTS_5 ARGUMENTS_4, a4
 // In place of a function of the platform, which it calls.
 #define RECORD(kind, thread, function, count)                                                    \
     decltype(function) __real_##function;                                                        \

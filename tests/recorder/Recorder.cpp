@@ -195,10 +195,6 @@ void Succeeded(const std::string& function, const std::string& arguments) {
             state.registrations.insert("watch on " + arguments);
         } else if (function == "vconf_ignore_key_changed") {
             state.registrations.erase("watch on " + arguments);
-        } else if (function == "bt_audio_set_connection_state_changed_cb") {
-            state.registrations.insert("listener for audio connections");
-        } else if (function == "bt_audio_unset_connection_state_changed_cb") {
-            state.registrations.erase("listener for audio connections");
         } else if (function == "app_control_set_operation" &&
                    g_str_has_suffix(arguments.c_str(), APP_CONTROL_OPERATION_DEFAULT) == FALSE) {
             state.faults.push_back("launch with the operation " + arguments);

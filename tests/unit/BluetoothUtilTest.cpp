@@ -11,6 +11,8 @@ namespace {
 
 constexpr const char* kPhone = "A0:B1:C2:D3:E4:F5";
 
+bool isBondHeld = true;
+
 TvSim::PhonePlan Device(const std::string& address, const std::string& name, int major = 0,
                         int minor = 0) {
     TvSim::PhonePlan plan = Tv::QuietPhone(address);
@@ -21,6 +23,7 @@ TvSim::PhonePlan Device(const std::string& address, const std::string& name, int
 
 class BluetoothUtilTest : public PlatformTest {
 protected:
+    ~BluetoothUtilTest() override { isBondHeld = true; }
     static int NumberKey(const std::string& key) {
         int number = -1;
         vconf_get_int(key.c_str(), &number);
@@ -38,11 +41,12 @@ TEST_F(BluetoothUtilTest, TellsWhatItKnowsOfADevice) {
     Recorder::ClearRecord();
     EXPECT_TRUE(BluetoothUtil::IsPairedDevice("a0:b1:c2:d3:e4:f5"));
     EXPECT_FALSE(BluetoothUtil::IsConnectedDevice("A0:B1:C2:D3:E4:F5"));
-    EXPECT_TRUE(BluetoothUtil::IsPairedDevice("B0:00:00:00:00:0B"));
+    isBondHeld = false;
+    EXPECT_FALSE(BluetoothUtil::IsPairedDevice("B0:00:00:00:00:0B"));
     EXPECT_TRUE(BluetoothUtil::IsConnectedDevice("B0:00:00:00:00:0B"));
     EXPECT_THAT(Recorder::Lines(), ElementsAre("W utility IsPairedDevice: is bonded device 1",
                                                "W utility IsConnectedDevice: isConnected 0",
-                                               "W utility IsPairedDevice: is bonded device 1",
+                                               "W utility IsPairedDevice: is bonded device 0",
                                                "W utility IsConnectedDevice: isConnected 1"));
     Recorder::ClearRecord();
     for (const char* address : {"C0:00:00:00:00:0C", "", "A0:B1:C2:D3:E4"}) {
@@ -201,3 +205,15 @@ TEST_F(BluetoothUtilTest, SplitsTheLastAudioDeviceAtItsFirstSlash) {
 }
 
 }  // namespace
+
+// A TV may know a device without a bond; platform/linux never does.
+extern "C" {
+int __real_bt_adapter_get_bonded_device_info(const char* address, bt_device_info_s** info);
+int __wrap_bt_adapter_get_bonded_device_info(const char* address, bt_device_info_s** info) {
+    const int result = __real_bt_adapter_get_bonded_device_info(address, info);
+    if (result == BT_ERROR_NONE) {
+        (*info)->is_bonded = isBondHeld;
+    }
+    return result;
+}
+}
