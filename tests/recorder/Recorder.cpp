@@ -205,6 +205,7 @@ void Succeeded(const std::string& function, const std::string& arguments) {
 }  // namespace Recorder
 
 // In place of the functions of those names.
+// NOLINTBEGIN(bugprone-reserved-identifier): the names that the linker gives
 extern "C" {
 
 int __wrap___dlog_print(log_id_t buffer, int priority, const char* tag, const char* format, ...) {
@@ -261,3 +262,4 @@ gboolean __wrap_g_source_remove(guint tag) {
 }
 
 }  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)

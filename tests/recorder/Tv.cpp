@@ -184,9 +184,10 @@ int State(const char* name) {
 }
 
 void SetFeature(const std::string& key, const std::optional<std::string>& value) {
-    if (value) {
-        static_cast<void>(Platform::FeatureFile::Instance().Set(key, *value));
-    } else {
+    auto& features = Platform::FeatureFile::Instance();
+    if (value && features.GetText(key) != value) {
+        static_cast<void>(features.Set(key, *value));
+    } else if (!value) {
         fs::remove(Platform::SettingsFolder() + "/features.conf");
     }
 }

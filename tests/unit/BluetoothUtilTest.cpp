@@ -207,6 +207,7 @@ TEST_F(BluetoothUtilTest, SplitsTheLastAudioDeviceAtItsFirstSlash) {
 }  // namespace
 
 // A TV may know a device without a bond; platform/linux never does.
+// NOLINTBEGIN(bugprone-reserved-identifier): the names that the linker gives
 extern "C" {
 int __real_bt_adapter_get_bonded_device_info(const char* address, bt_device_info_s** info);
 int __wrap_bt_adapter_get_bonded_device_info(const char* address, bt_device_info_s** info) {
@@ -217,3 +218,4 @@ int __wrap_bt_adapter_get_bonded_device_info(const char* address, bt_device_info
     return result;
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)
