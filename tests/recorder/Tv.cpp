@@ -33,10 +33,14 @@ using Platform::ConfigType;
 constexpr char kReadyEvent[] = "/tmp/.nivoui_ready";
 constexpr char kNoService[] = "org.freedesktop.DBus.Error.ServiceUnknown";
 
+// In memory if possible.
 std::string& RootFolder() {
-    static std::string& root =
-        *new std::string((access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") +
-                         std::string("/bt-autoconnect-test-XXXXXX"));
+    static std::string& root = *[] {
+        const char* given = std::getenv("TMPDIR");
+        const char* parent = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
+        return new std::string((given != nullptr ? given : parent) +
+                               std::string("/bt-autoconnect-test-XXXXXX"));
+    }();
     return root;
 }
 
