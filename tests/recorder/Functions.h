@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The functions of the platform that unit tests look at: what the call is, the thread that it belongs to, the
-// function, how many parameters it has. CMakeLists.txt reads this too: one in each line.
+// The functions of the platform that unit tests look at: what the call is, the thread that it
+// belongs to, the function, how many parameters it has. CMakeLists.txt reads this too: one in each
+// line.
 RECORD(kQuery, kAny, LwipcWaitEvent, 2)
 RECORD(kQuery, kAny, app_context_get_app_id, 2)
 RECORD(kQuery, kAny, app_context_get_app_state, 2)

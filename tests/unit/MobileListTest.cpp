@@ -88,7 +88,7 @@ std::vector<Build> Builds() {
         Broken("ElementsThatAreNoObjects", "[5]", "Json exception : "),
         Broken("MembersThatAreNoText", R"([{"address":{},"value":"Y"}])", "Json exception : "),
         {"BrokenAfterAGoodOne",
-         "[{\"address\":\"" + kA + "\",\"value\":\"Y\"},[]]",
+         R"([{"address":")" + kA + R"(","value":"Y"},[]])",
          Packed({kA}),
          kA,
          "(none)",
