@@ -3,13 +3,14 @@
 #include <string>
 
 #include "fuzz/Check.h"
-#include "fuzz/FakeBus.h"
 #include "fuzz/Input.h"
 #include "platform/bluetooth.h"
 #include "platform/linux/bluez/Audio.h"
 #include "platform/linux/bluez/Mirror.h"
 #include "platform/linux/bluez/Record.h"
 #include "platform/linux/bluez/Scan.h"
+#include "tests/simulation/MemoryBus.h"
+#include "tests/simulation/VirtualTime.h"
 
 // What bluetoothd says, during a scan and while a phone is connected: a GVariant a(sov) of a name,
 // a path and a message's arguments of any type. The name is that of a signal, or one of those in
@@ -60,7 +61,22 @@ void OnAudio(int /*result*/, bool /*connected*/, const char* address, void* /*da
 }
 
 struct Stack {
-    FakeBus bus;
+    // Its calls wait until the input answers them.
+    Stack() {
+        bus.treat = [](const MemoryBus::CallInfo& call) {
+            MemoryBus::Treatment treatment;
+            treatment.isAnswered = call.destination != "org.bluez";
+            return treatment;
+        };
+        bus.SetBluez(true);
+        Settle();
+    }
+    static void Settle() {
+        while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+        }
+    }
+
+    MemoryBus bus;
     Bluez::Mirror mirror;
     Bluez::Scan scan{mirror};
     Bluez::Audio audio{mirror, scan};
@@ -87,19 +103,21 @@ void Ask(const Stack& stack) {
 
 void Tell(Stack& stack, const std::string& name, const char* path, GVariant* arguments) {
     if (name == "PropertiesChanged" || name == "InterfacesAdded" || name == "InterfacesRemoved") {
-        stack.bus.Signal(path, name.c_str(), arguments);
+        const char* interface = name[0] == 'P' ? "org.freedesktop.DBus.Properties"
+                                               : "org.freedesktop.DBus.ObjectManager";
+        stack.bus.Signal(path, interface, name, arguments);
     } else if (name == "reply") {
-        stack.bus.Answer(arguments, nullptr);
+        stack.bus.AnswerBluez(arguments, nullptr);
     } else if (name == "busy") {
-        stack.bus.Answer(nullptr, "org.bluez.Error.InProgress");
+        stack.bus.AnswerBluez(nullptr, "org.bluez.Error.InProgress");
     } else if (name == "refuse") {
-        stack.bus.Answer(nullptr, "org.bluez.Error.Failed");
+        stack.bus.AnswerBluez(nullptr, "org.bluez.Error.Failed");
     } else if (name == "vanish") {
-        stack.bus.Vanish();
+        stack.bus.SetBluez(false);
     } else if (name == "appear") {
-        stack.bus.Appear();
+        stack.bus.SetBluez(true);
     } else if (name == "wait") {
-        stack.bus.Wait();
+        g_main_context_iteration(nullptr, TRUE);
     } else if (name == "scan") {
         static_cast<void>(stack.scan.Start(OnHeard, nullptr));
     } else if (name == "stop") {
@@ -113,6 +131,7 @@ void Tell(Stack& stack, const std::string& name, const char* path, GVariant* arg
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     g_setenv("TV_LOG_LEVEL", "error", FALSE);
+    VirtualTime::Begin([] {});
     return 0;
 }
 
@@ -129,8 +148,6 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const GVariantPtr messages = MessagesIn(data, size);
     Stack stack;
-    stack.bus.Connect();
-    stack.bus.Appear();
     stack.audio.SetCallback(OnAudio, nullptr);
     GVariantIter iter;
     g_variant_iter_init(&iter, messages.get());
@@ -139,7 +156,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     GVariant* arguments = nullptr;
     while (g_variant_iter_loop(&iter, "(&s&ov)", &name, &path, &arguments)) {
         Tell(stack, name, path, arguments);
-        stack.bus.Settle();
+        Stack::Settle();
         Ask(stack);
     }
     return 0;
