@@ -135,6 +135,7 @@ void Judge::OnEndLine(const std::string& /*line*/) {
 void Judge::OnScanLine(const std::string& /*line*/) {
     m_isScanWanted = true;
     m_hasFound = false;
+    Expect(!m_phones.empty() && isStartAllowed(), "a scan that the TV's state forbids");
     const auto listed = listedPhones();
     Expect(!listed || m_phones == *listed, "the list is not what the keys say");
 }

@@ -21,6 +21,8 @@ public:
 
     // ---- what the world knows ----
     std::function<bool(const std::string& path)> isBonded;
+    // False when the keys say that no attempt may begin.
+    std::function<bool()> isStartAllowed;
     // Whether the service must know by now that the phone plays.
     std::function<bool(const std::string& path)> isPlaying;
     // The phones that qualify, in order, as the keys say; nothing while the service may not know.

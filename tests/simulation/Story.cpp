@@ -436,8 +436,8 @@ std::vector<Step> MakeStory(std::uint64_t seed, int number) {
         steps.push_back({atMs, std::move(next.what), std::move(next.run)});
     }
     int atMs = 0;
-    for (int i = 1 + dice.Below(14); i > 0; --i) {
-        atMs += dice.OneIn(3) ? dice.Time(1000) : dice.Below(kStoryMs / 4);
+    for (int i = 1 + dice.Below(20); i > 0; --i) {
+        atMs += dice.OneIn(3) ? dice.Time(1000) : dice.Below(kStoryMs / 5);
         steps.push_back({atMs, "the TV wakes", [](World& world) { world.Wake(); }, true});
     }
     std::stable_sort(steps.begin(), steps.end(),

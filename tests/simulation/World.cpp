@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <utility>
 
 #include "autoconnect/src/DbusInterface.h"
@@ -55,6 +56,15 @@ World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&
     };
     m_judge.isBonded = [this](const std::string& path) { return IsBonded(path); };
     m_judge.isPlaying = [this](const std::string& path) { return IsPlaying(path); };
+    m_judge.isStartAllowed = [this] {
+        const auto is = [this](const char* key, const std::set<int>& good) {
+            return m_keys.count(key) == 0 || good.count(m_keys[key]) != 0;
+        };
+        return is("memory/platform/wakeup_reason", {0, 1}) &&
+               is("memory/platform/ambient_mode", {1}) &&
+               is("memory/platform/ambient_type", {1, 3}) &&
+               is("memory/bluetooth_nirvoui/musictvfail", {0}) && m_isRotating.value_or(true);
+    };
     m_judge.listedPhones = [this] { return ListedPhones(); };
     SetRotating(true);
     MakeKeys();
@@ -160,7 +170,9 @@ void World::Command(const char* name, GVariant* parameters) {
 }
 
 void World::SetKey(const std::string& key, int number) {
-    m_keys[key] = number;
+    if (!m_endStoreFault) {
+        m_keys[key] = number;
+    }
     Write(key, {Platform::ConfigType::kInt, {}, number});
 }
 
