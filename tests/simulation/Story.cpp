@@ -53,173 +53,131 @@ std::string Ms(int ms) {
     return std::to_string(ms) + " ms";
 }
 
-// One that changes what a phone does from now on.
+using Happenings = std::vector<Happening>;
+
+// What a phone does from now on.
 Happening Change(int phone, const std::string& what, std::function<void(PhonePlan&)> change) {
     return {
         "phone " + World::IdOf(phone) + " " + what,
         [phone, change = std::move(change)](World& world) { world.ChangePhone(phone, change); }};
 }
 
-// One that a phone, or its user, does now.
+// What a phone, or its user, does now.
 Happening Act(int phone, const std::string& what, std::function<void(Phone&)> act) {
     return {"phone " + World::IdOf(phone) + " " + what,
             [phone, act = std::move(act)](World& world) { world.WithPhone(phone, act); }};
 }
 
-Happening AdvertiseOtherwise(Dice& dice, int phone) {
-    switch (dice.Below(6)) {
-        case 0:
-            return Change(phone, "is silent", [](PhonePlan& plan) { plan.advertises = false; });
-        case 1: {
-            const int ms = dice.Time(6000);
-            return Change(phone, "advertises after " + Ms(ms),
-                          [ms](PhonePlan& plan) { plan.advertiseAfterMs = ms; });
-        }
-        case 2:
-            return Change(phone, "advertises from a private address", [](PhonePlan& plan) {
-                plan.advertiseFrom = "5E" + plan.address.substr(2);
-            });
-        case 3: {
-            const auto size = static_cast<std::size_t>(dice.Below(30));
-            return Change(
-                phone, "advertises " + std::to_string(size) + " bytes",
-                [size](PhonePlan& plan) { plan.manufacturerData.begin()->second.resize(size); });
-        }
-        case 4:
-            return Change(phone, "advertises other entries, too", [](PhonePlan& plan) {
-                plan.manufacturerData[1] = {1, 2, 3};
-                plan.manufacturerData[0xFFFF] = std::vector<unsigned char>(20, 0xFF);
-            });
-        default: {
-            const int count = 1 + dice.Below(3);
-            return Change(phone, "advertises only " + std::to_string(count) + " times",
-                          [count](PhonePlan& plan) { plan.advertiseCount = count; });
-        }
-    }
+Happening AdvertiseOtherwise(Dice& dice) {
+    const int phone = dice.Below(World::kPhones);
+    const int ms = dice.Time(6000);
+    const int count = 1 + dice.Below(3);
+    const auto size = static_cast<std::size_t>(dice.Below(30));
+    return dice.Pick(Happenings{
+        Change(phone, "is silent", [](PhonePlan& plan) { plan.advertises = false; }),
+        Change(phone, "advertises after " + Ms(ms),
+               [ms](PhonePlan& plan) { plan.advertiseAfterMs = ms; }),
+        Change(phone, "advertises from a private address",
+               [](PhonePlan& plan) { plan.advertiseFrom = "5E" + plan.address.substr(2); }),
+        Change(phone, "advertises " + std::to_string(size) + " bytes",
+               [size](PhonePlan& plan) { plan.manufacturerData.begin()->second.resize(size); }),
+        Change(phone, "advertises other entries, too",
+               [](PhonePlan& plan) {
+                   plan.manufacturerData[1] = {1, 2, 3};
+                   plan.manufacturerData[0xFFFF] = std::vector<unsigned char>(20, 0xFF);
+               }),
+        Change(phone, "advertises only " + std::to_string(count) + " times",
+               [count](PhonePlan& plan) { plan.advertiseCount = count; }),
+    });
 }
 
-Happening ConnectOtherwise(Dice& dice, int phone) {
+Happening ConnectOtherwise(Dice& dice) {
     using Kind = TvSim::ConnectAnswer::Kind;
-    const auto error = dice.Pick(Errors());
-    const TvSim::ConnectAnswer refusal = {Kind::kRefuse, error.first, error.second};
-    const std::string name = error.first + " " + error.second;
-    switch (dice.Below(6)) {
-        case 0:
-            return Change(phone, "hangs when it is connected",
-                          [](PhonePlan& plan) { plan.connect.kind = Kind::kNever; });
-        case 1:
-            return Change(phone, "refuses: " + name,
-                          [refusal](PhonePlan& plan) { plan.connect = refusal; });
-        case 2:
-            return Change(phone, "refuses once: " + name,
-                          [refusal](PhonePlan& plan) { plan.firstConnect = refusal; });
-        case 3:
-            return Change(phone, "loses its link and refuses once: " + name,
-                          [refusal](PhonePlan& plan) {
-                              plan.firstConnect = refusal;
-                              plan.linkGoesDown = true;
-                          });
-        case 4: {
-            const int ms = dice.Time(15000);
-            return Change(phone, "answers a connection after " + Ms(ms),
-                          [ms](PhonePlan& plan) { plan.connectAfterMs = ms; });
-        }
-        default: {
-            const int ms = 1 + dice.Time(6000);
-            return Change(phone, "leaves " + Ms(ms) + " after it was connected",
-                          [ms](PhonePlan& plan) { plan.disconnectsAfterMs = ms; });
-        }
-    }
+    const int phone = dice.Below(World::kPhones);
+    const int ms = 1 + dice.Time(15000);
+    const auto& [name, message] = dice.Pick(Errors());
+    const TvSim::ConnectAnswer refusal = {Kind::kRefuse, name, message};
+    const std::string error = ": " + name + " " + message;
+    return dice.Pick(Happenings{
+        Change(phone, "hangs when it is connected",
+               [](PhonePlan& plan) { plan.connect.kind = Kind::kNever; }),
+        Change(phone, "refuses" + error, [refusal](PhonePlan& plan) { plan.connect = refusal; }),
+        Change(phone, "refuses once" + error,
+               [refusal](PhonePlan& plan) { plan.firstConnect = refusal; }),
+        Change(phone, "loses its link and refuses once" + error,
+               [refusal](PhonePlan& plan) {
+                   plan.firstConnect = refusal;
+                   plan.linkGoesDown = true;
+               }),
+        Change(phone, "answers a connection after " + Ms(ms),
+               [ms](PhonePlan& plan) { plan.connectAfterMs = ms; }),
+        Change(phone, "leaves " + Ms(ms) + " after it was connected",
+               [ms](PhonePlan& plan) { plan.disconnectsAfterMs = ms; }),
+    });
 }
 
-Happening PlayOtherwise(Dice& dice, int phone) {
+Happening PlayOtherwise(Dice& dice) {
     static const std::vector<std::string> kStatus = {"none",         "playing",      "stopped",
                                                      "forward-seek", "reverse-seek", "error"};
-    switch (dice.Below(4)) {
-        case 0: {
-            const std::string status = dice.Pick(kStatus);
-            return Change(phone, "has the player state " + status,
-                          [status](PhonePlan& plan) { plan.playerStatus = status; });
-        }
-        case 1: {
-            const int ms = dice.Time(5000);
-            return Change(phone, "shows its player after " + Ms(ms),
-                          [ms](PhonePlan& plan) { plan.playerAfterMs = ms; });
-        }
-        case 2: {
-            const int ms = dice.Time(5000);
-            return Change(phone, "tells its player's state after " + Ms(ms),
-                          [ms](PhonePlan& plan) { plan.statusAfterMs = ms; });
-        }
-        default:
-            return Change(phone, "ignores the play command",
-                          [](PhonePlan& plan) { plan.playsOnPlay = false; });
-    }
+    const int phone = dice.Below(World::kPhones);
+    const int ms = dice.Time(5000);
+    const std::string status = dice.Pick(kStatus);
+    return dice.Pick(Happenings{
+        Change(phone, "has the player state " + status,
+               [status](PhonePlan& plan) { plan.playerStatus = status; }),
+        Change(phone, "shows its player after " + Ms(ms),
+               [ms](PhonePlan& plan) { plan.playerAfterMs = ms; }),
+        Change(phone, "tells its player's state after " + Ms(ms),
+               [ms](PhonePlan& plan) { plan.statusAfterMs = ms; }),
+        Change(phone, "ignores the play command",
+               [](PhonePlan& plan) { plan.playsOnPlay = false; }),
+    });
 }
 
-Happening ActOtherwise(Dice& dice, int phone) {
+Happening ActOtherwise(Dice& dice) {
     static const std::vector<std::string> kStatus = {"playing", "paused", "stopped"};
-    switch (dice.Below(5)) {
-        case 0:
-            return Act(phone, "connects by itself", [](Phone& each) { each.ConnectByItself(); });
-        case 1:
-            return Act(phone, "leaves", [](Phone& each) { each.Disconnect(); });
-        case 2: {
-            const std::string status = dice.Pick(kStatus);
-            return Act(phone, "is " + status + " by its user",
-                       [status](Phone& each) { each.SetStatus(status); });
-        }
-        case 3:
-            return Act(phone, "forgets the TV", [](Phone& each) { each.ForgetTv(); });
-        default:
-            return {"phone " + World::IdOf(phone) + " is removed on the TV",
-                    [phone](World& world) { world.RemoveBond(phone); }};
-    }
-}
-
-// Others advertise the phone's address, or anything.
-Happening Spoof(Dice& dice, int phone) {
+    const int phone = dice.Below(World::kPhones);
+    const std::string id = World::IdOf(phone);
+    const std::string status = dice.Pick(kStatus);
     const bool elsewhere = dice.OneIn(2);
-    return {"somebody advertises the address of phone " + World::IdOf(phone) +
-                (elsewhere ? " on another adapter" : ""),
-            [phone, elsewhere](World& world) {
-                world.Advertise(phone, "5E:00:00:00:00:01", elsewhere);
-            }};
+    return dice.Pick(Happenings{
+        Act(phone, "connects by itself", [](Phone& each) { each.ConnectByItself(); }),
+        Act(phone, "leaves", [](Phone& each) { each.Disconnect(); }),
+        Act(phone, "is " + status + " by its user",
+            [status](Phone& each) { each.SetStatus(status); }),
+        Act(phone, "forgets the TV", [](Phone& each) { each.ForgetTv(); }),
+        {"phone " + id + " is removed on the TV",
+         [phone](World& world) { world.RemoveBond(phone); }},
+        {"somebody advertises the address of phone " + id +
+             (elsewhere ? " on another adapter" : ""),
+         [=](World& world) { world.Advertise(phone, "5E:00:00:00:00:01", elsewhere); }},
+    });
 }
 
 Happening Bluez(Dice& dice) {
-    switch (dice.Below(3)) {
-        case 0:
-            return {"bluetoothd stops", [](World& world) { world.StopBluez(); }};
-        case 1:
-            return {"bluetoothd is killed", [](World& world) { world.KillBluez(); }};
-        default:
-            return {"bluetoothd starts again", [](World& world) {
-                        world.StopBluez();
-                        world.StartBluez();
-                    }};
-    }
-}
-
-Happening Adapter(Dice& dice) {
     const Which which = dice.OneIn(4) ? Which::kSecond : Which::kFirst;
     const std::string name = which == Which::kFirst ? "the first adapter " : "the second adapter ";
+    const int number = (which == Which::kFirst ? 10 : 20) + dice.Below(2);
     const bool on = dice.OneIn(2);
-    switch (dice.Below(3)) {
-        case 0:
-            return {name + (on ? "is switched on" : "is switched off"), [which, on](World& world) {
-                        world.WithBluez([&](auto& bluez) { bluez.SetAdapterPowered(which, on); });
-                    }};
-        case 1:
-            return {name + (on ? "is plugged in" : "is pulled"), [which, on](World& world) {
-                        world.WithBluez([&](auto& bluez) { bluez.SetAdapterPresent(which, on); });
-                    }};
-        default: {
-            const int number = (which == Which::kFirst ? 10 : 20) + dice.Below(2);
-            return {name + "comes back as number " + std::to_string(number),
-                    [which, number](World& world) { world.Renumber(which, number); }};
-        }
-    }
+    return dice.Pick(Happenings{
+        {"bluetoothd stops", [](World& world) { world.StopBluez(); }},
+        {"bluetoothd is killed", [](World& world) { world.KillBluez(); }},
+        {"bluetoothd starts again",
+         [](World& world) {
+             world.StopBluez();
+             world.StartBluez();
+         }},
+        {name + (on ? "is switched on" : "is switched off"),
+         [=](World& world) {
+             world.WithBluez([=](auto& bluez) { bluez.SetAdapterPowered(which, on); });
+         }},
+        {name + (on ? "is plugged in" : "is pulled"),
+         [=](World& world) {
+             world.WithBluez([=](auto& bluez) { bluez.SetAdapterPresent(which, on); });
+         }},
+        {name + "comes back as number " + std::to_string(number),
+         [=](World& world) { world.Renumber(which, number); }},
+    });
 }
 
 // What bluetoothd tells of its objects is what is so when it tells it, and what it refuses it does
@@ -307,17 +265,14 @@ Happening Keys(Dice& dice) {
     static const std::vector<std::string> kTexts = {
         "", "[", "7", "{}", "[1]", "[{\"address\":\"A0\",\"value\":\"Y\"}]", "{\"devices\":7}"};
     const int ms = dice.Time(8000);
-    if (dice.OneIn(3)) {
-        const std::string text = dice.Pick(kTexts);
-        const bool isOrder = dice.OneIn(2);
-        return {
-            std::string(isOrder ? "the order" : "the list") + " of the phones is '" + text + "'",
-            [=](World& world) { world.SpoilPhones(isOrder, text); }};
-    }
-    if (dice.OneIn(2)) {
-        return {"the keys are locked for " + Ms(ms), [ms](World& world) { world.LockKeys(ms); }};
-    }
-    return {"the keys are broken for " + Ms(ms), [ms](World& world) { world.BreakKeys(ms); }};
+    const std::string text = dice.Pick(kTexts);
+    const bool isOrder = dice.OneIn(2);
+    return dice.Pick(Happenings{
+        {std::string(isOrder ? "the order" : "the list") + " of the phones is '" + text + "'",
+         [=](World& world) { world.SpoilPhones(isOrder, text); }},
+        {"the keys are locked for " + Ms(ms), [ms](World& world) { world.LockKeys(ms); }},
+        {"the keys are broken for " + Ms(ms), [ms](World& world) { world.BreakKeys(ms); }},
+    });
 }
 
 Happening Bus(Dice& dice) {
@@ -329,18 +284,13 @@ Happening Bus(Dice& dice) {
         "{\"btMac\":\"A0:11:22:33:44:02\",\"value\":\"Y\"}",
         "{\"btMac\":1,\"value\":[]}"};
     const std::string text = dice.Pick(kUpdates);
-    switch (dice.Below(3)) {
-        case 0: {
-            const int ms = dice.Time(300);
-            return {"messages take " + Ms(ms), [ms](World& world) { world.SetLatency(ms); }};
-        }
-        case 1:
-            return {"a command without its text", [](World& world) {
-                        world.Command("AutoConMobileUpdate", g_variant_new("(i)", 1));
-                    }};
-        default:
-            return {"the setting " + text, [text](World& world) { world.Update(text); }};
-    }
+    const int ms = dice.Time(300);
+    return dice.Pick(Happenings{
+        {"messages take " + Ms(ms), [ms](World& world) { world.SetLatency(ms); }},
+        {"a command without its text",
+         [](World& world) { world.Command("AutoConMobileUpdate", g_variant_new("(i)", 1)); }},
+        {"the setting " + text, [text](World& world) { world.Update(text); }},
+    });
 }
 
 bool OnDevice(bt_device_info_s* /*info*/, void* /*data*/) {
@@ -370,58 +320,39 @@ void AskPlatform(const char* address) {
 // Another part of the service's process uses Bluetooth.
 Happening Other(Dice& dice) {
     const std::string address = World::AddressOf(dice.Below(World::kPhones));
-    switch (dice.Below(5)) {
-        case 0:
-            return {"the process switches Bluetooth on", [](World&) { bt_adapter_enable(); }};
-        case 1:
-            return {"the process switches Bluetooth off", [](World&) { bt_adapter_disable(); }};
-        case 2:
-            return {"the process resets Bluetooth", [](World&) { bt_adapter_reset(); }};
-        case 3: {
-            const auto mode = dice.OneIn(2) ? BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE
-                                            : BT_ADAPTER_VISIBILITY_MODE_NON_DISCOVERABLE;
-            return {"the process makes the TV visible, or not",
-                    [mode](World&) { bt_adapter_set_visibility(mode, 60); }};
-        }
-        default:
-            return {"the process asks about " + address,
-                    [address](World&) { AskPlatform(address.c_str()); }};
-    }
+    const auto mode = dice.OneIn(2) ? BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE
+                                    : BT_ADAPTER_VISIBILITY_MODE_NON_DISCOVERABLE;
+    return dice.Pick(Happenings{
+        {"the process switches Bluetooth on", [](World&) { bt_adapter_enable(); }},
+        {"the process switches Bluetooth off", [](World&) { bt_adapter_disable(); }},
+        {"the process resets Bluetooth", [](World&) { bt_adapter_reset(); }},
+        {"the process makes the TV visible, or not",
+         [mode](World&) { bt_adapter_set_visibility(mode, 60); }},
+        {"the process asks about " + address, [address](World&) { AskPlatform(address.c_str()); }},
+    });
 }
 
+// Some kinds stand here more than once: they are more frequent.
 Happening MakeHappening(Dice& dice) {
-    const int phone = dice.Below(World::kPhones);
-    switch (dice.Below(17)) {
-        case 16:
-            return Other(dice);
-        case 0:
-        case 1:
-            return AdvertiseOtherwise(dice, phone);
-        case 2:
-        case 3:
-        case 4:
-            return ConnectOtherwise(dice, phone);
-        case 5:
-            return PlayOtherwise(dice, phone);
-        case 6:
-        case 7:
-            return ActOtherwise(dice, phone);
-        case 8:
-            return Spoof(dice, phone);
-        case 9:
-            return Bluez(dice);
-        case 10:
-            return Adapter(dice);
-        case 11:
-        case 12:
-            return Answer(dice);
-        case 13:
-            return Phones(dice);
-        case 14:
-            return dice.OneIn(3) ? Keys(dice) : Tv(dice);
-        default:
-            return Bus(dice);
-    }
+    static const std::vector<Happening (*)(Dice&)> kKinds = {AdvertiseOtherwise,
+                                                             AdvertiseOtherwise,
+                                                             ConnectOtherwise,
+                                                             ConnectOtherwise,
+                                                             ConnectOtherwise,
+                                                             PlayOtherwise,
+                                                             ActOtherwise,
+                                                             ActOtherwise,
+                                                             ActOtherwise,
+                                                             Bluez,
+                                                             Bluez,
+                                                             Answer,
+                                                             Answer,
+                                                             Phones,
+                                                             Tv,
+                                                             Bus,
+                                                             Other,
+                                                             Keys};
+    return dice.Pick(kKinds)(dice);
 }
 
 }  // namespace
