@@ -5,6 +5,7 @@
 #include "autoconnect/ZemiAutoConnection/BTAutoConnect.h"
 #include "common/AdvertisingData.h"
 #include "fuzz/Check.h"
+#include "tests/Phones.h"
 #include "tests/recorder/Recorder.h"
 #include "tests/recorder/Tv.h"
 
@@ -25,22 +26,7 @@ void StartWorld() {
     TvSim::PhonePlan phone = Tv::QuietPhone(kPhone);
     phone.connect.kind = TvSim::ConnectAnswer::Kind::kNever;
     Tv::StartBluez({phone});
-    Tv::SetKey("db/nirvo/musictv_paired3",
-               std::string(R"([{"address":")") + kPhone + R"(","value":"Y"}])");
-    Tv::SetKey("db/org.orlix.bleapp/added_mobile_keylist", MobileList::GetXorMac(kPhone) + ";");
-}
-
-// As the platform hands an advertisement over, in a buffer of its exact size.
-void Hear(CBtAutoConnect& engine, Bytes packet) {
-    packet.shrink_to_fit();
-    std::string address = "5E:00:00:00:00:01";
-    bt_adapter_le_device_scan_result_info_s info = {address.data(),
-                                                    -40,
-                                                    static_cast<int>(packet.size()),
-                                                    reinterpret_cast<char*>(packet.data()),
-                                                    0,
-                                                    nullptr};
-    CBtAutoConnect::OnLeScanResult(BT_ERROR_NONE, &info, &engine);
+    Register({kPhone});
 }
 
 // What is found lies within the packet, and makes a packet in which it is found again.
@@ -66,7 +52,7 @@ bool CheckEngine(CBtAutoConnect& engine, const Bytes& packet) {
     const bool names = found && found->size >= 15 &&
                        std::equal(kPhoneBytes.begin(), kPhoneBytes.end(), found->data + 7);
     Recorder::ClearRecord();
-    Hear(engine, packet);
+    Hear(CBtAutoConnect::OnLeScanResult, packet, &engine);
     Check(Recorder::Calls("bt_audio_connect").size() == (names ? 1U : 0U),
           "the phone that is named is connected");
     return !names;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/bluetooth.h"
+#include "platform/linux/bluez/Path.h"
 #include "platform/system_log.h"
 #include "tests/simulation/VirtualTime.h"
 
@@ -227,8 +228,7 @@ void Judge::OnCall(const MemoryBus::CallInfo& call) {
 
 void Judge::CheckConnectCall(const MemoryBus::CallInfo& call) {
     Expect(m_open.count("ConnectProfile") == 0, "two connection requests at a time");
-    std::string address = call.path.substr(call.path.size() - 17);
-    std::replace(address.begin(), address.end(), '_', ':');
+    const std::string address = Bluez::AddressOfPath(call.path);
     m_paths[address] = call.path;
     const auto request =
         std::find_if(m_requests.begin(), m_requests.end(),

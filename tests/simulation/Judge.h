@@ -89,7 +89,7 @@ private:
     std::string m_told;                          // to play
     std::map<std::string, std::string> m_paths;  // of those that were tried, by address
     std::string m_connected;                     // the last phone whose request succeeded
-    std::set<std::string> m_heard;               // in this scan
+    std::set<std::string> m_heard;               // in this discovery
     std::multiset<std::string> m_open;           // methods without an answer
     bool m_isScanWanted = false;
     bool m_hasFound = false;

@@ -124,7 +124,6 @@ private:
              GBusNameAcquiredCallback onAcquired, gpointer data);
     void Disown(const std::string& name);
     void TellOwner(guint subscription);
-    void Clear();
 
     CPtr<GSource, g_source_unref> m_source;
     std::multimap<gint64, Action> m_agenda;  // by time, in ms

@@ -288,7 +288,7 @@ Happening Bus(Dice& dice) {
     return dice.Pick(Happenings{
         {"messages take " + Ms(ms), [ms](World& world) { world.SetLatency(ms); }},
         {"a command without its text",
-         [](World& world) { world.Command("AutoConMobileUpdate", g_variant_new("(i)", 1)); }},
+         [](World& world) { world.Command(kMobileUpdateCommand, g_variant_new("(i)", 1)); }},
         {"the setting " + text, [text](World& world) { world.Update(text); }},
     });
 }

@@ -10,32 +10,22 @@
 #include <set>
 #include <utility>
 
-#include "autoconnect/src/DbusInterface.h"
+#include "autoconnect/ZemiAutoConnection/Conditions.h"
+#include "platform/linux/application/ApplicationBus.h"
 #include "platform/linux/base/RootPath.h"
-#include "tests/simulation/VirtualTime.h"
+#include "platform/linux/bluez/Path.h"
+#include "tests/Phones.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kSettings[] = "db/nirvo/musictv_paired3";
-constexpr char kMasks[] = "db/org.orlix.bleapp/added_mobile_keylist";
-constexpr char kOrder[] = "db/nirvo/musictv_paired1";
-constexpr char kPlayerApp[] = "com.velmora.tv.bmp";
 // A status that was told so long ago has arrived, whatever the bus does.
 constexpr int kArrivedMs = 1000;
 // Rarely, for the sake of many wake-ups.
 constexpr int kAdvertiseEveryMs = 1000;
 // What another program wrote so long ago was noticed.
 constexpr int kNoticeMs = 100;
-
-// As the phones' application masks it.
-std::string Mask(std::string address) {
-    for (std::size_t i = 1; i + 1 < address.size(); ++i) {
-        address[i] = static_cast<char>(address[i] ^ static_cast<char>(i));
-    }
-    return address;
-}
 
 }  // namespace
 
@@ -97,10 +87,8 @@ TvSim::PhonePlan World::MakePlan(int phone) {
 const TvSim::PhonePlan* World::PlanAt(const std::string& path) {
     const auto found =
         std::find_if(m_scenario.phones.begin(), m_scenario.phones.end(), [&](const auto& plan) {
-            std::string name = plan.address;
-            std::replace(name.begin(), name.end(), ':', '_');
-            return path ==
-                   "/org/bluez/hci" + std::to_string(m_numbers[plan.adapter]) + "/dev_" + name;
+            const std::string adapter = "/org/bluez/hci" + std::to_string(m_numbers[plan.adapter]);
+            return Bluez::IsBelow(path, adapter) && Bluez::AddressOfPath(path) == plan.address;
         });
     return found == m_scenario.phones.end() ? nullptr : &*found;
 }
@@ -209,34 +197,35 @@ void World::SetRotating(bool isRotating) {
 
 void World::SetPhones(const std::vector<bool>& isOn, bool isMaskOff,
                       const std::vector<int>& order) {
-    std::string settings;
-    std::string masks;
-    std::string devices;
+    std::vector<std::pair<std::string, std::string>> settings;
+    std::vector<std::string> withMask;
     for (int phone = 0; phone < kListedPhones; ++phone) {
         const bool on = isOn[static_cast<std::size_t>(phone)];
-        settings += (phone == 0 ? "" : ",") + ("{\"address\":\"" + AddressOf(phone)) +
-                    "\",\"value\":\"" + (on || isMaskOff ? "Y" : "N") + "\"}";
-        masks += on || !isMaskOff ? Mask(AddressOf(phone)) + "," : "";
+        settings.emplace_back(AddressOf(phone), on || isMaskOff ? "Y" : "N");
+        if (on || !isMaskOff) {
+            withMask.push_back(AddressOf(phone));
+        }
     }
+    std::vector<std::string> first;
     for (const int phone : order) {
-        devices += (devices.empty() ? "" : ",") + ("{\"address\":\"" + AddressOf(phone)) + "\"}";
+        first.push_back(AddressOf(phone));
     }
     m_listChangedMs = VirtualTime::NowMs();
     // A setting that is on its way comes on top.
     m_isListCertain = !m_endStoreFault && m_listChangedMs - m_updatedMs > kArrivedMs;
     m_isOn = isOn;
     m_order = order;
-    SetKey(kSettings, "[" + settings + "]");
-    SetKey(kOrder, "{\"devices\":[" + devices + "]}");
+    SetKey(kSettingsKey, Settings(settings));
+    SetKey(kMirroringKey, Mirroring(first));
     // Last: what tells the service, also if it is what it was.
-    SetKey(kMasks, "");
-    SetKey(kMasks, masks);
+    SetKey(kOnOffKey, "");
+    SetKey(kOnOffKey, Joined(MaskedAll(withMask), ","));
 }
 
 void World::SpoilPhones(bool isOrder, const std::string& text) {
-    SetKey(isOrder ? kOrder : kSettings, text);
-    SetKey(kMasks, "");
-    SetKey(kMasks, text);
+    SetKey(isOrder ? kMirroringKey : kSettingsKey, text);
+    SetKey(kOnOffKey, "");
+    SetKey(kOnOffKey, text);
     m_isListCertain = false;
 }
 
@@ -302,7 +291,7 @@ MemoryBus::Treatment World::TreatCall(const MemoryBus::CallInfo& call) {
     if (fault != m_faults.end() && fault->second.left-- > 0) {
         treatment = fault->second.how;
     }
-    if (call.destination == kPlayerApp) {
+    if (call.destination == Conditions::kMediaPlayerAppId) {
         Play(call);
         treatment.isDelivered = false;
     }
@@ -313,7 +302,7 @@ MemoryBus::Treatment World::TreatCall(const MemoryBus::CallInfo& call) {
 void World::Play(const MemoryBus::CallInfo& call) {
     const GVariantPtr data(g_variant_get_child_value(call.arguments.get(), 2));
     const char* address = "";
-    g_variant_lookup(data.get(), "com.velmora.tv.phone", "&s", &address);
+    g_variant_lookup(data.get(), Platform::kPhoneData, "&s", &address);
     m_judge.OnPlay(address);
     for (int phone = 0; phone < kPhones; ++phone) {
         const TvSim::PhonePlan& plan = m_scenario.phones[static_cast<std::size_t>(phone)];

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "autoconnect/src/DbusInterface.h"
 #include "common/Source.h"
 #include "platform/linux/config/ConfigFile.h"
 #include "tests/simulation/Judge.h"
@@ -32,12 +33,12 @@ public:
     // ---- the TV ----
     void Command(const char* name, GVariant* parameters);
     void Update(const std::string& text) {
-        Command("AutoConMobileUpdate", g_variant_new("(s)", text.c_str()));
+        Command(kMobileUpdateCommand, g_variant_new("(s)", text.c_str()));
         m_isListCertain = false;
         m_updatedMs = VirtualTime::NowMs();
     }
     void SetLatency(int ms) { m_bus.SetLatency(ms); }
-    void Wake() { Command("PrePareAndDoAutoConnect", nullptr); }
+    void Wake() { Command(kPrepareCommand, nullptr); }
     // Write keys as another program does.
     void SetKey(const std::string& key, int number);
     void SetKey(const std::string& key, const std::string& text);
@@ -58,8 +59,6 @@ public:
     // Does nothing while there is none.
     void WithBluez(const std::function<void(TvSim::Simulator&)>& action);
     void Renumber(TvSim::Which which, int number);
-    // NULL while there is none.
-    [[nodiscard]] TvSim::Simulator* Bluez() const { return m_simulator.get(); }
     // What becomes of the next `count` calls of the method.
     void Treat(const std::string& method, int count, const MemoryBus::Treatment& how) {
         m_faults[method] = {count, how};

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include <malloc.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdarg>
@@ -77,17 +78,18 @@ public:
     }
     Judge& TheJudge() { return m_judge; }
     [[nodiscard]] int WakeUps() const { return m_wakeUps; }
-    [[nodiscard]] int Stories() const { return m_number; }
+    [[nodiscard]] int Stories() const { return m_played; }
+    // Of the story that is played.
+    [[nodiscard]] int Number() const { return theOptions.story >= 0 ? theOptions.story : m_played; }
     bt_audio_connection_state_changed_cb listener = nullptr;
 
 private:
     void PlayNext() {
-        if (m_wakeUps >= theOptions.wakeUps || (theOptions.story >= 0 && m_number != 0)) {
+        if (m_wakeUps >= theOptions.wakeUps || (theOptions.story >= 0 && m_played != 0)) {
             m_world.Command("Enough", nullptr);
             return;
         }
-        const int number = theOptions.story >= 0 ? theOptions.story : m_number;
-        m_story = MakeStory(static_cast<std::uint64_t>(theOptions.seed), number);
+        m_story = MakeStory(static_cast<std::uint64_t>(theOptions.seed), Number());
         m_startMs = VirtualTime::NowMs();
         m_timers.clear();
         int endMs = 0;
@@ -138,21 +140,21 @@ private:
             OnFault("a call is pending at rest");
         }
         CheckGrowth();
-        ++m_number;
+        ++m_played;
         PlayNext();
     }
 
     // Of what may grow: what the service listens to, and its memory.
     void CheckGrowth() {
         const std::size_t bytes = mallinfo2().uordblks;
-        if (m_number == 0) {
+        if (m_played == 0) {
             m_subscriptions = m_bus.Subscriptions();
         } else if (m_bus.Subscriptions() != m_subscriptions) {
             OnFault("a subscription is left at rest");
         }
-        if (m_number == kWarmUp) {
+        if (m_played == kWarmUp) {
             m_bytes = bytes;
-        } else if (m_number > kWarmUp && bytes > m_bytes + kMayGrow) {
+        } else if (m_played > kWarmUp && bytes > m_bytes + kMayGrow) {
             OnFault("memory grows");
         }
     }
@@ -169,7 +171,7 @@ private:
     std::vector<Timer> m_timers;
     Timer m_next;
     gint64 m_startMs = 0;
-    int m_number = 0;  // of stories that were played
+    int m_played = 0;  // stories
     int m_wakeUps = 0;
     bool m_isResting = false;
     std::size_t m_subscriptions = 0;
@@ -204,7 +206,7 @@ std::string Replay(const std::set<int>& steps) {
         list += (list.empty() ? "" : ",") + std::to_string(step);
     }
     return " --seed " + std::to_string(theOptions.seed) + " --story " +
-           std::to_string(theSimulation->Stories()) + " --steps " + list;
+           std::to_string(theSimulation->Number()) + " --steps " + list;
 }
 
 // Whether a run of its own says that.
@@ -241,7 +243,7 @@ std::set<int> CutDown(std::size_t count, const std::string& fault) {
 
 void Simulation::OnFault(const std::string& fault) {
     std::printf("seed %s, story %d, %d wake-ups, %.3f s into it: %s\n",
-                std::to_string(theOptions.seed).c_str(), m_number, m_wakeUps,
+                std::to_string(theOptions.seed).c_str(), Number(), m_wakeUps,
                 static_cast<double>(VirtualTime::NowMs() - m_startMs) / 1e3, fault.c_str());
     if (theOptions.story < 0) {
         const std::set<int> steps = CutDown(m_story.size(), fault);
@@ -335,8 +337,8 @@ int __wrap___dlog_print(log_id_t /*buffer*/, int priority, const char* tag, cons
     };
     theSimulation->TheJudge().OnLog(priority, format, text);
     if (theOptions.log && g_strstr_len(format, -1, "%p") == nullptr) {
-        theSimulation->Print(std::string(1, "??DIWE"[priority < 6 ? priority - 1 : 0]) + " " + tag +
-                             " " + text());
+        theSimulation->Print(std::string(1, "??DIWE"[priority <= DLOG_ERROR ? priority - 1 : 0]) +
+                             " " + tag + " " + text());
     }
     va_end(arguments);
     return 0;

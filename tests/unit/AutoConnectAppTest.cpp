@@ -6,7 +6,7 @@
 #include "autoconnect/src/AutoConnectApp.h"
 #include "autoconnect/src/DbusInterface.h"
 #include "common/CHandle.h"
-#include "tests/unit/Phones.h"
+#include "tests/Phones.h"
 #include "tests/unit/PlatformTest.h"
 #include "tools/tvctl/model/Diagnosis.h"
 

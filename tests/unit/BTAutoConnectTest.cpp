@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "autoconnect/ZemiAutoConnection/BTAutoConnect.h"
 #include "common/AdvertisingData.h"
-#include "tests/unit/Phones.h"
+#include "tests/Phones.h"
 #include "tests/unit/PlatformTest.h"
 
 namespace {
@@ -46,18 +46,7 @@ protected:
         engine->StartAutoConnect();
         Recorder::ClearRecord();
     }
-    // As the platform hands an advertisement over, in a buffer of its exact size.
-    void Hear(Bytes packet) {
-        packet.shrink_to_fit();
-        std::string address = "5E:00:00:00:00:01";
-        bt_adapter_le_device_scan_result_info_s info = {address.data(),
-                                                        -40,
-                                                        static_cast<int>(packet.size()),
-                                                        reinterpret_cast<char*>(packet.data()),
-                                                        0,
-                                                        nullptr};
-        CBtAutoConnect::OnLeScanResult(BT_ERROR_NONE, &info, &*engine);
-    }
+    void Hear(const Bytes& packet) { ::Hear(CBtAutoConnect::OnLeScanResult, packet, &*engine); }
     // As the platform reports the end of an attempt to connect.
     void Connected(const std::string& address, int result = BT_ERROR_NONE) {
         engine->OnAudioSinkConnectionState(result, true, address.c_str());

@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "autoconnect/ZemiAutoConnection/MobileList.h"
-#include "tests/unit/Phones.h"
+#include "tests/Phones.h"
 #include "tests/unit/PlatformTest.h"
 
 namespace {

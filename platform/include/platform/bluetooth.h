@@ -206,8 +206,8 @@ int bt_audio_set_connection_state_changed_cb(bt_audio_connection_state_changed_c
 int bt_audio_unset_connection_state_changed_cb(void);
 
 /* Connects a bonded device. BT_ERROR_NONE: exactly one connection-state event with this address
- * follows that does not tell of a connection that went down, also when there is no adapter or no
- * such device; at the latest some 12 s later, for the attempt has 10 s and its cancellation 2 s.
+ * follows, other than (BT_ERROR_NONE, false), also when there is no adapter or no such device; at
+ * the latest some 12 s later, for the attempt has 10 s and its cancellation 2 s.
  * There is one attempt at a time: a device that is being connected is given up when another one is
  * asked for. While a scan is being stopped the request waits for that to end, because a radio that
  * still scans pages badly. NOW_IN_PROGRESS: that device is being connected already and its event is

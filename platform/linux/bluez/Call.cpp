@@ -26,6 +26,7 @@ Call::Call(GDBusConnection* connection, const std::string& path, const char* int
     : m_pending(std::make_shared<Pending>()) {
     m_pending->done = std::move(done);
     m_pending->deadline = Deadline(connection, timeoutMs, [weak = WeakPending(m_pending)] {
+        // First, for the action may begin the next call.
         if (const std::shared_ptr<Pending> pending = weak.lock()) {
             g_cancellable_cancel(pending->cancellable.get());
         }

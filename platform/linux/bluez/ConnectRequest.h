@@ -34,7 +34,7 @@ public:
     // Ends it with that result.
     void Fail(int result, const std::string& reason);
 
-    // Object path of the phone; empty while the scan is waited for.
+    // Object path of the phone; empty while another request or the scan is waited for.
     [[nodiscard]] const std::string& Path() const { return m_device; }
     [[nodiscard]] const std::string& Address() const { return m_address; }
     [[nodiscard]] bool IsOvertaken() const { return m_givenUp == BT_ERROR_CANCELLED; }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/bluetooth.h"
 #include "tests/recorder/Tv.h"
 
 // Phones as other components of the TV write them to the configuration store.
@@ -76,4 +77,18 @@ inline void Register(const std::vector<std::string>& phones) {
     Tv::SetKey(kSettingsKey, Enabled(phones));
     Tv::SetKey(kOnOffKey, Joined(MaskedAll(phones), ";"));
     Tv::SetKey(kMirroringKey, Mirroring({}));
+}
+
+// Hands an advertisement over as the platform does, in a buffer of its exact size.
+inline void Hear(bt_adapter_le_scan_result_cb onResult, std::vector<unsigned char> packet,
+                 void* userData) {
+    packet.shrink_to_fit();
+    std::string address = "5E:00:00:00:00:01";
+    bt_adapter_le_device_scan_result_info_s info = {address.data(),
+                                                    -40,
+                                                    static_cast<int>(packet.size()),
+                                                    reinterpret_cast<char*>(packet.data()),
+                                                    0,
+                                                    nullptr};
+    onResult(BT_ERROR_NONE, &info, userData);
 }
