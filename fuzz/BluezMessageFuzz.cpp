@@ -9,8 +9,8 @@
 #include "platform/linux/bluez/Mirror.h"
 #include "platform/linux/bluez/Record.h"
 #include "platform/linux/bluez/Scan.h"
-#include "tests/simulation/MemoryBus.h"
-#include "tests/simulation/VirtualTime.h"
+#include "tests/memory_bus/MemoryBus.h"
+#include "tests/memory_bus/VirtualTime.h"
 
 // What bluetoothd says, during a scan and while a phone is connected: a GVariant a(sov) of a name,
 // a path and a message's arguments of any type. The name is that of a signal, or one of those in

@@ -18,9 +18,9 @@
 #include "platform/linux/base/RootPath.h"
 #include "platform/linux/config/FeatureFile.h"
 #include "platform/linux/config/PlatformState.h"
+#include "tests/memory_bus/MemoryBus.h"
+#include "tests/memory_bus/VirtualTime.h"
 #include "tests/recorder/Recorder.h"
-#include "tests/simulation/MemoryBus.h"
-#include "tests/simulation/VirtualTime.h"
 
 namespace Tv {
 

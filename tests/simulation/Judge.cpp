@@ -12,7 +12,7 @@
 #include "platform/bluetooth.h"
 #include "platform/linux/bluez/Path.h"
 #include "platform/system_log.h"
-#include "tests/simulation/VirtualTime.h"
+#include "tests/memory_bus/VirtualTime.h"
 
 namespace {
 

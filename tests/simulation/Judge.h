@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "tests/simulation/MemoryBus.h"
+#include "tests/memory_bus/MemoryBus.h"
 
 // Watches the service from outside, on the bus, at the platform's interface and in the log, and
 // says what it must not do. Main loop only.

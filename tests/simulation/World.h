@@ -12,9 +12,9 @@
 #include "autoconnect/src/DbusInterface.h"
 #include "common/Source.h"
 #include "platform/linux/config/ConfigFile.h"
+#include "tests/memory_bus/MemoryBus.h"
+#include "tests/memory_bus/VirtualTime.h"
 #include "tests/simulation/Judge.h"
-#include "tests/simulation/MemoryBus.h"
-#include "tests/simulation/VirtualTime.h"
 #include "tools/tv-sim/Simulator.h"
 
 // What is around the service: bluetoothd with its adapter, three phones, the keys and features that

@@ -14,10 +14,10 @@
 #include "autoconnect/src/AutoConnectApp.h"
 #include "autoconnect/src/DbusInterface.h"
 #include "platform/bluetooth.h"
+#include "tests/memory_bus/MemoryBus.h"
+#include "tests/memory_bus/VirtualTime.h"
 #include "tests/simulation/Judge.h"
-#include "tests/simulation/MemoryBus.h"
 #include "tests/simulation/Story.h"
-#include "tests/simulation/VirtualTime.h"
 #include "tests/simulation/World.h"
 
 // The service in a world that is a story: see docs/contributing.md.

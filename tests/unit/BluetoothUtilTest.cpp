@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/config_store.h"
-#include "tests/simulation/MemoryBus.h"
+#include "tests/memory_bus/MemoryBus.h"
 #include "tests/unit/PlatformTest.h"
 #include "utility/BluetoothUtil.h"
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/simulation/VirtualTime.h"
+#include "tests/memory_bus/VirtualTime.h"
 
 #include <poll.h>
 #include <sys/syscall.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <utility>
 
-#include "tests/simulation/MemoryBus.h"
+#include "tests/memory_bus/MemoryBus.h"
 
 // What the functions below do.
 struct BusLibrary {

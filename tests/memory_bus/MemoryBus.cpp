@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/simulation/MemoryBus.h"
+#include "tests/memory_bus/MemoryBus.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "tests/simulation/VirtualTime.h"
+#include "tests/memory_bus/VirtualTime.h"
 
 namespace {
 
