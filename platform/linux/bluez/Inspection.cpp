@@ -44,9 +44,9 @@ AdapterState PoweredAdapter() {
 DeviceState StateOf(const std::string& address) {
     const Mirror& mirror = Service::Get().mirror;
     const Device* device = mirror.FindDevice(mirror.DevicePath(mirror.PoweredAdapter(), address));
-    return device == nullptr
-               ? DeviceState()
-               : DeviceState{device->HoldsBond(), device->hasA2dpSource, device->isConnected};
+    return device == nullptr ? DeviceState()
+                             : DeviceState{device->HoldsBond(), device->hasA2dpSource,
+                                           device->isConnected, device->name};
 }
 
 }  // namespace Bluez

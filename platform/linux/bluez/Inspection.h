@@ -12,7 +12,7 @@ namespace Bluez {
 // is one.
 [[nodiscard]] std::string AwaitAdapter();
 
-// All false, the path empty, when there is no powered adapter, or no such device.
+// All false and empty when there is no powered adapter, or no such device.
 struct AdapterState {
     std::string path;
     bool hasA2dpSink = false;
@@ -22,6 +22,7 @@ struct DeviceState {
     bool isBonded = false;
     bool hasA2dpSource = false;
     bool isConnected = false;
+    std::string name;
 };
 [[nodiscard]] AdapterState PoweredAdapter();
 [[nodiscard]] DeviceState StateOf(const std::string& address);

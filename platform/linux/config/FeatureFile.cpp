@@ -103,6 +103,18 @@ bool FeatureFile::Set(const std::string& key, const std::string& value) {
     }
     const auto [group, name] = Split(key);
     g_key_file_set_value(m_file.get(), group.c_str(), name.c_str(), value.c_str());
+    return Write();
+}
+
+bool FeatureFile::Unset(const std::string& key) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto [group, name] = Split(key);
+    return Refresh() == State::kUsable &&
+           g_key_file_remove_key(m_file.get(), group.c_str(), name.c_str(), nullptr) != FALSE &&
+           Write();
+}
+
+bool FeatureFile::Write() {
     gsize size = 0;
     const GStringPtr text(g_key_file_to_data(m_file.get(), &size, nullptr));
     // What was not stored must not be answered from memory.

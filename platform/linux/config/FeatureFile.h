@@ -42,6 +42,8 @@ public:
     // file that cannot be understood is not changed. False on failure, with the reason in
     // LastFailure(), and for a key that is not valid.
     [[nodiscard]] bool Set(const std::string& key, const std::string& value);
+    // Removes a feature likewise; false also when there is none, then without a reason.
+    [[nodiscard]] bool Unset(const std::string& key);
 
     // Why the last access failed; empty when it did not, or the feature was only missing.
     [[nodiscard]] std::string LastFailure();
@@ -55,6 +57,7 @@ private:
     State Refresh();
     State Load(const struct stat& status);
     State Fail(const std::string& reason);
+    bool Write();
 
     const std::string m_path;
     std::mutex m_mutex;

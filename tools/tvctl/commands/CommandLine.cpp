@@ -51,7 +51,7 @@ void PrintRow(std::ostream& out, const std::string& name, const std::string& sum
 void PrintCommonOptions(std::ostream& out) {
     out << "\nOptions of every command:\n";
     PrintRow(out, "--json", "print the result as JSON, one value on a line");
-    PrintRow(out, "--verbose", "also show the log");
+    PrintRow(out, "-v, --verbose", "also show the log");
     PrintRow(out, "-h, --help", "print how the command is used");
     out << "\nExit status: 0 done, 1 failed, 2 wrong usage.\n";
 }
@@ -184,14 +184,16 @@ std::optional<std::string> Arguments::Option(const std::string& option) const {
 }
 
 ExitCode Run(const std::vector<CommandGroup>& groups, const std::vector<std::string>& words,
-             std::ostream& out, std::ostream& err) {
+             std::ostream& out, std::ostream& err, Console::Style style) {
     std::vector<std::string> rest = words;
     const bool isLongHelp = Take(rest, "--help");
     const bool isHelp = Take(rest, "-h") || isLongHelp;
     std::ostream& help = isHelp ? out : err;
     const ExitCode helped = isHelp ? kDone : kUsage;
-    Console console(out, err, Take(rest, "--json"));
-    if (!Take(rest, "--verbose")) {
+    style.isJson = Take(rest, "--json");
+    Console console(out, err, style);
+    const bool isLongVerbose = Take(rest, "--verbose");
+    if (!Take(rest, "-v") && !isLongVerbose) {
         // A failure is reported in the command's own words.
         Platform::SetLogThreshold(DLOG_ERROR + 1);
     }

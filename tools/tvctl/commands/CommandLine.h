@@ -51,9 +51,9 @@ struct CommandGroup {
 };
 
 // Finds the command that the words mean and runs it, or prints the help that they ask for. `words`
-// is the command line without the program's name.
+// is the command line without the program's name; they decide `style.isJson`.
 [[nodiscard]] ExitCode Run(const std::vector<CommandGroup>& groups,
                            const std::vector<std::string>& words, std::ostream& out,
-                           std::ostream& err);
+                           std::ostream& err, Console::Style style);
 
 }  // namespace Tvctl

@@ -46,6 +46,10 @@ Json::Value JsonOf(const ConfigEntry& entry) {
         {{"key", entry.key}, {"type", NameOf(entry.value.type)}, {"value", ToJson(entry.value)}});
 }
 
+Json::Value JsonOfUnset(const std::string& key) {
+    return Util::Object({{"key", key}, {"value", Json::Value()}});
+}
+
 ExitCode FailAccess(const std::string& key, ConfigStatus status, Console& console) {
     if (status == ConfigStatus::kAbsent || status == ConfigStatus::kNoFile) {
         return console.Fail(key + " is not set");
@@ -84,8 +88,7 @@ void OnChanged(keynode_t* /*node*/, void* userData) noexcept {
     if (lookup.status == ConfigStatus::kOk) {
         run.console.Show(JsonOf(entry), {LineOf(entry)});
     } else if (lookup.status == ConfigStatus::kAbsent) {
-        run.console.Show(Util::Object({{"key", watched->key}, {"value", {}}}),
-                         {watched->key + "\tunset"});
+        run.console.Show(JsonOfUnset(watched->key), {watched->key + "\tunset"});
     } else {
         static_cast<void>(FailAccess(watched->key, lookup.status, run.console));
         return;
@@ -119,13 +122,15 @@ ExitCode Set(const Arguments& arguments, Console& console) {
         return console.Misuse(NotOfType(*type, text) + ", the type of " + key);
     }
     const ConfigStatus status = ConfigStore::Instance().Store(key, *value);
-    return status == ConfigStatus::kOk ? kDone : FailAccess(key, status, console);
+    return status == ConfigStatus::kOk ? console.Show(JsonOf({key, *value}))
+                                       : FailAccess(key, status, console);
 }
 
 ExitCode Unset(const Arguments& arguments, Console& console) {
     const std::string key = KeyOf(arguments);
     const ConfigStatus status = ConfigStore::Instance().Unset(key);
-    return status == ConfigStatus::kOk ? kDone : FailAccess(key, status, console);
+    return status == ConfigStatus::kOk ? console.Show(JsonOfUnset(key))
+                                       : FailAccess(key, status, console);
 }
 
 ExitCode List(const Arguments& arguments, Console& console) {

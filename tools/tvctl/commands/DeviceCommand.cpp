@@ -27,14 +27,15 @@ ExitCode List(const Arguments& /*arguments*/, Console& console) {
         return console.Fail(obstacle);
     }
     Json::Value json(Json::arrayValue);
-    std::vector<std::string> lines;
+    std::vector<Row> rows;
     for (const DeviceEntry& device : devices) {
         json.append(ToJson(device));
-        lines.push_back(device.address + "\t" + std::to_string(device.type) + " " + device.kind +
-                        "\t" + (device.isConnected ? "connected" : "away") + "\t" +
-                        (device.isUsed ? "use" : "dont-use") + "\t" + device.name);
+        rows.push_back({{device.address, std::to_string(device.type) + " " + device.kind,
+                         device.isConnected ? "connected" : "away",
+                         device.isUsed ? "use" : "dont-use", device.name},
+                        device.isConnected ? Tone::kGood : Tone::kPlain});
     }
-    return console.Show(json, lines);
+    return console.ShowRows(json, rows, {"ADDRESS", "KIND", "LINK", "USE", "NAME"});
 }
 
 // Runs `action` on the device that the command line names, if it is bonded and the database can be

@@ -10,21 +10,22 @@ namespace {
 
 ExitCode ShowDiagnosis(const Arguments& /*arguments*/, Console& console) {
     Json::Value json(Json::arrayValue);
-    std::vector<std::string> lines;
+    std::vector<Row> rows;
     int broken = 0;
     for (const Finding& finding : Diagnose(Examine())) {
         json.append(Util::Object({{"condition", finding.condition},
                                   {"holds", finding.holds},
                                   {"found", finding.found},
                                   {"remedy", finding.remedy}}));
-        lines.push_back((finding.holds ? "ok    " : "FAIL  ") + finding.condition + ": " +
-                        finding.found);
+        rows.push_back(
+            {{(finding.holds ? "ok    " : "FAIL  ") + finding.condition + ": " + finding.found},
+             finding.holds ? Tone::kGood : Tone::kBad});
         if (!finding.holds) {
             ++broken;
-            lines.push_back("      -> " + finding.remedy);
+            rows.push_back({{"      -> " + finding.remedy}, Tone::kHint});
         }
     }
-    console.Show(json, lines);
+    console.ShowRows(json, rows);
     return broken == 0 ? kDone
                        : console.Fail(std::to_string(broken) + " of " +
                                       std::to_string(json.size()) + " conditions do not hold");

@@ -3,6 +3,7 @@
 #include "platform/linux/config/FeatureFile.h"
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/ConfigText.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -18,19 +19,21 @@ std::string KeyOf(const std::string& name) {
     return name.find('/') == std::string::npos ? "com.velmora/featureconf/" + name : name;
 }
 
-// As the type that its text has.
-Json::Value JsonOf(const std::string& text) {
-    return ToJson(*ParseValue(GuessType(text), text));
+// The value as the type that its text has.
+Json::Value JsonOf(const std::string& key, const std::string& text) {
+    return Util::Object({{"name", key}, {"value", ToJson(*ParseValue(GuessType(text), text))}});
+}
+
+// A feature that is not there, or cannot be read or written.
+ExitCode Fail(const std::string& key, Console& console) {
+    const std::string failure = FeatureFile::Instance().LastFailure();
+    return console.Fail(failure.empty() ? key + " is not set" : failure);
 }
 
 ExitCode Get(const Arguments& arguments, Console& console) {
     const std::string key = KeyOf(arguments.positional[0]);
     const auto text = FeatureFile::Instance().GetText(key);
-    if (!text) {
-        const std::string failure = FeatureFile::Instance().LastFailure();
-        return console.Fail(failure.empty() ? key + " is not set" : failure);
-    }
-    return console.Show(JsonOf(*text), {*text});
+    return text ? console.Show(JsonOf(key, *text), {*text}) : Fail(key, console);
 }
 
 ExitCode Set(const Arguments& arguments, Console& console) {
@@ -42,9 +45,15 @@ ExitCode Set(const Arguments& arguments, Console& console) {
     if (GuessType(value) == Platform::ConfigType::kString) {
         return console.Misuse("'" + value + "' is not true, false or an integer");
     }
-    return FeatureFile::Instance().Set(key, value)
-               ? kDone
-               : console.Fail(FeatureFile::Instance().LastFailure());
+    return FeatureFile::Instance().Set(key, value) ? console.Show(JsonOf(key, value))
+                                                   : Fail(key, console);
+}
+
+ExitCode Unset(const Arguments& arguments, Console& console) {
+    const std::string key = KeyOf(arguments.positional[0]);
+    return FeatureFile::Instance().Unset(key)
+               ? console.Show(Util::Object({{"name", key}, {"value", Json::Value()}}))
+               : Fail(key, console);
 }
 
 ExitCode List(const Arguments& /*arguments*/, Console& console) {
@@ -52,10 +61,10 @@ ExitCode List(const Arguments& /*arguments*/, Console& console) {
     if (!features) {
         return console.Fail(FeatureFile::Instance().LastFailure());
     }
-    Json::Value json(Json::objectValue);
+    Json::Value json(Json::arrayValue);
     std::vector<std::string> lines;
     for (const FeatureFile::Feature& feature : *features) {
-        json[feature.key] = JsonOf(feature.value);
+        json.append(JsonOf(feature.key, feature.value));
         lines.push_back(feature.key + "\t" + feature.value);
     }
     return console.Show(json, lines);
@@ -69,6 +78,7 @@ CommandGroup FeatureCommands() {
             {{"get", "NAME", "Shows a feature", Get, kNameHelp},
              {"set", "NAME VALUE", "Sets a feature", Set,
               std::string(kNameHelp) + "VALUE is true, false or an integer.\n"},
+             {"unset", "NAME", "Removes a feature", Unset, kNameHelp},
              {"list", "", "Lists all features that are set", List}}};
 }
 

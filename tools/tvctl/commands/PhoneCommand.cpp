@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include "autoconnect/src/DbusInterface.h"
+#include "platform/linux/bluez/Inspection.h"
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/PhoneRegistry.h"
 #include "tools/tvctl/model/ServiceSignal.h"
@@ -13,28 +14,44 @@ namespace {
 
 using Outcome = PhoneRegistry::Outcome;
 
-ExitCode Report(const char* change, const std::string& address, Outcome outcome,
-                const PhoneRegistry& registry, Console& console) {
-    return outcome == Outcome::kFailed
-               ? console.Fail(registry.Failure())
-               : console.Show(Util::Object({{"address", Util::CommonUtil::ToCapital(address)},
-                                            {change, outcome == Outcome::kDone}}));
+ExitCode FailUnknown(const std::string& address, Console& console) {
+    return console.Fail(address + " is not registered");
 }
 
 ExitCode Add(const Arguments& arguments, Console& console) {
     const std::string& address = arguments.positional[0];
     PhoneRegistry registry;
     const Outcome outcome = registry.Add(address, !arguments.Has("--off"));
-    return Report("added", address, outcome, registry, console);
+    if (outcome == Outcome::kFailed) {
+        return console.Fail(registry.Failure());
+    }
+    const std::string shown = Util::CommonUtil::ToCapital(address);
+    Json::Value json = Util::Object(
+        {{"address", shown}, {"added", outcome == Outcome::kDone}, {"bonded", Json::Value()}});
+    std::vector<std::string> lines;
+    // Without Bluetooth nobody knows.
+    if (Bluez::AwaitAdapter().empty()) {
+        const bool isBonded = Bluez::StateOf(shown).isBonded;
+        json["bonded"] = isBonded;
+        if (!isBonded) {
+            lines.push_back(shown + " is registered, but not bonded; bluetoothctl pair " + shown);
+        }
+    }
+    return console.Show(json, lines);
 }
 
 ExitCode Remove(const Arguments& arguments, Console& console) {
     const std::string& address = arguments.positional[0];
     PhoneRegistry registry;
-    const Outcome outcome = registry.Remove(address);
-    return outcome == Outcome::kNothingToDo
-               ? console.Fail(address + " is not registered")
-               : Report("removed", address, outcome, registry, console);
+    switch (registry.Remove(address)) {
+        case Outcome::kDone:
+            return console.Show(Util::Object(
+                {{"address", Util::CommonUtil::ToCapital(address)}, {"removed", true}}));
+        case Outcome::kNothingToDo:
+            return FailUnknown(address, console);
+        default:
+            return console.Fail(registry.Failure());
+    }
 }
 
 std::string SettingText(const Phone& phone) {
@@ -51,39 +68,49 @@ ExitCode List(const Arguments& /*arguments*/, Console& console) {
         return console.Fail(registry.Failure());
     }
     Json::Value json(Json::arrayValue);
-    std::vector<std::string> lines;
+    std::vector<Row> rows;
+    // Without Bluetooth nobody knows the names.
+    const bool hasBluetooth = !phones->empty() && Bluez::AwaitAdapter().empty();
     for (const Phone& phone : *phones) {
+        const std::string name =
+            hasBluetooth ? Bluez::StateOf(Util::CommonUtil::ToCapital(phone.address)).name : "";
+        const bool qualifies = phone.Qualifies();
         json.append(Util::Object({{"address", phone.address},
+                                  {"name", name},
                                   {"setting", SettingText(phone)},
                                   {"power", phone.hasPower},
-                                  {"qualifies", phone.Qualifies()}}));
-        lines.push_back(phone.address + "\t" + SettingText(phone) + "\t" +
-                        (phone.hasPower ? "power" : "no-power") + "\t" +
-                        (phone.Qualifies() ? "connects" : "does-not-connect"));
+                                  {"qualifies", qualifies}}));
+        rows.push_back({{phone.address, SettingText(phone), phone.hasPower ? "power" : "no-power",
+                         qualifies ? "connects" : "does-not-connect", name},
+                        qualifies ? Tone::kGood : Tone::kPlain});
     }
-    return console.Show(json, lines);
+    return console.ShowRows(json, rows, {"ADDRESS", "SETTING", "POWER", "RESULT", "NAME"});
 }
 
 // As the phone itself would: through the service.
-ExitCode SendSetting(const Arguments& arguments, const char* value, Console& console) {
+ExitCode SendSetting(const Arguments& arguments, bool on, Console& console) {
+    const std::string& address = arguments.positional[0];
     PhoneRegistry registry;
-    const auto spelling = registry.SpellingOf(arguments.positional[0]);
-    if (!spelling) {
-        return console.Fail(registry.Failure());
+    const auto phone = registry.Find(address);
+    if (!phone) {
+        return registry.Failure().empty() ? FailUnknown(address, console)
+                                          : console.Fail(registry.Failure());
     }
-    const Json::Value setting = Util::Object({{"btMac", *spelling}, {"value", value}});
-    const std::string text = Util::JsonUtil::JsonToString(setting);
+    const std::string text = Util::JsonUtil::JsonToString(
+        Util::Object({{"btMac", phone->address}, {"value", on ? "Y" : "N"}}));
     const std::string failure =
         SendToService(kMobileUpdateCommand, g_variant_new("(s)", text.c_str()));
-    return failure.empty() ? console.Show(setting) : console.Fail(failure);
+    return failure.empty() ? console.Show(Util::Object(
+                                 {{"address", phone->address}, {"setting", on ? "on" : "off"}}))
+                           : console.Fail(failure);
 }
 
 ExitCode SwitchOn(const Arguments& arguments, Console& console) {
-    return SendSetting(arguments, "Y", console);
+    return SendSetting(arguments, true, console);
 }
 
 ExitCode SwitchOff(const Arguments& arguments, Console& console) {
-    return SendSetting(arguments, "N", console);
+    return SendSetting(arguments, false, console);
 }
 
 }  // namespace
@@ -91,7 +118,7 @@ ExitCode SwitchOff(const Arguments& arguments, Console& console) {
 CommandGroup PhoneCommands() {
     const std::string viaService =
         "Sends the service the signal that the phone would send; the service stores the setting.\n"
-        "Fails if the service does not run.\n";
+        "Fails if the phone is not registered, or the service does not run.\n";
     return {
         "phone",
         "the phones that are connected automatically",
@@ -103,8 +130,8 @@ CommandGroup PhoneCommands() {
           "switch the TV on. A phone that is registered already keeps its place.\n",
           {{"--off", "", "with automatic connection off"}}},
          {"remove", "ADDRESS", "Forgets a phone", Remove},
-         {"list", "", "Lists the phones: address, setting, whether it may switch the TV on", List,
-          "A phone is connected when its setting is on and it may switch the TV on.\n"},
+         {"list", "", "Lists the phones: address, setting, may switch the TV on, result, name",
+          List, "A phone is connected when its setting is on and it may switch the TV on.\n"},
          {"on", "ADDRESS", "Switches a phone's automatic connection on", SwitchOn, viaService},
          {"off", "ADDRESS", "Switches a phone's automatic connection off", SwitchOff, viaService}}};
 }

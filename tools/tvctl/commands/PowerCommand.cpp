@@ -5,6 +5,7 @@
 #include "common/Parse.h"
 #include "platform/linux/config/PlatformState.h"
 #include "tools/tvctl/commands/Commands.h"
+#include "utility/JsonUtil.h"
 
 namespace Tvctl {
 
@@ -87,7 +88,7 @@ ExitCode Set(const Arguments& arguments, Console& console) {
     }
     const std::string key = KeyOf(name);
     return ConfigStore::Instance().SetInt(key, *number)
-               ? kDone
+               ? console.Show(Util::Object({{name.c_str(), *number}}))
                : console.Fail(ConfigStore::Instance().LastFailure(key));
 }
 

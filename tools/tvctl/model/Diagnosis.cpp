@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tvctl/model/Diagnosis.h"
 
+#include <cerrno>
+#include <cstring>
+
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "autoconnect/src/DbusInterface.h"
 #include "utility/VconfUtil.h"
@@ -14,6 +17,17 @@ Finding Check(const char* condition, bool holds, const std::string& found, const
     return {condition, holds, found, holds ? "" : remedy};
 }
 
+// The same of something that cannot be looked at when there is a `fault`.
+Finding CheckReadable(const std::string& fault, const char* condition, bool holds,
+                      const std::string& found, const char* remedy) {
+    if (fault.empty()) {
+        return Check(condition, holds, found, remedy);
+    }
+    const bool isForbidden = fault.find(std::strerror(EACCES)) != std::string::npos;
+    return Check(condition, false, "cannot be read: " + fault,
+                 isForbidden ? "be root, or a member of the group bt-autoconnect" : remedy);
+}
+
 Finding CheckService(std::optional<bool> isRunning) {
     return Check("the service runs", isRunning.value_or(false),
                  !isRunning   ? "the system bus does not answer"
@@ -23,14 +37,13 @@ Finding CheckService(std::optional<bool> isRunning) {
 }
 
 Finding CheckPhones(const Examination& examination) {
-    if (!examination.registryFault.empty()) {
-        return Check("a phone is registered", false, examination.registryFault,
-                     "tvctl conf list shows the keys; repair or unset the broken one");
-    }
-    return Check("a phone is registered", !examination.phones.empty(),
-                 std::to_string(examination.phones.size()) + " of " +
-                     std::to_string(examination.registered) + " registered phones qualify",
-                 "tvctl phone add ADDRESS; tvctl phone list shows what each lacks");
+    const std::string& fault = examination.registryFault;
+    return CheckReadable(fault, "a phone is registered", !examination.phones.empty(),
+                         std::to_string(examination.phones.size()) + " of " +
+                             std::to_string(examination.registered) + " registered phones qualify",
+                         fault.empty()
+                             ? "tvctl phone add ADDRESS; tvctl phone list shows what each lacks"
+                             : "tvctl conf list shows the keys; repair or unset the broken one");
 }
 
 Finding CheckPhone(const ListedPhone& phone) {
@@ -52,28 +65,29 @@ Finding CheckPhone(const ListedPhone& phone) {
 // What the TV and Bluetooth must be like, whichever phone it is.
 std::vector<Finding> CheckSurroundings(const Examination& seen) {
     const std::string& obstacle = seen.bluetoothObstacle;
-    return {CheckService(seen.isServiceRunning),
-            Check("the product is a rotating TV", seen.isZemi,
-                  seen.isZemi ? "display_rotator_supported is true"
-                              : "display_rotator_supported is not true",
-                  "tvctl feature set com.velmora/featureconf/display_rotator_supported true"),
-            Check("the wake-up reason lets phones be connected",
-                  Conditions::IsWakeUpReasonAccepted(seen.wakeUpReason),
-                  "the reason is " + std::to_string(seen.wakeUpReason),
-                  "tvctl power set wakeup-reason 0"),
-            Check("no key forbids it", !Conditions::IsBlocked(seen.blocked),
-                  Util::VconfUtil::keys[Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL] +
-                      " is " + std::to_string(seen.blocked),
-                  "tvctl conf set memory/bluetooth_nirvoui/musictvfail 0"),
-            Check("Bluetooth is on", obstacle.empty(), obstacle.empty() ? seen.adapter : obstacle,
-                  "start bluetoothd; bluetoothctl power on"),
-            CheckPhones(seen),
-            Check("the ambient picture shows",
-                  Conditions::IsAmbientModeAccepted(seen.ambientMode) &&
-                      Conditions::IsAmbientTypeAccepted(seen.ambientType),
-                  "ambient mode " + std::to_string(seen.ambientMode) + ", type " +
-                      std::to_string(seen.ambientType),
-                  "tvctl power set ambient-mode 1; tvctl power set ambient-type 1")};
+    return {
+        CheckService(seen.isServiceRunning),
+        CheckReadable(seen.featuresFault, "the product is a rotating TV", seen.isZemi,
+                      seen.isZemi ? "display_rotator_supported is true"
+                                  : "display_rotator_supported is not true",
+                      "tvctl feature set display_rotator_supported true"),
+        CheckReadable(seen.stateFault, "the wake-up reason lets phones be connected",
+                      Conditions::IsWakeUpReasonAccepted(seen.wakeUpReason),
+                      "the reason is " + std::to_string(seen.wakeUpReason),
+                      "tvctl power set wakeup-reason 0"),
+        CheckReadable(seen.stateFault, "no key forbids it", !Conditions::IsBlocked(seen.blocked),
+                      Util::VconfUtil::keys[Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL] +
+                          " is " + std::to_string(seen.blocked),
+                      "tvctl conf set memory/bluetooth_nirvoui/musictvfail 0"),
+        Check("Bluetooth is on", obstacle.empty(), obstacle.empty() ? seen.adapter : obstacle,
+              "start bluetoothd; bluetoothctl power on"),
+        CheckPhones(seen),
+        CheckReadable(seen.stateFault, "the ambient picture shows",
+                      Conditions::IsAmbientModeAccepted(seen.ambientMode) &&
+                          Conditions::IsAmbientTypeAccepted(seen.ambientType),
+                      "ambient mode " + std::to_string(seen.ambientMode) + ", type " +
+                          std::to_string(seen.ambientType),
+                      "tvctl power set ambient-mode 1; tvctl power set ambient-type 1")};
 }
 
 void CheckAudio(const Examination& seen, std::vector<Finding>& findings) {

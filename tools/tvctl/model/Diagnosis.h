@@ -21,6 +21,8 @@ struct ListedPhone {
 struct Examination {
     std::optional<bool> isServiceRunning;  // empty when the system bus did not answer
     bool isZemi = false;
+    std::string featuresFault;  // why the features cannot be read; else empty
+    std::string stateFault;     // the same of the keys below memory/
     int wakeUpReason = 0;
     int blocked = 0;                // of the key that forbids an attempt
     std::string adapter;            // the powered one

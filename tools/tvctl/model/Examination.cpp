@@ -5,6 +5,8 @@
 #include "platform/device_power.h"
 #include "platform/linux/application/ApplicationBus.h"
 #include "platform/linux/bluez/Inspection.h"
+#include "platform/linux/config/FeatureFile.h"
+#include "platform/linux/config/PlatformState.h"
 #include "tools/tvctl/model/Diagnosis.h"
 #include "tools/tvctl/model/PhoneRegistry.h"
 #include "utility/CommonUtil.h"
@@ -14,6 +16,13 @@
 namespace Tvctl {
 
 namespace {
+
+// Each key below memory/ is in the same file.
+std::string StateFault() {
+    const std::string key = Platform::StateKey("wakeup_reason");
+    const Platform::ConfigLookup lookup = Platform::ConfigStore::Instance().Lookup(key);
+    return IsFailure(lookup.status) ? Platform::ConfigStore::Instance().LastFailure(key) : "";
+}
 
 void LookAtPhones(Examination& examination) {
     PhoneRegistry registry;
@@ -39,6 +48,8 @@ Examination Examine() {
     Examination examination;
     examination.isServiceRunning = Platform::IsRunning(kServiceName);
     examination.isZemi = Util::SystemConfigUtil::IsZemiTV();
+    examination.featuresFault = Platform::FeatureFile::Instance().LastFailure();
+    examination.stateFault = StateFault();
     examination.wakeUpReason = device_power_get_wakeup_reason();
     Util::VconfUtil::GetVconf(Util::VCONF_KEY_MEMORY_BLUETOOTH_NIRVOUI_MUSICTVFAIL,
                               examination.blocked);

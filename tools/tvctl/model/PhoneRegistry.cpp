@@ -221,16 +221,13 @@ std::optional<std::vector<Phone>> PhoneRegistry::List() {
     return phones;
 }
 
-std::optional<std::string> PhoneRegistry::SpellingOf(const std::string& address) {
-    if (!LoadSettings()) {
-        return std::nullopt;
-    }
-    for (const Json::Value& phone : std::as_const(m_settings)) {
-        if (IsSamePhone(phone["address"].asString(), address)) {
-            return phone["address"].asString();
+std::optional<Phone> PhoneRegistry::Find(const std::string& address) {
+    for (const Phone& phone : List().value_or(std::vector<Phone>())) {
+        if (IsSamePhone(phone.address, address)) {
+            return phone;
         }
     }
-    return Util::CommonUtil::ToCapital(address);
+    return std::nullopt;
 }
 
 }  // namespace Tvctl

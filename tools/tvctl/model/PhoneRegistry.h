@@ -36,10 +36,10 @@ public:
     // All phones that one of the keys has, the settings' first.
     [[nodiscard]] std::optional<std::vector<Phone>> List();
 
-    // The spelling under which the settings have the phone, else upper case. Nothing on failure.
-    [[nodiscard]] std::optional<std::string> SpellingOf(const std::string& address);
+    // The phone with that address in any spelling. Nothing when there is none, or on failure.
+    [[nodiscard]] std::optional<Phone> Find(const std::string& address);
 
-    // Why the last call failed.
+    // Why a call failed; empty when none did.
     [[nodiscard]] const std::string& Failure() const { return m_failure; }
 
 private:
