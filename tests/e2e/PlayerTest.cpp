@@ -109,6 +109,8 @@ TEST_F(Player, IsMeantForThePhoneThatWasAskedForLastAlsoWhenItComesAfterItsFailu
 }
 
 TEST_F(Player, SaysThatThereIsNoBluetoothAndThatAnotherInstanceRuns) {
+    Run("media-player", {"--version"}, "");
+    Run("media-player", {"now"}, "status 2");
     LaunchPlay();
     AwaitPlayer("unknown extra c=");
     AwaitPlayer("no music: bluetoothd is not there");

@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -33,6 +35,10 @@ constexpr int kAppearMs = 5000;
 constexpr int kPlayMs = 5000;
 constexpr int kIdleExitMs = 30000;
 constexpr const char* kIdleVariable = "TV_PLAYER_IDLE_MS";
+constexpr char kUsage[] =
+    "Usage: media-player\n\n"
+    "Tells a connected phone to play. The bus starts it as com.velmora.tv.bmp, and it ends half a\n"
+    "minute after its last work. It takes no arguments but --help and --version.\n";
 
 int IdleMs() {
     const char* text = std::getenv(kIdleVariable);
@@ -253,7 +259,16 @@ private:
 
 }  // namespace
 
-int main() {
+// The bus starts it without arguments; somebody who gives one wants to know what it is.
+int main(int argc, char** argv) {
+    if (argc > 1) {
+        const std::string_view option = argv[1];
+        const bool isVersion = option == "--version";
+        const bool isHelp = option == "--help" || option == "-h";
+        std::fputs(isVersion ? "media-player " PLAYER_VERSION "\n" : kUsage,
+                   isVersion || isHelp ? stdout : stderr);
+        return isVersion || isHelp ? EXIT_SUCCESS : 2;
+    }
     MediaPlayer player;
     return player.Run();
 }
