@@ -61,7 +61,7 @@ class TraceOf : public Trace, public testing::WithParamInterface<Story> {};
 
 TEST_P(TraceOf, ARealRunTellsItsStory) {
     const std::string file = SCENARIO_DIR "/" + std::string(GetParam().scenario) + ".ini";
-    ASSERT_EQ(Run("scenario-runner --colour always " + file + " 2>real >told"), 0);
+    ASSERT_EQ(Run("scenario-runner --log --colour always " + file + " 2>real >told"), 0);
     TimelineOf(ReadFile(m_folder + "/real"));
     Run("sed -E 's/^ +[0-9.]+ +//; s/[0-9.]+ s/N s/; s/A0:11:22:33:44:0//g' <out >plain");
     const std::string plain = ReadFile(m_folder + "/plain");

@@ -55,6 +55,7 @@ public:
     // From the start of the bus to the end of the scenario.
     void Play() {
         const auto interrupt = [this] { Finish(false, "interrupted"); };
+        Tell(m_scenario.name + ": " + m_scenario.description + "\n\nWhat the phones do:");
         const Source signals[] = {Source::OnSignal(SIGINT, interrupt),
                                   Source::OnSignal(SIGTERM, interrupt),
                                   Source::OnSignal(SIGHUP, interrupt)};
@@ -69,6 +70,7 @@ public:
         for (const auto* child : {&m_service, &m_simulator, &m_bus}) {
             Stop(child->get());
         }
+        ShowTimeline();
     }
 
     [[nodiscard]] bool Succeeded() const { return m_succeeded; }
@@ -101,6 +103,29 @@ private:
             Finish(false, program + " cannot be started: " + error);
         }
         return child;
+    }
+
+    void Tell(const std::string& text) const {
+        if (!m_options.quiet) {
+            std::cout << text << std::endl;
+        }
+    }
+
+    // Nothing when the service logged no wake-up.
+    void ShowTimeline() {
+        if (m_options.quiet) {
+            return;
+        }
+        bool hasEnded = false;
+        Tell("\nWhat the service did:");
+        const auto trace =
+            Start(m_options.binDir + "/tvctl", {"trace", m_workspace.Path() + "/service.log"},
+                  {[this](const std::string& line) { Tell("  " + line); }, nullptr,
+                   [&hasEnded](const std::string& /*how*/) { hasEnded = true; }});
+        while (trace && !hasEnded) {
+            g_main_context_iteration(nullptr, TRUE);
+        }
+        Tell("");
     }
 
     // Lets things happen until the condition holds (true) or the run is finished.
@@ -223,7 +248,7 @@ private:
     }
 
     void OnServiceLine(const std::string& line) {
-        if (!m_options.quiet) {
+        if (m_options.log) {
             std::cerr << line << std::endl;
         }
         const std::string plain = WithoutColours(line);
@@ -235,6 +260,9 @@ private:
 
     void OnSimulatorLine(const std::string& line) {
         m_simulatorLog << line << std::endl;
+        if (m_wokenAtUs != 0 && m_result.empty() && Holds(line, " phone ")) {
+            Tell("  " + line);
+        }
         m_simulatorUp |= Holds(line, " bus: name org.bluez acquired");
         m_objectsRead |= m_service != nullptr && Holds(line, " bus: objects read by ");
         m_adapterReady |= Holds(line, " adapter: powered on");

@@ -19,11 +19,14 @@ constexpr int kUsage = 2;
 std::optional<ScenarioRunner::Options> ParseOptions(int argc, char** argv) {
     gboolean keep = FALSE;
     gboolean quiet = FALSE;
+    gboolean log = FALSE;
     char* raw[2] = {nullptr, nullptr};
     const GOptionEntry entries[] = {
         {"bin-dir", 'b', 0, G_OPTION_ARG_FILENAME, &raw[0],
          "Where the programs are (default: in this one's folder)", "DIR"},
         {"keep", 'k', 0, G_OPTION_ARG_NONE, &keep, "Keep the run's directory, with its logs",
+         nullptr},
+        {"log", 'v', 0, G_OPTION_ARG_NONE, &log, "Also print the service's log, to standard error",
          nullptr},
         {"quiet", 'q', 0, G_OPTION_ARG_NONE, &quiet, "Print only the last line", nullptr},
         {"colour", 'c', 0, G_OPTION_ARG_STRING, &raw[1], "Colours in the log (default: auto)",
@@ -56,7 +59,10 @@ std::optional<ScenarioRunner::Options> ParseOptions(int argc, char** argv) {
     const auto ownFile = std::filesystem::read_symlink("/proc/self/exe", unreadable);
     return ScenarioRunner::Options{
         binDir == nullptr ? ownFile.parent_path() : std::filesystem::absolute(binDir.get()),
-        argv[1], keep != FALSE, quiet != FALSE,
+        argv[1],
+        keep != FALSE,
+        quiet != FALSE,
+        log != FALSE,
         colour == "always" || (colour == "auto" && isatty(STDERR_FILENO) != 0)};
 }
 
