@@ -11,10 +11,13 @@
 #include <utility>
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
+#include "common/Address.h"
 #include "platform/linux/application/ApplicationBus.h"
 #include "platform/linux/base/RootPath.h"
 #include "platform/linux/bluez/Path.h"
+#include "platform/linux/config/FeatureFile.h"
 #include "tests/Phones.h"
+#include "tools/tvctl/model/ConfigText.h"
 
 namespace {
 
@@ -24,17 +27,20 @@ namespace fs = std::filesystem;
 constexpr int kArrivedMs = 1000;
 // Rarely, for the sake of many wake-ups.
 constexpr int kAdvertiseEveryMs = 1000;
+// What a phone advertises, and where its address is in it.
+constexpr std::size_t kDataSize = 15;
+constexpr std::size_t kAddressStart = 7;
 // What another program wrote so long ago was noticed.
 constexpr int kNoticeMs = 100;
 
 }  // namespace
 
 World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&)> say)
-    : m_bus(bus), m_judge(judge), m_say(std::move(say)) {
-    for (int phone = 0; phone < kPhones; ++phone) {
-        m_scenario.phones.push_back(MakePlan(phone));
-    }
-    m_numbers = {{TvSim::Which::kFirst, 0}, {TvSim::Which::kSecond, 1}};
+    : m_bus(bus),
+      m_judge(judge),
+      m_say(std::move(say)),
+      m_durable(Platform::StateFolder(), Platform::ConfigFile::Kind::kDurable),
+      m_volatile(Platform::RunFolder(), Platform::ConfigFile::Kind::kVolatile) {
     for (const std::string& folder :
          {Platform::SettingsFolder(), Platform::StateFolder(), Platform::RunFolder()}) {
         fs::create_directories(folder);
@@ -56,9 +62,6 @@ World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&
                is("memory/bluetooth_nirvoui/musictvfail", {0}) && m_isRotating.value_or(true);
     };
     m_judge.listedPhones = [this] { return ListedPhones(); };
-    SetRotating(true);
-    MakeKeys();
-    StartBluez();
 }
 
 World::~World() {
@@ -112,6 +115,9 @@ void World::Heal() {
     EndStoreFault();
     m_scenario.adapter = {};
     m_scenario.secondAdapter = TvSim::SecondAdapter();
+    for (int phone = static_cast<int>(m_scenario.phones.size()); phone < kPhones; ++phone) {
+        m_scenario.phones.push_back(MakePlan(phone));
+    }
     if (m_simulator == nullptr) {
         StartBluez();
     }
@@ -134,6 +140,33 @@ void World::Heal() {
     }
     SetRotating(true);
     MakeKeys();
+}
+
+bool World::Load(const TvSim::Scenario& scenario) {
+    m_scenario = scenario;
+    m_isListCertain = false;
+    SetRotating(scenario.tv.zemi);
+    for (const auto& [feature, value] : scenario.tv.features) {
+        static_cast<void>(Platform::FeatureFile::Instance().Set(feature, value));
+    }
+    SetKey("memory/platform/wakeup_reason", scenario.tv.wakeupReason);
+    SetKey("memory/platform/ambient_mode", scenario.tv.ambientMode);
+    SetKey("memory/platform/ambient_type", scenario.tv.ambientType);
+    std::vector<std::pair<std::string, std::string>> settings;
+    std::vector<std::string> phones;
+    for (const TvSim::PhonePlan& phone : scenario.phones) {
+        if (phone.registered != "no") {
+            settings.emplace_back(phone.address, phone.registered == "on" ? "Y" : "N");
+            phones.push_back(phone.address);
+        }
+    }
+    SetKey(kSettingsKey, Settings(settings));
+    SetKey(kOnOffKey, Joined(MaskedAll(phones), ","));
+    m_numbers = {{TvSim::Which::kFirst, scenario.adapter.number},
+                 {TvSim::Which::kSecond, scenario.secondAdapter.number}};
+    StartBluez();
+    return std::all_of(scenario.tv.keys.begin(), scenario.tv.keys.end(),
+                       [this](const auto& key) { return TypeKey(key.first, key.second); });
 }
 
 void World::MakeKeys() {
@@ -168,20 +201,37 @@ void World::SetKey(const std::string& key, const std::string& text) {
     Write(key, {Platform::ConfigType::kString, text, 0});
 }
 
+bool World::TypeKey(const std::string& key, const std::string& text) {
+    const Platform::ConfigLookup present = FileOf(key).Lookup(key);
+    const auto value = Tvctl::ParseValue(
+        present.status == Platform::ConfigStatus::kOk ? present.value.type : Tvctl::GuessType(text),
+        text);
+    if (value) {
+        m_keys[key] = value->number;
+        Write(key, *value);
+    }
+    return value.has_value();
+}
+
+void World::UnsetKey(const std::string& key) {
+    m_keys.erase(key);
+    static_cast<void>(FileOf(key).Remove(key));
+}
+
+std::string World::KeyText(const std::string& key) {
+    const Platform::ConfigLookup present = FileOf(key).Lookup(key);
+    return present.status == Platform::ConfigStatus::kOk ? Tvctl::TextOf(present.value) : "";
+}
+
+Platform::ConfigFile& World::FileOf(const std::string& key) {
+    return key.compare(0, 3, "db/") == 0 ? m_durable : m_volatile;
+}
+
 // Another program that finds them locked gives up; here it would hold up everybody.
 void World::Write(const std::string& key, const Platform::ConfigValue& value) {
-    if (m_endStoreFault) {
-        return;
+    if (!m_endStoreFault) {
+        static_cast<void>(FileOf(key).Store(key, value));
     }
-    using Platform::ConfigFile;
-    const bool isDurable = key.compare(0, 3, "db/") == 0;
-    std::unique_ptr<ConfigFile>& file = isDurable ? m_durable : m_volatile;
-    if (file == nullptr) {
-        file = std::make_unique<ConfigFile>(
-            isDurable ? Platform::StateFolder() : Platform::RunFolder(),
-            isDurable ? ConfigFile::Kind::kDurable : ConfigFile::Kind::kVolatile);
-    }
-    static_cast<void>(file->Store(key, value));
 }
 
 void World::SetRotating(bool isRotating) {
@@ -189,10 +239,8 @@ void World::SetRotating(bool isRotating) {
         return;
     }
     m_isRotating = isRotating;
-    const std::string file = Platform::SettingsFolder() + "/features.conf";
-    std::ofstream(file + ".new") << "[com.velmora/featureconf]\ndisplay_rotator_supported="
-                                 << (isRotating ? "true" : "false") << "\n";
-    fs::rename(file + ".new", file);
+    static_cast<void>(Platform::FeatureFile::Instance().Set(
+        "com.velmora/featureconf/display_rotator_supported", isRotating ? "true" : "false"));
 }
 
 void World::SetPhones(const std::vector<bool>& isOn, bool isMaskOff,
@@ -298,17 +346,16 @@ MemoryBus::Treatment World::TreatCall(const MemoryBus::CallInfo& call) {
     return treatment;
 }
 
-// As the media player does.
+// A launch reaches the media player, which the bus starts for it.
 void World::Play(const MemoryBus::CallInfo& call) {
     const GVariantPtr data(g_variant_get_child_value(call.arguments.get(), 2));
     const char* address = "";
     g_variant_lookup(data.get(), Platform::kPhoneData, "&s", &address);
     m_judge.OnPlay(address);
-    for (int phone = 0; phone < kPhones; ++phone) {
-        const TvSim::PhonePlan& plan = m_scenario.phones[static_cast<std::size_t>(phone)];
-        if (plan.address == address && plan.playsOnPlay && m_states[plan.id].isTold) {
-            WithPhone(phone, [](TvSim::Phone& each) { each.SetStatus("playing"); });
-        }
+    Player& player = m_players[address];
+    if (!player.command) {
+        player.command.emplace(player.mirror, address,
+                               [this, phone = std::string(address)] { m_players.erase(phone); });
     }
 }
 
@@ -356,6 +403,9 @@ void World::OnEvent(const std::string& subject, const std::string& what) {
     if (m_say) {
         m_say(subject + ": " + what);
     }
+    if (onEvent) {
+        onEvent(subject, what);
+    }
     if (what.compare(0, 17, "discovery started") == 0) {
         m_judge.OnDiscovery();
     }
@@ -374,7 +424,11 @@ void World::OnEvent(const std::string& subject, const std::string& what) {
     } else if (what == "plays" || what.compare(0, 3, "is ") == 0) {
         state.status = what == "plays" ? "playing" : what.substr(3);
     } else if (what.compare(0, 10, "advertises") == 0) {
-        m_judge.OnHeard(AddressOf(id[0] - 'A'));
+        for (const auto& [company, bytes] : m_scenario.FindPhone(id)->manufacturerData) {
+            if (bytes.size() >= kDataSize) {
+                m_judge.OnHeard(FormatAddress(&bytes[kAddressStart]));
+            }
+        }
     }
     state.sinceMs = VirtualTime::NowMs();
 }

@@ -15,11 +15,12 @@
 #include "tests/memory_bus/MemoryBus.h"
 #include "tests/memory_bus/VirtualTime.h"
 #include "tests/simulation/Judge.h"
+#include "tools/media-player/PlayCommand.h"
 #include "tools/tv-sim/Simulator.h"
 
-// What is around the service: bluetoothd with its adapter, three phones, the keys and features that
-// other programs write, the media player, the bus. All do what they should until a step of a story
-// makes them do something else. Main loop only.
+// What is around the service: bluetoothd with its adapters, phones, the keys and features that
+// other programs write, the media player, the bus. Of a story, three phones: all do what they
+// should until a step makes them do something else. Of a scenario, what it says. Main loop only.
 class World {
 public:
     // The service's root folder is $TV_ROOT. `say` hears of everything that happens, unless it is
@@ -27,8 +28,12 @@ public:
     World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&)> say);
     ~World();
 
-    // Ends every fault: what is there works as it should, and nothing is connected.
+    // A story begins or ends: what is there works as it should, and nothing is connected.
     void Heal();
+    // A scenario begins: its phones, keys and features. False when a key cannot have its value.
+    [[nodiscard]] bool Load(const TvSim::Scenario& scenario);
+    // Told of what happens to bluetoothd and its phones, unless it is empty.
+    TvSim::EventSink onEvent;
 
     // ---- the TV ----
     void Command(const char* name, GVariant* parameters);
@@ -42,6 +47,12 @@ public:
     // Write keys as another program does.
     void SetKey(const std::string& key, int number);
     void SetKey(const std::string& key, const std::string& text);
+    // As an engineer types it: of the type that the key has, or that the text looks like. False
+    // when it is not of that type.
+    [[nodiscard]] bool TypeKey(const std::string& key, const std::string& text);
+    void UnsetKey(const std::string& key);
+    // As text; empty when it has no value.
+    [[nodiscard]] std::string KeyText(const std::string& key);
     void SetRotating(bool isRotating);
     // Which phones are on (of those that are not, the mask is missing, too, if `isMaskOff`), and
     // the order in which they are tried.
@@ -89,6 +100,11 @@ private:
         std::string status;
         gint64 sinceMs = 0;
     };
+    // The application as the bus started it for one phone.
+    struct Player {
+        Bluez::Mirror mirror;
+        std::optional<PlayCommand> command;
+    };
     struct Fault {
         int left;
         MemoryBus::Treatment how;
@@ -105,6 +121,7 @@ private:
     void Play(const MemoryBus::CallInfo& call);
     void OnEvent(const std::string& subject, const std::string& what);
     std::optional<std::vector<std::string>> ListedPhones();
+    Platform::ConfigFile& FileOf(const std::string& key);
     void Write(const std::string& key, const Platform::ConfigValue& value);
     void MakeKeys();
     void EndStoreFault();
@@ -115,10 +132,11 @@ private:
     std::function<void(const std::string&)> m_say;
     TvSim::Scenario m_scenario;
     std::unique_ptr<TvSim::Simulator> m_simulator;
-    std::map<std::string, State> m_states;  // of the phones, by id
-    std::map<std::string, Fault> m_faults;  // by method
-    std::unique_ptr<Platform::ConfigFile> m_durable;
-    std::unique_ptr<Platform::ConfigFile> m_volatile;
+    std::map<std::string, State> m_states;    // of the phones, by id
+    std::map<std::string, Fault> m_faults;    // by method
+    std::map<std::string, Player> m_players;  // by phone
+    Platform::ConfigFile m_durable;
+    Platform::ConfigFile m_volatile;
     std::map<std::string, int> m_keys;  // as they were written
     std::optional<bool> m_isRotating;
     std::vector<bool> m_isOn;

@@ -14,7 +14,7 @@
 #include "common/PrintableText.h"
 #include "common/Source.h"
 #include "tools/scenario-runner/ChildProcess.h"
-#include "tools/scenario-runner/Verdict.h"
+#include "tools/scenario-runner/Course.h"
 
 namespace ScenarioRunner {
 namespace {
@@ -23,11 +23,6 @@ constexpr char kProductLine[] = "com.velmora/featureconf/display_rotator_support
 // Nothing before the wake-up takes longer on any machine that still works.
 constexpr int kStartMs = 20000;
 constexpr int kStopMs = 3000;
-
-std::string Seconds(gint64 us) {
-    const gint64 tenths = (us + 50000) / 100000;
-    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
-}
 
 // Asks the process to end, and kills it when it does not within some seconds.
 void Stop(ChildProcess* child) {
@@ -48,24 +43,31 @@ public:
         : m_options(options),
           m_scenario(scenario),
           m_workspace(workspace),
-          m_verdict(scenario),
+          m_course(
+              scenario, [this](const TvSim::TvEvent& event) { Act(event); },
+              [this](bool succeeded, const std::string& result) {
+                  m_succeeded = succeeded;
+                  m_result = result;
+              }),
           m_serviceLog(workspace.Path() + "/service.log"),
           m_simulatorLog(workspace.Path() + "/simulator.log") {}
 
     // From the start of the bus to the end of the scenario.
     void Play() {
-        const auto interrupt = [this] { Finish(false, "interrupted"); };
+        const auto interrupt = [this] { m_course.Fail("interrupted"); };
         Tell(m_scenario.name + ": " + m_scenario.description + "\n\nWhat the phones do:");
         const Source signals[] = {Source::OnSignal(SIGINT, interrupt),
                                   Source::OnSignal(SIGTERM, interrupt),
                                   Source::OnSignal(SIGHUP, interrupt)};
         m_deadline = Timer::Once(
-            kStartMs, [this] { Finish(false, "the service was not ready within 20 s"); });
-        if (StartBus() && StartSimulator() && SetUpTv() && StartService() && WakeUp()) {
+            kStartMs, [this] { m_course.Fail("the service was not ready within 20 s"); });
+        if (StartBus() && StartSimulator() && SetUpTv() && StartService()) {
+            m_deadline.Cancel();
+            m_hasBegun = true;
+            m_course.Begin();
             Await(false);
         }
         m_deadline.Cancel();
-        m_settle.Cancel();
         // The bus ends last, so that the others can still say goodbye on it.
         for (const auto* child : {&m_service, &m_simulator, &m_bus}) {
             Stop(child->get());
@@ -100,7 +102,7 @@ private:
         std::string error;
         auto child = ChildProcess::Start(command, std::move(handlers), error);
         if (child == nullptr) {
-            Finish(false, program + " cannot be started: " + error);
+            m_course.Fail(program + " cannot be started: " + error);
         }
         return child;
     }
@@ -141,7 +143,7 @@ private:
                       {"--config-file=" + m_workspace.BusConfiguration(), "--nofork", "--nopidfile",
                        "--print-address=1"},
                       {[this](const std::string& /*address*/) { m_busUp = true; }, nullptr,
-                       [this](const std::string& how) { Finish(false, "the bus ended, " + how); }});
+                       [this](const std::string& how) { m_course.Fail("the bus ended, " + how); }});
         return Await(m_busUp);
     }
 
@@ -151,7 +153,7 @@ private:
                              [this](const std::string& how) {
                                  const char* bus =
                                      m_bus->Running() ? "" : "the bus ended and with it ";
-                                 Finish(false, bus + ("the simulator ended, " + how));
+                                 m_course.Fail(bus + ("the simulator ended, " + how));
                              }});
         return Await(m_simulatorUp);
     }
@@ -184,7 +186,7 @@ private:
             Start(m_options.binDir + "/bt-autoconnect", {},
                   {nullptr, [this](const std::string& line) { OnServiceLine(line); },
                    [this](const std::string& how) {
-                       Finish(false, "the service ended, " + (how.empty() ? "status 0" : how));
+                       m_course.Fail("the service ended, " + (how.empty() ? "status 0" : how));
                    }});
         const TvSim::AdapterPlan& adapter = m_scenario.adapter;
         const bool isReadySoon = adapter.present && adapter.powered && adapter.appearsAfterMs == 0;
@@ -192,37 +194,44 @@ private:
                (!isReadySoon || Await(m_adapterReady));
     }
 
-    bool WakeUp() {
-        m_wokenAtUs = g_get_monotonic_time();
-        m_deadline = Timer::Once(m_scenario.expect.withinMs, [this] {
-            const std::string problem =
-                m_allWoken ? m_verdict.Problem(true) : "the last wake-up was not sent";
-            Finish(problem.empty(),
-                   problem + " within " + Seconds(gint64{1000} * m_scenario.expect.withinMs));
-        });
-        const TvSim::WakePlan& wake = m_scenario.wake;
-        std::vector<Arguments> commands;
-        for (const auto& [phone, setting] : wake.updates) {
-            commands.push_back({"phone", setting, m_scenario.FindPhone(phone)->address});
+    void Act(const TvSim::TvEvent& event) {
+        using Kind = TvSim::TvEvent::Kind;
+        if (event.kind == Kind::kWake) {
+            Tvctl({{"wake"}});
+        } else if (event.kind == Kind::kUpdate) {
+            SendUpdate(event.text);
+        } else if (event.kind == Kind::kSet) {
+            Tvctl({{"conf", "set", event.key, event.text}});
+        } else if (event.kind == Kind::kUnset) {
+            Tvctl({{"conf", "unset", event.key}});
+        } else {
+            std::string value;
+            if (Tvctl({{"conf", "get", event.key}}, &value) && value != event.text) {
+                m_course.Fail(event.key + " holds '" + value + "', expected: '" + event.text + "'");
+            }
         }
-        commands.push_back({"wake"});
-        bool isFine = Tvctl(commands);
-        for (int i = 1; isFine && i < wake.count; ++i) {
-            isFine = Pause(wake.everyMs) && Tvctl({{"wake"}});
-        }
-        m_allWoken = isFine;
-        Judge();
-        return isFine;
     }
 
-    bool Pause(int ms) const {
-        bool isOver = false;
-        const Timer pause = Timer::Once(ms, [&isOver] { isOver = true; });
-        return Await(isOver);
+    // As a phone's application on the TV does, with whatever text.
+    void SendUpdate(const std::string& text) {
+        GErrorPtr error;
+        const GObjectPtr<GDBusConnection> bus(g_dbus_connection_new_for_address_sync(
+            m_workspace.BusAddress().c_str(),
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+            nullptr, nullptr, Out(error)));
+        if (bus == nullptr ||
+            g_dbus_connection_emit_signal(bus.get(), nullptr, kObjectPath, kInterfaceName,
+                                          kMobileUpdateCommand, g_variant_new("(s)", text.c_str()),
+                                          Out(error)) == FALSE ||
+            g_dbus_connection_flush_sync(bus.get(), nullptr, Out(error)) == FALSE) {
+            m_course.Fail(std::string("the setting was not sent: ") + error->message);
+        }
     }
 
-    // Runs tvctl with each of the argument lists; false when the run is finished.
-    bool Tvctl(const std::vector<Arguments>& commands) {
+    // Runs tvctl with each of the argument lists; false when the run is finished. `output` takes
+    // its first line.
+    bool Tvctl(const std::vector<Arguments>& commands, std::string* output = nullptr) {
         for (const Arguments& arguments : commands) {
             bool hasEnded = false;
             std::string how;
@@ -230,8 +239,13 @@ private:
                 hasEnded = true;
                 how = end;
             };
+            const auto onOutput = [output](const std::string& line) {
+                if (output != nullptr && output->empty()) {
+                    *output = line;
+                }
+            };
             const auto tvctl =
-                Start(m_options.binDir + "/tvctl", arguments, {nullptr, nullptr, onEnd});
+                Start(m_options.binDir + "/tvctl", arguments, {onOutput, nullptr, onEnd});
             if (!Await(hasEnded)) {
                 return false;
             }
@@ -240,7 +254,7 @@ private:
                 for (const std::string& argument : arguments) {
                     command.append(" ").append(argument);
                 }
-                Finish(false, command.append("' failed, ").append(how));
+                m_course.Fail(command.append("' failed, ").append(how));
                 return false;
             }
         }
@@ -254,50 +268,24 @@ private:
         const std::string plain = WithoutColours(line);
         m_serviceLog << plain << std::endl;
         m_nameOwned |= Holds(plain, std::string("Name acquired ") + kServiceName);
-        m_verdict.OnLogLine(plain);
-        Judge();
+        m_course.OnLogLine(plain);
     }
 
     void OnSimulatorLine(const std::string& line) {
         m_simulatorLog << line << std::endl;
-        if (m_wokenAtUs != 0 && m_result.empty() && Holds(line, " phone ")) {
+        if (m_hasBegun && m_result.empty() && Holds(line, " phone ")) {
             Tell("  " + line);
         }
         m_simulatorUp |= Holds(line, " bus: name org.bluez acquired");
         m_objectsRead |= m_service != nullptr && Holds(line, " bus: objects read by ");
         m_adapterReady |= Holds(line, " adapter: powered on");
-        m_verdict.OnSimulatorLine(line);
-        Judge();
-    }
-
-    void Judge() {
-        if (m_wokenAtUs == 0) {
-            return;
-        }
-        if (m_verdict.Spoilt()) {
-            Finish(false, m_verdict.Problem(true));
-        } else if (m_allWoken && !m_settle.IsRunning() && m_verdict.Problem(false).empty()) {
-            m_settle = Timer::Once(m_scenario.expect.settleMs, [this] {
-                const std::string problem = m_verdict.Problem(false);
-                Finish(problem.empty(), problem);
-            });
-        }
-    }
-
-    // Ends the run; the first call decides.
-    void Finish(bool succeeded, const std::string& what) {
-        if (m_result.empty()) {
-            m_succeeded = succeeded;
-            m_result = succeeded ? "OK " + m_scenario.name + ": " + m_verdict.Outcome() + " (" +
-                                       Seconds(g_get_monotonic_time() - m_wokenAtUs) + ")"
-                                 : "FAILED " + m_scenario.name + ": " + what;
-        }
+        m_course.OnSimulatorLine(line);
     }
 
     const Options& m_options;
     const TvSim::Scenario& m_scenario;
     const Workspace& m_workspace;
-    Verdict m_verdict;
+    Course m_course;
     std::ofstream m_serviceLog;
     std::ofstream m_simulatorLog;
     bool m_succeeded = false;
@@ -307,13 +295,11 @@ private:
     bool m_nameOwned = false;
     bool m_objectsRead = false;
     bool m_adapterReady = false;
-    bool m_allWoken = false;
-    gint64 m_wokenAtUs = 0;
+    bool m_hasBegun = false;  // the TV wakes
     std::unique_ptr<ChildProcess> m_bus;
     std::unique_ptr<ChildProcess> m_simulator;
     std::unique_ptr<ChildProcess> m_service;
     Timer m_deadline;
-    Timer m_settle;  // the expected end is there, and must stay so for a moment
 };
 
 }  // namespace

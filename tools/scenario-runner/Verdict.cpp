@@ -15,17 +15,6 @@ std::string Join(const std::set<std::string>& names) {
     return text.empty() ? "nobody" : text;
 }
 
-// Puts addresses in the place of {PHONE}.
-std::string Expand(std::string text, const TvSim::Scenario& scenario) {
-    for (const TvSim::PhonePlan& phone : scenario.phones) {
-        const std::string mark = "{" + phone.id + "}";
-        for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
-            text.replace(at, mark.size(), phone.address);
-        }
-    }
-    return text;
-}
-
 std::string Compare(const char* verb, const std::set<std::string>& names,
                     const std::optional<std::string>& expected) {
     const std::set<std::string> wanted =
@@ -36,6 +25,12 @@ std::string Compare(const char* verb, const std::set<std::string>& names,
     return Join(names) + " " + verb + ", expected: " + Join(wanted);
 }
 
+// Key files keep no blanks at the end of a line.
+std::string WithoutBlanks(const std::string& text) {
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+constexpr char kWakeUp[] = "PrePareAndDoAutoConnect recieved";
 constexpr char kInLog[] = "the service's log";
 constexpr char kInEvents[] = "the simulator's events";
 
@@ -56,12 +51,6 @@ std::string Verdict::Sequence::Problem(const char* where) const {
 }
 
 Verdict::Verdict(const TvSim::Scenario& scenario) : m_expect(scenario.expect) {
-    m_expect.until = Expand(m_expect.until, scenario);
-    for (auto* texts : {&m_expect.log, &m_expect.sim, &m_expect.never}) {
-        for (std::string& text : *texts) {
-            text = Expand(text, scenario);
-        }
-    }
     m_log.texts = m_expect.log;
     m_events.texts = m_expect.sim;
     for (const TvSim::PhonePlan& phone : scenario.phones) {
@@ -71,6 +60,7 @@ Verdict::Verdict(const TvSim::Scenario& scenario) : m_expect(scenario.expect) {
 
 void Verdict::OnLogLine(const std::string& line) {
     CheckNever(line, kInLog);
+    CheckExactly(line);
     m_log.OnLine(line);
     m_untilCame |= m_expect.untilInLog && Holds(line, m_expect.until);
 }
@@ -120,11 +110,29 @@ std::string Verdict::Problem(bool timeIsOver) const {
             return missing;
         }
     }
+    if (m_expect.exactly && m_said < m_expect.exactly->size()) {
+        return "'" + (*m_expect.exactly)[m_said] + "' did not come in " + kInLog;
+    }
     if (!m_expect.until.empty() && !m_untilCame) {
         return "'" + m_expect.until + "' did not come";
     }
     const std::string connected = Compare("connected", m_connected, m_expect.connected);
     return !connected.empty() ? connected : Compare("playing", m_playing, m_expect.playing);
+}
+
+void Verdict::CheckExactly(const std::string& line) {
+    const bool isOwn = Holds(line, " BT_AUTO_CONNECT: ") && !Holds(line, " D BT_AUTO_CONNECT: ");
+    m_isWoken |= isOwn && Holds(line, kWakeUp);
+    if (!m_expect.exactly || !isOwn || !m_isWoken || !m_spoiltBy.empty()) {
+        return;
+    }
+    const std::string message = WithoutBlanks(line.substr(line.find(" > ") + 3));
+    if (m_said == m_expect.exactly->size()) {
+        m_spoiltBy = "'" + message + "' came in " + kInLog + ", expected: nothing more";
+    } else if (message != WithoutBlanks((*m_expect.exactly)[m_said++])) {
+        m_spoiltBy = "'" + message + "' came in " + kInLog + ", expected: '" +
+                     (*m_expect.exactly)[m_said - 1] + "'";
+    }
 }
 
 void Verdict::CheckNever(const std::string& line, const char* where) {

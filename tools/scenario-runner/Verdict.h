@@ -42,11 +42,14 @@ private:
         std::size_t reached = 0;  // so many of them came
     };
 
+    void CheckExactly(const std::string& line);
     void CheckNever(const std::string& line, const char* where);
 
     TvSim::Expectation m_expect;
     std::map<std::string, std::string> m_phoneByPrefix;  // "phone NAME: " to NAME
     bool m_untilCame = false;
+    bool m_isWoken = false;
+    std::size_t m_said = 0;  // messages that were expected exactly
     Sequence m_log;
     Sequence m_events;
     std::string m_spoiltBy;

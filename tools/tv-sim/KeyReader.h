@@ -108,11 +108,18 @@ public:
         }
     }
 
-    void Finish() {
+    // The keys of the section, in their order.
+    [[nodiscard]] std::vector<std::string> Keys() const {
         const GStrvPtr keys(g_key_file_get_keys(m_file, m_section.c_str(), nullptr, nullptr));
-        for (char** key = keys.get(); key != nullptr && *key != nullptr; ++key) {
-            if (m_known.count(*key) == 0) {
-                Fail(*key, "is not a key of this section");
+        return keys == nullptr
+                   ? std::vector<std::string>()
+                   : std::vector<std::string>(keys.get(), keys.get() + g_strv_length(keys.get()));
+    }
+
+    void Finish() {
+        for (const std::string& key : Keys()) {
+            if (m_known.count(key) == 0) {
+                Fail(key, "is not a key of this section");
             }
         }
     }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <sstream>
 
 #include "tools/tv-sim/Address.h"
@@ -159,13 +160,70 @@ void ReadTv(KeyReader& keys, TvPlan& tv) {
     keys.Read("keys", '=', tv.keys);
 }
 
-void ReadWake(KeyReader& keys, WakePlan& wake) {
-    keys.Read("count", wake.count, 1, 1000);
-    keys.Read("every-ms", wake.everyMs, 0, kHourMs);
-    keys.Read("before", ':', wake.updates);
-    for (const auto& [phone, value] : wake.updates) {
+// The wake-ups, and the settings before them: events with a phone as their key for now.
+void ReadWake(KeyReader& keys, std::vector<TvEvent>& events) {
+    int count = 1;
+    int everyMs = 0;
+    Pairs before;
+    keys.Read("count", count, 1, 1000);
+    keys.Read("every-ms", everyMs, 0, kHourMs);
+    keys.Read("before", ':', before);
+    std::vector<TvEvent> wakeUps;
+    for (const auto& [phone, value] : before) {
         if (value != "on" && value != "off") {
             keys.Fail("before", "a phone's setting is PHONE:on or PHONE:off");
+        }
+        wakeUps.push_back({0, TvEvent::Kind::kUpdate, phone, value == "on" ? "Y" : "N"});
+    }
+    for (int i = 0; i < count; ++i) {
+        wakeUps.push_back({i * everyMs, TvEvent::Kind::kWake, "", ""});
+    }
+    events.insert(events.begin(), wakeUps.begin(), wakeUps.end());
+}
+
+std::string TakeWord(std::string& text) {
+    const std::size_t end = text.find(' ');
+    const std::string word = text.substr(0, end);
+    text = end == std::string::npos ? "" : text.substr(end + 1);
+    return word;
+}
+
+bool ParseEvent(std::string text, TvEvent& event) {
+    using Kind = TvEvent::Kind;
+    static const std::map<std::string, Kind> kKinds = {{"wake", Kind::kWake},
+                                                       {"update", Kind::kUpdate},
+                                                       {"set", Kind::kSet},
+                                                       {"unset", Kind::kUnset},
+                                                       {"check", Kind::kCheck}};
+    const auto kind = kKinds.find(TakeWord(text));
+    if (kind == kKinds.end()) {
+        return false;
+    }
+    event.kind = kind->second;
+    const bool hasKey = event.kind != Kind::kWake && event.kind != Kind::kUpdate;
+    if (hasKey) {
+        event.key = TakeWord(text);
+    }
+    event.text = text;
+    const bool hasText = event.kind != Kind::kWake && event.kind != Kind::kUnset;
+    return event.key.empty() != hasKey && (hasText || text.empty());
+}
+
+void ReadEvents(KeyReader& keys, std::vector<TvEvent>& events) {
+    for (const std::string& key : keys.Keys()) {
+        const std::optional<long> afterMs = ParseNumber(key, 0, kHourMs);
+        std::vector<std::string> texts;
+        keys.Read(key.c_str(), texts);
+        if (!afterMs) {
+            keys.Fail(key, "is not a number of milliseconds");
+        }
+        for (const std::string& text : texts) {
+            TvEvent event;
+            event.afterMs = static_cast<int>(afterMs.value_or(0));
+            if (!ParseEvent(text, event)) {
+                keys.Fail(key, "'" + text + "' is not an event");
+            }
+            events.push_back(event);
         }
     }
 }
@@ -182,6 +240,11 @@ void ReadExpectation(KeyReader& keys, Expectation& expect) {
     keys.Read("log", expect.log);
     keys.Read("sim", expect.sim);
     keys.Read("never", expect.never);
+    std::vector<std::string> exactly;
+    keys.Read("exactly", exactly);
+    if (!exactly.empty()) {
+        expect.exactly = exactly;
+    }
     keys.Read("connected", expect.connected);
     keys.Read("playing", expect.playing);
 }
@@ -202,7 +265,9 @@ void ReadSection(GKeyFile* file, const std::string& section, Scenario& scenario,
     } else if (section == "tv") {
         ReadTv(keys, scenario.tv);
     } else if (section == "wake") {
-        ReadWake(keys, scenario.wake);
+        ReadWake(keys, scenario.events);
+    } else if (section == "events") {
+        ReadEvents(keys, scenario.events);
     } else if (section == "expect") {
         ReadExpectation(keys, scenario.expect);
     } else if (section.size() > 6 && section.compare(0, 6, "phone ") == 0) {
@@ -228,9 +293,41 @@ void CheckWhole(const Scenario& scenario, std::string& error) {
     };
     check("[expect] connected", scenario.expect.connected.value_or(""));
     check("[expect] playing", scenario.expect.playing.value_or(""));
-    for (const auto& [phone, setting] : scenario.wake.updates) {
-        check("[wake] before", phone);
+}
+
+// Puts addresses in the place of {PHONE}.
+void Expand(const Scenario& scenario, std::string& text) {
+    for (const PhonePlan& phone : scenario.phones) {
+        const std::string mark = "{" + phone.id + "}";
+        for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
+            text.replace(at, mark.size(), phone.address);
+        }
     }
+}
+
+// Puts in what is said in short.
+void Complete(Scenario& scenario, std::string& error) {
+    Expectation& expect = scenario.expect;
+    std::vector<std::string> none;
+    Expand(scenario, expect.until);
+    for (auto* texts :
+         {&expect.log, &expect.sim, &expect.never, expect.exactly ? &*expect.exactly : &none}) {
+        for (std::string& text : *texts) {
+            Expand(scenario, text);
+        }
+    }
+    for (TvEvent& event : scenario.events) {
+        if (event.kind == TvEvent::Kind::kUpdate && !event.key.empty()) {
+            if (scenario.FindPhone(event.key) == nullptr && error.empty()) {
+                error = "[wake] before: there is no phone '" + event.key + "'";
+            }
+            event.text = R"({"btMac":"{)" + event.key + R"(}","value":")" + event.text + R"("})";
+            event.key.clear();
+        }
+        Expand(scenario, event.text);
+    }
+    std::stable_sort(scenario.events.begin(), scenario.events.end(),
+                     [](const TvEvent& a, const TvEvent& b) { return a.afterMs < b.afterMs; });
 }
 
 }  // namespace
@@ -273,7 +370,11 @@ std::optional<Scenario> ReadScenario(const std::string& file, std::string& error
     for (char** section = sections.get(); *section != nullptr; ++section) {
         ReadSection(keyFile.get(), *section, scenario, problem);
     }
+    if (g_key_file_has_group(keyFile.get(), "wake") == FALSE) {
+        ReadSection(keyFile.get(), "wake", scenario, problem);
+    }
     CheckWhole(scenario, problem);
+    Complete(scenario, problem);
     if (!problem.empty()) {
         error = file + ": " + problem;
         return std::nullopt;

@@ -23,11 +23,13 @@ struct TvPlan {
     Pairs keys;
 };
 
-// The wake-ups that the runner sends.
-struct WakePlan {
-    Pairs updates;  // sent before: phones with their new setting, "on" or "off"
-    int count = 1;
-    int everyMs = 0;  // from one to the next
+// What the TV, or a phone over it, does from the first wake-up on.
+struct TvEvent {
+    enum class Kind { kWake, kUpdate, kSet, kUnset, kCheck };
+    int afterMs = 0;  // after the first wake-up
+    Kind kind = Kind::kWake;
+    std::string key;   // kSet, kUnset and kCheck: a configuration key
+    std::string text;  // kUpdate: of the setting; kSet: its new value; kCheck: what it must be
 };
 
 // What is expected of a run.
@@ -35,10 +37,11 @@ struct Expectation {
     std::string until;        // a text that ends the run when a line holds it
     bool untilInLog = false;  // a line of the service's log, else of the simulator's events
     int withinMs = 30000;
-    int settleMs = 0;                      // so long everything must stay as expected after that
-    std::vector<std::string> log;          // in the service's log, in this order
-    std::vector<std::string> sim;          // in the simulator's events, in this order
-    std::vector<std::string> never;        // nowhere in the service's log or the simulator's events
+    int settleMs = 0;                // so long everything must stay as expected after that
+    std::vector<std::string> log;    // in the service's log, in this order
+    std::vector<std::string> sim;    // in the simulator's events, in this order
+    std::vector<std::string> never;  // nowhere in the service's log or the simulator's events
+    std::optional<std::vector<std::string>> exactly;  // the service's own messages; not said: any
     std::optional<std::string> connected;  // the phone at the end, empty for none; not said: any
     std::optional<std::string> playing;
 };
@@ -53,7 +56,7 @@ struct Scenario {
     std::vector<PhonePlan> phones;
     StrangersPlan strangers;
     TvPlan tv;
-    WakePlan wake;
+    std::vector<TvEvent> events;  // in the order of their time; the first wake-up is one, too
     Expectation expect;
 
     // Borrowed; null when there is no such phone.

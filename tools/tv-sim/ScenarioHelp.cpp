@@ -85,14 +85,27 @@ Only the runner uses the rest.
   count=1                    wake-ups
   every-ms=0                 from one wake-up to the next
 
+[events]                     what else happens after the first wake-up
+  MS=EVENT;...               so many ms after it, in this order:
+                             wake              the TV wakes
+                             set KEY VALUE     a program writes a configuration key; numbers, true
+                                               and false are written as such, VALUE may be empty
+                             unset KEY         it removes the key
+                             update TEXT       a phone sends a setting: TEXT as it is, or nothing
+                             check KEY VALUE   the key must hold that
+                             KEY, VALUE and TEXT may hold {PHONE}, too
+
 [expect]                     texts may hold {PHONE}, which stands for that phone's address
   until=                     what ends the run: log:TEXT in the service's log or sim:TEXT in the
                              simulator's events; without it the run lasts for within-ms. It does not
-                             end before the last wake-up
+                             end before the last event
   within-ms=30000            after the first wake-up; then everything expected must be there
   settle-ms=0                so long it must stay so after the end
   log=                       texts that must come in the service's log, in this order
   sim=                       texts that must come in the simulator's events, in this order
+  exactly=                   the service's own messages, tag BT_AUTO_CONNECT, without debug, from the
+                             first wake-up on: these and no others. A message is what comes after
+                             " > " in its line
   never=                     texts that must come neither there nor in the simulator's events
   connected=                 the phone that is connected at the end; empty: none; left out: any
   playing=                   the phone that plays at the end, likewise
