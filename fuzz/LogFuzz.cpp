@@ -3,14 +3,18 @@
 #include <glib.h>
 
 #include <sstream>
+#include <vector>
 
 #include "common/CHandle.h"
 #include "fuzz/Check.h"
 #include "fuzz/Input.h"
 #include "tools/tvctl/commands/Console.h"
-#include "tools/tvctl/trace/LogReader.h"
-#include "tools/tvctl/trace/Timeline.h"
+#include "tools/tvctl/trace/Boxes.h"
+#include "tools/tvctl/trace/LogText.h"
+#include "tools/tvctl/trace/Statistics.h"
+#include "tools/tvctl/trace/StatisticsText.h"
 #include "tools/tvctl/trace/TimelineText.h"
+#include "tools/tvctl/trace/picture/StatisticsSvg.h"
 #include "tools/tvctl/trace/picture/TimelineSvg.h"
 #include "utility/JsonUtil.h"
 
@@ -20,11 +24,11 @@ namespace {
 
 using MarkupParserPtr = CPtr<GMarkupParseContext, g_markup_parse_context_free>;
 
-void CheckText(const std::vector<Tvctl::WakeUp>& wakeUps) {
+void CheckText(const std::vector<std::string>& lines) {
     std::ostringstream out;
     std::ostringstream err;
     Tvctl::Console console(out, err, false);
-    for (const std::string& line : Tvctl::ToLines(wakeUps)) {
+    for (const std::string& line : lines) {
         console.PrintLine(line);
     }
     const std::string text = out.str();
@@ -33,18 +37,16 @@ void CheckText(const std::vector<Tvctl::WakeUp>& wakeUps) {
     Check(text.find('\x1B') == std::string::npos, "no terminal sequence gets through", text);
 }
 
-void CheckJson(const std::vector<Tvctl::WakeUp>& wakeUps) {
-    const std::string json = Util::JsonUtil::JsonToString(Tvctl::ToJson(wakeUps));
+void CheckJson(const Json::Value& value) {
+    const std::string json = Util::JsonUtil::JsonToString(value);
     try {
-        Check(Util::JsonUtil::StringToJson(json).size() == wakeUps.size(),
-              "the JSON has every wake-up", json);
+        Check(Util::JsonUtil::StringToJson(json) == value, "the JSON is read as written", json);
     } catch (const std::exception& e) {
         Check(false, e.what(), json);
     }
 }
 
-void CheckSvg(const std::vector<Tvctl::WakeUp>& wakeUps) {
-    const std::string svg = Tvctl::ToSvg(wakeUps);
+void CheckSvg(const std::string& svg) {
     static constexpr GMarkupParser kNothing = {};
     const MarkupParserPtr parser(
         g_markup_parse_context_new(&kNothing, G_MARKUP_TREAT_CDATA_AS_TEXT, nullptr, nullptr));
@@ -65,17 +67,22 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::istringstream stream(TextOf(data, size));
-    Tvctl::Timeline timeline;
-    static_cast<void>(Tvctl::ReadText(
-        stream, [&timeline](const Tvctl::LogRecord& record) { timeline.Add(record); }));
-    const std::vector<Tvctl::WakeUp> wakeUps = timeline.Finish();
-    // The command shows nothing then.
-    if (wakeUps.empty()) {
-        return 0;
-    }
-    CheckText(wakeUps);
-    CheckJson(wakeUps);
-    CheckSvg(wakeUps);
+    Tvctl::Statistics statistics;
+    Tvctl::TimelinePicture picture;
+    Tvctl::Boxes boxes([&](const Tvctl::WakeUp& wakeUp) {
+        CheckText(ToLines(wakeUp, 1));
+        CheckJson(ToJson(wakeUp));
+        statistics.Add(wakeUp);
+        picture.Add(wakeUp);
+    });
+    Tvctl::LineParser parser;
+    Tvctl::LogText text(parser, [&boxes](const Tvctl::LogRecord& record) { boxes.Add(record); });
+    text.Add(TextOf(data, size));
+    text.End();
+    boxes.Finish();
+    CheckText(ToLines(statistics, boxes.Count()));
+    CheckJson(ToJson(statistics, boxes.Count()));
+    CheckSvg(ToSvg(statistics, boxes.Count()));
+    CheckSvg(picture.Draw());
     return 0;
 }

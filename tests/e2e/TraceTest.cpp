@@ -117,11 +117,16 @@ TEST_F(Trace, TakesEveryFormOfTheLogAndWhateverElseIsInIt) {
           R"("MESSAGE":"2026-11-21 07:00:0@.000 I BT_AUTO_CONNECT: %")"}) {
         EXPECT_EQ(TimelineOf(LogIn("{" + std::string(entry) + "}\n")), told) << entry;
     }
+    Write("tv", LogIn("11-21 07:00:0@.000+0900 I/BT_AUTO_CONNECT( 7): %\n"));
+    EXPECT_EQ(Run(R"(tvctl trace tv --pattern '^(?<time>.{18})\S* ./(?<tag>\w+).*?: (?<text>.*)')"
+                  R"( | sed '1s/, /, 2026-/' >out)"),
+              0);
+    EXPECT_EQ(ReadFile(m_folder + "/out"), told);
     const char* const inBytes = R"({"__REALTIME_TIMESTAMP":"1","SYSLOG_IDENTIFIER":"TV_PLATFORM",)"
                                 R"("MESSAGE":[97,100,97,112,116,101,114,32,27,91,64,255]})";
     EXPECT_THAT(TimelineOf(own + inBytes), HasSubstr(" remark    adapter \uFFFD\n"));
     const std::string noise = std::string(3 << 20, 'x') + "\n\x80" + std::string(9, '\0') + "\r\n";
-    EXPECT_EQ(TimelineOf(noise + own), told + "lines of another kind, skipped: 2\n");
+    EXPECT_EQ(TimelineOf(noise + own), told + "not of the service, left out: 2 lines\n");
     const std::string start = own.substr(0, own.find("2026", 1));
     std::string late = own + own.substr(own.rfind("2026"));
     late.replace(late.find("result : 0"), 10, "result : -1");
@@ -137,7 +142,9 @@ TEST_F(Trace, ReadsTheServicesEntriesOfAJournal) {
     const std::string entry =
         "__REALTIME_TIMESTAMP=179524440@000000\n_BOOT_ID=0123456789abcdef0123456789abcdef\n"
         "SYSLOG_IDENTIFIER=BT_AUTO_CONNECT\nMESSAGE=%\n_SYSTEMD_UNIT=";
-    Write("entries", LogIn(entry + "bt-autoconnect.service\n\n" + entry + "another.service\n\n"));
+    const std::string own = entry + "bt-autoconnect.service\n";
+    Write("entries", LogIn(own + "\n" + entry + "another.service\n\n"));
+    Write("fleet", LogIn(own + "_MACHINE_ID=1\n\n" + own + "_HOSTNAME=two\n\n"));
     ASSERT_EQ(Run("/lib/systemd/systemd-journal-remote -o a.journal entries 2>remote"), 0)
         << ReadFile(m_folder + "/remote");
     const std::string told = TimelineOf(LogIn(kOwnForm));
@@ -145,6 +152,14 @@ TEST_F(Trace, ReadsTheServicesEntriesOfAJournal) {
         EXPECT_EQ(Run(std::string("tvctl trace >out ") + journal), 0);
         EXPECT_EQ(ReadFile(m_folder + "/out"), told) << journal;
     }
+    EXPECT_EQ(Run("/lib/systemd/systemd-journal-remote -o fleet.journal fleet 2>remote && tvctl "
+                  "trace --file fleet.journal >out && ! grep remark out && "
+                  "tvctl trace --file fleet.journal --summary >out"),
+              0);
+    EXPECT_THAT(ReadFile(m_folder + "/out"),
+                testing::AllOf(HasSubstr("2 wake-ups of 2 boxes"),
+                               HasSubstr("2  100.0 %  a phone was connected, no music"),
+                               HasSubstr("A                       2         2       0")));
 }
 
 TEST_F(Trace, SaysInOneLineWhatItCannotRead) {
@@ -158,6 +173,7 @@ TEST_F(Trace, SaysInOneLineWhatItCannotRead) {
         {"none", "none: No such file or directory"},
         {"log --svg none/svg", "none/svg: No such file or directory"},
         {"log --svg /dev/full", "/dev/full: No space left on device"},
+        {"log --pattern .", "the pattern is wrong: it has no group (?<text>...)"},
         {"--file log", "log cannot be read as a journal: Bad message"},
         {"--directory none", "none cannot be read as a journal: No such file or directory"}};
     for (const auto& [what, message] : kCases) {

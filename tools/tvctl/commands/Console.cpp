@@ -88,6 +88,12 @@ ExitCode Console::ShowRows(const Json::Value& json, const std::vector<Row>& rows
     return kDone;
 }
 
+void Console::ShowLine(const std::string& text) {
+    if (!m_style.isJson) {
+        PrintLine(text);
+    }
+}
+
 ExitCode Console::Fail(const std::string& reason) {
     m_err << "tvctl: " << Printable(reason) << std::endl;
     return kFailed;

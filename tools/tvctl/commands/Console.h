@@ -42,6 +42,8 @@ public:
     // else with a tab between the fields.
     ExitCode ShowRows(const Json::Value& json, const std::vector<Row>& rows,
                       const std::vector<std::string>& names = {});
+    // Prints a line of text that is no part of the JSON.
+    void ShowLine(const std::string& text);
 
     // Report why a command failed, or was called wrongly; give the exit code that says so.
     [[nodiscard]] ExitCode Fail(const std::string& reason);

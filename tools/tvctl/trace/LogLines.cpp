@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include <cstring>
+#include <algorithm>
+#include <string_view>
 
-#include "common/CHandle.h"
 #include "tools/tvctl/trace/Timeline.h"
 
 // Which lines of the service and of the platform the timeline knows, and what each of them tells.
@@ -13,22 +13,27 @@ namespace {
 
 // Whether `text` reads as `pattern` does; the texts in the place of its stars are added to `texts`.
 // A star at the end takes everything.
-bool Matches(const char* pattern, const std::string& text, std::vector<std::string>& texts) {
-    const GStrvPtr pieces(g_strsplit(pattern, "*", -1));
-    std::size_t at = 0;
-    for (char** piece = pieces.get(); *piece != nullptr; ++piece) {
-        const bool isFirst = piece == pieces.get();
-        const bool takesAll = !isFirst && **piece == '\0';
-        const std::size_t found = takesAll ? text.size() : text.find(*piece, at);
-        if (found == std::string::npos || (isFirst && found > 0)) {
-            return false;
+bool Matches(std::string_view pattern, std::string_view text, std::vector<std::string>& texts) {
+    const std::size_t kept = texts.size();
+    std::size_t star = pattern.find('*');
+    bool fits = text.substr(0, star) == pattern.substr(0, star);
+    std::size_t at = std::min(star, text.size());
+    while (fits && star != std::string_view::npos) {
+        pattern.remove_prefix(star + 1);
+        star = pattern.find('*');
+        const std::string_view piece = pattern.substr(0, star);
+        const std::size_t found = piece.empty() ? text.size() : text.find(piece, at);
+        fits = found != std::string_view::npos;
+        if (fits) {
+            texts.emplace_back(text.substr(at, found - at));
+            at = found + piece.size();
         }
-        if (!isFirst) {
-            texts.push_back(text.substr(at, found - at));
-        }
-        at = found + std::strlen(*piece);
     }
-    return at == text.size();
+    if (!fits || at != text.size()) {
+        texts.resize(kept);
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -108,14 +113,19 @@ const Timeline::KnownLine Timeline::kLines[] = {
     {"", "", "bluetoothd *", &Timeline::OnBluetooth},
     {"", "", "adapter *", &Timeline::OnBluetooth},
     {"", "", "the system bus is gone*", &Timeline::OnBluetooth},
+
+    {kPlayerFile, "", "* plays", &Timeline::OnPlays},
+    {kPlayerFile, "", "no music from *: *", &Timeline::OnSilent},
+    {kPlayerFile, "", "no music: *", &Timeline::OnSilent},
+    {kPlayerFile, "", "the play command failed: *", &Timeline::OnSilent},
 };
 
 const Timeline::KnownLine* Timeline::Recognise(const LogRecord& record, Texts& texts) {
     for (const KnownLine& line : kLines) {
-        texts = {*line.meaning == '\0' ? record.message : line.meaning};
         if (record.file == line.file &&
             (*line.function == '\0' || record.function == line.function) &&
             Matches(line.message, record.message, texts)) {
+            texts.emplace(texts.begin(), *line.meaning == '\0' ? record.message : line.meaning);
             return &line;
         }
     }

@@ -2,36 +2,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <istream>
+#include <memory>
 #include <string>
+
+#include "tools/tvctl/trace/LogRecord.h"
 
 namespace Tvctl {
 
-// One line that the service wrote.
-struct LogRecord {
-    std::int64_t timeUs = 0;  // only the difference of two of the same log is meaningful
-    std::string when;         // local time for a reader, to the millisecond
-    std::string file;         // empty, like the function, for a line of the platform
-    std::string function;
-    std::string message;  // valid UTF-8; may hold control characters
-};
-
-// How many lines were read, and what ended the reading too early.
-struct LogCount {
-    std::size_t records = 0;  // of the service
-    std::size_t skipped = 0;  // of another kind
-    std::string failure;      // what could not be read and why; empty when all was read
-};
-
-using TakeRecord = std::function<void(const LogRecord& record)>;
-
-// Where a log is.
+// Where a log is, and which part of it is meant.
 struct LogSource {
     enum class Kind {
-        kMachine,    // this machine's journal since its boot
+        kMachine,    // this machine's journal
         kDirectory,  // a folder of journal files
         kJournal,    // a journal file
         kText,       // a text file; standard input where the path is "-"
@@ -39,18 +20,31 @@ struct LogSource {
 
     Kind kind = Kind::kMachine;
     std::string path;
+    // Of a journal: "all", an id, or on this machine 0 for this boot, -1 for the one before ...
+    std::string boot = {};
+    std::string pattern = {};  // of a text: see LineParser; empty for the service's own form
+    bool onlyNew = false;      // what is there already is passed over
 };
 
 // What messages call it.
 [[nodiscard]] std::string NameOf(const LogSource& source);
 
-// Read the lines of the service in their order and give each to `take`; whatever else is there is
-// passed over and counted.
+// A log that is read from its begin, or followed from its end. Gives the lines of the service, of
+// the platform and of the media player in their order; of a journal, the entries of their units.
+class LogReader {
+public:
+    virtual ~LogReader() = default;
 
-// Of a journal, the entries of the service's unit are read.
-[[nodiscard]] LogCount ReadLog(const LogSource& source, const TakeRecord& take);
-// Each line is as the service writes it to standard error, colours or not, or as
-// `journalctl -o json` prints it. Needs no more memory for a line of any length.
-[[nodiscard]] LogCount ReadText(std::istream& text, const TakeRecord& take);
+    // Gives all that is there by now. Of a pipe, waits for its end if it is not followed.
+    virtual void Read() = 0;
+    // Waits until there may be more, for so long at most.
+    virtual void Wait(int ms) = 0;
+    // Whether nothing more can come.
+    [[nodiscard]] virtual bool IsOver() const = 0;
+    [[nodiscard]] virtual LogCount Count() const = 0;
+};
+
+// Never null; the failure to open a log is the first thing that its count tells.
+[[nodiscard]] std::unique_ptr<LogReader> OpenLog(const LogSource& source, TakeRecord take);
 
 }  // namespace Tvctl

@@ -21,6 +21,8 @@ constexpr std::int64_t kLongestPauseUs = std::int64_t{366} * 24 * 3600 * G_USEC_
 constexpr double kAfterglowSeconds = 30;
 // How many wake-ups, connections or checks may be on their way at once; any more are a broken log.
 constexpr std::size_t kMostAtOnce = 8;
+// Of a wake-up. The service hears some hundred advertisements in a second at most.
+constexpr std::size_t kMostLines = 100000;
 
 // Where the last of the items begin, those among which something may still be on its way.
 template <typename Item>
@@ -37,35 +39,52 @@ void Timeline::Add(const LogRecord& record) {
         return;
     }
     AdvanceClock(record.timeUs);
-    m_when = record.when;
-    m_isClosed = m_isClosed ||
-                 (!Current().IsOpen() && TimeIn(Current()) > Current().end + kAfterglowSeconds);
-    if (!m_isClosed || line->handle == &Timeline::OnWakeUp ||
+    m_record = &record;
+    if (!m_wakeUps.empty() && !Current().IsOpen() &&
+        TimeIn(Current()) > Current().end + kAfterglowSeconds) {
+        Close();
+    }
+    if (!m_wakeUps.empty() || line->handle == &Timeline::OnWakeUp ||
         line->handle == &Timeline::OnServiceStarted) {
         (this->*line->handle)(texts);
     }
+    if (!m_wakeUps.empty() && ++m_lines > kMostLines) {
+        AddRemark("the log has more lines of this wake-up, which are left out");
+        Close();
+    }
 }
 
-std::vector<WakeUp> Timeline::Finish() {
-    for (WakeUp& wakeUp : m_wakeUps) {
-        if (wakeUp.window && !wakeUp.isStarted && wakeUp.refusals.empty()) {
-            // The service logs nothing here: it opened the window, then found Bluetooth off.
-            wakeUp.refusals.push_back({wakeUp.window->begin, "Bluetooth is off"});
-        }
+void Timeline::Finish() {
+    Close();
+    m_lastUs.reset();
+}
+
+void Timeline::Close() {
+    while (!m_wakeUps.empty()) {
+        Release();
     }
-    return std::exchange(m_wakeUps, {});
+}
+
+void Timeline::Release() {
+    WakeUp& wakeUp = m_wakeUps.front();
+    if (wakeUp.window && !wakeUp.isStarted && wakeUp.refusals.empty()) {
+        // The service logs nothing here: it opened the window, then found Bluetooth off.
+        wakeUp.refusals.push_back({wakeUp.window->begin, "Bluetooth is off"});
+    }
+    m_take(wakeUp);
+    m_wakeUps.erase(m_wakeUps.begin());
 }
 
 // A step backwards or a long one while something is awaited counts as none.
 void Timeline::AdvanceClock(std::int64_t timeUs) {
     const std::int64_t step = m_lastUs ? std::min(timeUs - *m_lastUs, kLongestPauseUs) : 0;
     m_lastUs = timeUs;
-    const bool isAwaited = !m_isClosed && Current().IsOpen();
+    const bool isAwaited = !m_wakeUps.empty() && Current().IsOpen();
     if (step >= 0 && (step <= kLongestStepUs || !isAwaited)) {
         m_clockUs += step;
         return;
     }
-    if (!m_isClosed) {
+    if (!m_wakeUps.empty()) {
         const double seconds = static_cast<double>(step) / G_USEC_PER_SEC;
         AddRemark(step < 0 ? "the log's clock steps back by " + Seconds(-seconds)
                            : "the log has a gap of " + Seconds(seconds));
@@ -89,7 +108,7 @@ bool Timeline::IsInWindow() {
 }
 
 void Timeline::OnWakeUp(const Texts& /*texts*/) {
-    if (!m_isClosed) {
+    if (!m_wakeUps.empty()) {
         if (IsInWindow() || Current().IsOpen()) {
             AddRemark("the next wake-up came");
         }
@@ -98,20 +117,24 @@ void Timeline::OnWakeUp(const Texts& /*texts*/) {
         }
         EndScan(Scan::End::kTakenOver);
     }
+    if (m_wakeUps.size() == kMostAtOnce) {
+        Release();
+    }
     m_wakeUps.emplace_back();
+    Current().number = ++m_begun;
     Current().beginUs = m_clockUs;
-    Current().when = m_when;
-    m_isClosed = false;
+    Current().SetOrigin(*m_record);
+    m_lines = 0;
     m_ambient.clear();
     m_isKeyBlocking.reset();
 }
 
 // The service has no memory of what it did before.
 void Timeline::OnServiceStarted(const Texts& /*texts*/) {
-    if (!m_isClosed && (IsInWindow() || Current().IsOpen())) {
+    if (!m_wakeUps.empty() && (IsInWindow() || Current().IsOpen())) {
         AddRemark("the service was started again");
     }
-    m_isClosed = true;
+    Close();
     m_position = 0;
 }
 
@@ -223,11 +246,11 @@ void Timeline::OnNotConnected(const Texts& texts) {
 
 WakeUp* Timeline::FindConnecting(const std::string& address) {
     WakeUp* latest = nullptr;
-    for (auto wakeUp = RecentOf(m_wakeUps); wakeUp != m_wakeUps.end(); ++wakeUp) {
-        const std::vector<Connection>& connections = wakeUp->connections;
+    for (WakeUp& wakeUp : m_wakeUps) {
+        const std::vector<Connection>& connections = wakeUp.connections;
         if (!connections.empty() && !connections.back().end &&
             connections.back().address == address) {
-            latest = &*wakeUp;
+            latest = &wakeUp;
         }
     }
     return latest;
@@ -280,18 +303,18 @@ void Timeline::OnDisconnected(const Texts& texts) {
 
 // The check belongs to the oldest connection that waits for one: its timer outlives a wake-up.
 void Timeline::EndPlayback(Playback::Outcome outcome, const std::string& reason) {
-    for (auto wakeUp = RecentOf(m_wakeUps); wakeUp != m_wakeUps.end(); ++wakeUp) {
-        std::vector<Playback>& playbacks = wakeUp->playbacks;
+    for (WakeUp& wakeUp : m_wakeUps) {
+        std::vector<Playback>& playbacks = wakeUp.playbacks;
         const auto awaited = std::find_if(RecentOf(playbacks), playbacks.end(),
                                           [](const Playback& playback) { return !playback.end; });
         if (awaited == playbacks.end()) {
             continue;
         }
-        awaited->end = Touch(*wakeUp);
+        awaited->end = Touch(wakeUp);
         awaited->outcome = outcome;
         awaited->reason = reason;
         if (outcome == Playback::Outcome::kNotSent && reason.empty()) {
-            awaited->reason = wakeUp->IsLost(awaited->address)
+            awaited->reason = wakeUp.IsLost(awaited->address)
                                   ? "the phone had left"
                                   : "the state of its player cannot be read";
         }
@@ -301,16 +324,26 @@ void Timeline::EndPlayback(Playback::Outcome outcome, const std::string& reason)
 
 // It comes after the command, a moment or a timeout later, and may be reported twice.
 void Timeline::OnLaunchFailed(const Texts& texts) {
-    for (auto wakeUp = m_wakeUps.end(); wakeUp != RecentOf(m_wakeUps);) {
-        --wakeUp;
+    EndCommand(Playback::Outcome::kLaunchFailed, "", texts.back());
+}
+
+void Timeline::OnSilent(const Texts& texts) {
+    EndCommand(Playback::Outcome::kSilent, texts.size() > 2 ? texts[1] : "", texts.back());
+}
+
+// Only the last connection's command counts; the player asks one phone at a time.
+void Timeline::EndCommand(Playback::Outcome outcome, const std::string& address,
+                          const std::string& reason) {
+    for (auto wakeUp = m_wakeUps.rbegin(); wakeUp != m_wakeUps.rend(); ++wakeUp) {
         if (wakeUp->playbacks.empty()) {
             continue;
         }
         Playback& last = wakeUp->playbacks.back();
-        if (last.outcome == Playback::Outcome::kCommandSent) {
-            last.outcome = Playback::Outcome::kLaunchFailed;
-            last.reason = texts.back();
-            Touch(*wakeUp);
+        if (last.outcome == Playback::Outcome::kCommandSent &&
+            (address.empty() || address == last.address)) {
+            last.outcome = outcome;
+            last.reason = reason;
+            last.answered = Touch(*wakeUp);
         }
         return;
     }

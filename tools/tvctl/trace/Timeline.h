@@ -4,24 +4,32 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "tools/tvctl/trace/LogReader.h"
+#include "tools/tvctl/trace/LogRecord.h"
 #include "tools/tvctl/trace/WakeUp.h"
 
 namespace Tvctl {
 
-// Makes wake-ups out of the lines of the service's log, line by line. What a line belongs to is
-// worked out as the service itself behaves: a second wake-up restarts window and scan and forgets
-// the playback check, while a connection on its way reports its end all the same.
+using TakeWakeUp = std::function<void(const WakeUp& wakeUp)>;
+
+// Makes wake-ups out of the lines of the log of one service, line by line. What a line belongs to
+// is worked out as the service itself behaves: a second wake-up restarts window and scan and
+// forgets the playback check, while a connection on its way reports its end all the same.
 class Timeline {
 public:
+    // `take` gets each wake-up when nothing more of it can come, in the order of their signals.
+    explicit Timeline(TakeWakeUp take) : m_take(std::move(take)) {}
+
     void Add(const LogRecord& record);
-    // No more lines come; the wake-ups in the order of their signals.
-    [[nodiscard]] std::vector<WakeUp> Finish();
+    // No more lines come, or not for long.
+    void Finish();
+    // Those of which more may come, in the order of their signals.
+    [[nodiscard]] const std::vector<WakeUp>& Held() const { return m_wakeUps; }
 
 private:
     // What a line means, or the whole message, then each text that it carries.
@@ -95,6 +103,9 @@ private:
     }
     // Carries why, or means it.
     void OnLaunchFailed(const Texts& texts);
+    // Of the media player; both carry the phone's address, the second one also why.
+    void OnPlays(const Texts& texts) { EndCommand(Playback::Outcome::kPlays, texts[1]); }
+    void OnSilent(const Texts& texts);
 
     void AdvanceClock(std::int64_t timeUs);
     void Refuse(const std::string& text);
@@ -102,6 +113,13 @@ private:
     void AddConnection(const std::string& address, Connection::Result result);
     void OnConnectedByItself(const std::string& address);
     void EndPlayback(Playback::Outcome outcome, const std::string& reason = "");
+    // Of a play command, to the phone if one is named.
+    void EndCommand(Playback::Outcome outcome, const std::string& address,
+                    const std::string& reason = "");
+    // Gives up the first of those that are held.
+    void Release();
+    // Nothing more belongs to any wake-up.
+    void Close();
 
     WakeUp& Current() { return m_wakeUps.back(); }
     [[nodiscard]] bool IsInWindow();
@@ -112,9 +130,11 @@ private:
     [[nodiscard]] double TimeIn(const WakeUp& wakeUp) const;
     WakeUp* FindConnecting(const std::string& address);
 
+    TakeWakeUp m_take;
     std::vector<WakeUp> m_wakeUps;
-    bool m_isClosed = true;  // nothing more belongs to the last of them
-    std::string m_when;      // the time of the line being added, as the log has it
+    std::size_t m_begun = 0;    // wake-ups so far
+    std::size_t m_lines = 0;    // of the last of them
+    const LogRecord* m_record;  // the line being added; not owned
     std::optional<std::int64_t> m_lastUs;
     std::int64_t m_clockUs = 0;  // the log's time without the jumps of the clock
     std::optional<bool> m_isKeyBlocking;

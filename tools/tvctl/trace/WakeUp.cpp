@@ -50,16 +50,20 @@ const Connection* FindConnected(const WakeUp& wakeUp) {
     return nullptr;
 }
 
-std::string SummariseConnected(const WakeUp& wakeUp, const Connection& connection) {
-    std::string connected = NameOf(connection.address) + " was connected";
+// What follows "was connected" or "connected".
+std::string AfterConnection(const WakeUp& wakeUp) {
+    static constexpr const char* kChecks[] = {"; the log has no playback check",
+                                              " and plays already",
+                                              " and told to play",
+                                              ", but not told to play: ",
+                                              ", but not told to play: ",
+                                              ", told to play and plays",
+                                              ", but does not play: "};
     if (wakeUp.playbacks.empty()) {
-        return connected;
+        return "";
     }
-    static constexpr const char* kChecks[] = {
-        "; the log has no playback check", " and plays already", " and told to play",
-        ", but not told to play: ", ", but not told to play: "};
     const Playback& last = wakeUp.playbacks.back();
-    return connected + TextOf(kChecks, last.outcome) + last.reason;
+    return TextOf(kChecks, last.outcome) + last.reason;
 }
 
 std::string SummariseFailures(const WakeUp& wakeUp) {
@@ -78,6 +82,19 @@ std::string SummariseFailures(const WakeUp& wakeUp) {
     return NameOf(last.address) + (last.result == Connection::Result::kNotBonded
                                        ? " was " + Describe(last)
                                        : " was not connected: " + Describe(last));
+}
+
+// Of phones that were tried in vain; several fail for the cause of the last that was asked.
+std::string CauseOf(const std::vector<Connection>& connections) {
+    if (connections.back().result == Connection::Result::kUnknown ||
+        connections.back().result == Connection::Result::kByItself) {
+        return ReasonOf(connections.back());
+    }
+    const auto failed =
+        std::find_if(connections.rbegin(), connections.rend(), [](const Connection& connection) {
+            return connection.result == Connection::Result::kFailed;
+        });
+    return ReasonOf(failed == connections.rend() ? connections.back() : *failed);
 }
 
 std::string SummariseScan(const Scan& scan) {
@@ -156,11 +173,49 @@ std::string Describe(const Connection& connection) {
     return "tried; its end is not in the log";
 }
 
+std::string ReasonOf(const Connection& connection) {
+    static constexpr const char* kCauses[] = {
+        "the log does not tell how the connection ended", "connected, and another phone played", "",
+        "the phone is not bonded", "the phone connected by itself"};
+    if (connection.result == Connection::Result::kFailed) {
+        return connection.reason.empty() ? DescribeFailure(connection) : connection.reason;
+    }
+    return TextOf(kCauses, connection.result);
+}
+
 std::string Describe(const Playback& playback) {
-    static constexpr const char* kOutcomes[] = {"the check is not in the log",
-                                                "plays already, nothing sent", "play command sent",
-                                                "play command not sent: ", "play command failed: "};
+    static constexpr const char* kOutcomes[] = {
+        "the check is not in the log", "plays already, nothing sent", "play command sent",
+        "play command not sent: ",     "play command failed: ",       "told to play, plays",
+        "told to play, no music: "};
     return TextOf(kOutcomes, playback.outcome) + playback.reason;
+}
+
+std::string DescribeCheck(const Playback& playback) {
+    if (!playback.answered) {
+        return Describe(playback);
+    }
+    Playback sent = playback;
+    sent.outcome = Playback::Outcome::kCommandSent;
+    sent.reason.clear();
+    return Describe(sent);
+}
+
+void WakeUp::SetOrigin(const LogRecord& record) {
+    timeUs = record.timeUs;
+    machine = record.machine;
+    host = record.host;
+    boot = record.boot;
+    when = record.when;
+    if (when.empty()) {
+        const CPtr<GDateTime, g_date_time_unref> time(
+            g_date_time_new_from_unix_local(timeUs / G_USEC_PER_SEC));
+        const std::string ms = std::to_string(1000 + timeUs % G_USEC_PER_SEC / 1000);
+        when = time == nullptr
+                   ? "a time that no calendar has"
+                   : GStringPtr(g_date_time_format(time.get(), "%Y-%m-%d %H:%M:%S.")).get() +
+                         ms.substr(1);
+    }
 }
 
 bool WakeUp::IsOpen() const {
@@ -176,9 +231,11 @@ bool WakeUp::IsLost(const std::string& address) const {
 
 Verdict WakeUp::Outcome() const {
     if (FindConnected(*this) != nullptr) {
-        const bool plays =
-            !playbacks.empty() && (playbacks.back().outcome == Playback::Outcome::kPlaysAlready ||
-                                   playbacks.back().outcome == Playback::Outcome::kCommandSent);
+        const auto last =
+            playbacks.empty() ? Playback::Outcome::kUnknown : playbacks.back().outcome;
+        const bool plays = last == Playback::Outcome::kPlaysAlready ||
+                           last == Playback::Outcome::kCommandSent ||
+                           last == Playback::Outcome::kPlays;
         return plays ? Verdict::kPlays : Verdict::kConnected;
     }
     if (!connections.empty()) {
@@ -193,7 +250,7 @@ Verdict WakeUp::Outcome() const {
 
 std::string WakeUp::Summary() const {
     if (const Connection* connected = FindConnected(*this)) {
-        return SummariseConnected(*this, *connected);
+        return NameOf(connected->address) + " was connected" + AfterConnection(*this);
     }
     if (!refusals.empty()) {
         return std::string(scans.empty() ? "no attempt: " : "given up: ") + refusals.back().text;
@@ -205,6 +262,31 @@ std::string WakeUp::Summary() const {
         return SummariseScan(scans.back());
     }
     return "the log ends before anything was tried";
+}
+
+std::string WakeUp::Reason() const {
+    if (Outcome() == Verdict::kPlays) {
+        return "";
+    }
+    if (FindConnected(*this) != nullptr) {
+        return "connected" + AfterConnection(*this);
+    }
+    if (!refusals.empty()) {
+        return refusals.back().text;
+    }
+    return connections.empty() ? Summary() : CauseOf(connections);
+}
+
+std::string WakeUp::ConnectedPhone() const {
+    const Connection* const connected = FindConnected(*this);
+    return connected == nullptr ? "" : connected->address;
+}
+
+std::optional<double> WakeUp::TimeOfMusic() const {
+    if (Outcome() != Verdict::kPlays) {
+        return std::nullopt;
+    }
+    return playbacks.back().answered ? playbacks.back().answered : playbacks.back().end;
 }
 
 }  // namespace Tvctl

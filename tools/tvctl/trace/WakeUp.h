@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
+#include "tools/tvctl/trace/LogRecord.h"
 
 namespace Tvctl {
 
@@ -62,13 +63,23 @@ struct Connection {
 };
 
 struct Playback {
-    enum class Outcome { kUnknown, kPlaysAlready, kCommandSent, kNotSent, kLaunchFailed };
+    // Not every log has the lines of the media player, which tell what became of the command.
+    enum class Outcome {
+        kUnknown,
+        kPlaysAlready,
+        kCommandSent,
+        kNotSent,
+        kLaunchFailed,
+        kPlays,
+        kSilent
+    };
 
     std::string address;
     double begin = 0;  // when the phone was connected
     std::optional<double> end;
     Outcome outcome = Outcome::kUnknown;
-    std::string reason;  // for which nothing was sent
+    std::string reason;                   // for which nothing was sent, or nothing plays
+    std::optional<double> answered = {};  // when it was known what became of the command
 };
 
 struct Remark {
@@ -77,10 +88,19 @@ struct Remark {
 };
 
 enum class Verdict { kPlays, kConnected, kNobody, kRefused, kUnknown };
+// What JSON calls them.
+inline constexpr const char* kVerdictNames[] = {"plays", "connected", "nobody", "refused",
+                                                "unknown"};
 
 struct WakeUp {
-    std::string when;          // as the log has it
+    std::size_t number = 0;    // of its box, from 1
+    std::string when;          // as the log has it, or local time
+    std::int64_t timeUs = 0;   // since 1970; as if in UTC where the log has no zone
     std::int64_t beginUs = 0;  // of its signal, by the timeline's clock
+    // Of the box; empty where the log does not tell.
+    std::string machine;
+    std::string host;
+    std::string boot;
     std::optional<Window> window;
     bool isStarted = false;        // the conditions that come before the list of phones hold
     std::vector<Remark> refusals;  // conditions that ended it
@@ -93,6 +113,8 @@ struct WakeUp {
     std::vector<Remark> remarks;  // what happened to Bluetooth, the clock or the service
     double end = 0;               // of the last thing that the log tells
 
+    // Takes when and where it began from the line of its signal.
+    void SetOrigin(const LogRecord& record);
     // Whether something began that has not ended, except the window, which ends by itself.
     [[nodiscard]] bool IsOpen() const;
     // Whether a connection to that phone went down again.
@@ -100,6 +122,12 @@ struct WakeUp {
     [[nodiscard]] Verdict Outcome() const;
     // The outcome in one sentence, without a full stop.
     [[nodiscard]] std::string Summary() const;
+    // Why it did not end in music, the same words for the same cause; empty if it did.
+    [[nodiscard]] std::string Reason() const;
+    // The phone that was connected; empty if none was.
+    [[nodiscard]] std::string ConnectedPhone() const;
+    // When the phone played or was told to, if it ended in music.
+    [[nodiscard]] std::optional<double> TimeOfMusic() const;
 };
 
 // What came of it, a few words each, without a full stop.
@@ -108,6 +136,10 @@ struct WakeUp {
 [[nodiscard]] std::string Describe(const Strangers& strangers);
 [[nodiscard]] std::string Describe(const Connection& connection);
 [[nodiscard]] std::string Describe(const Playback& playback);
+// Why a phone is not connected, the same words for the same cause.
+[[nodiscard]] std::string ReasonOf(const Connection& connection);
+// The same of its check only, without what became of the command.
+[[nodiscard]] std::string DescribeCheck(const Playback& playback);
 // The text for `value` out of `texts`, which are in the order of the enumerators.
 template <typename Enum, std::size_t Count>
 const char* TextOf(const char* const (&texts)[Count], Enum value) {

@@ -8,6 +8,8 @@
 #include <functional>
 #include <set>
 
+#include "tools/tvctl/trace/TimelineText.h"
+#include "tools/tvctl/trace/picture/Layout.h"
 #include "tools/tvctl/trace/picture/SvgWriter.h"
 
 namespace Tvctl {
@@ -16,13 +18,8 @@ namespace {
 
 using Anchor = SvgWriter::Anchor;
 
-constexpr double kWidth = 1000;
-constexpr double kMargin = 24;
-constexpr double kTitleHeight = 52;
-constexpr std::size_t kMostPanels = 50;
 constexpr double kPlotLeft = 172;
 constexpr double kPlotRight = kWidth - 40;
-constexpr double kLabelSize = 12;
 constexpr double kLineHeight = 15;
 constexpr double kLaneHeight = 28;
 constexpr double kBarHeight = 12;
@@ -38,18 +35,9 @@ constexpr int kMostTicks = 12;
 // A panel of a broken log must not grow without end; the text has everything.
 constexpr std::size_t kMostOfAKind = 40;
 
-constexpr const char* kBlue = "#4c78a8";
-constexpr const char* kPale = "#c6d6ea";
-constexpr const char* kPaler = "#e8eff7";
-constexpr const char* kGreen = "#2a9d5c";
-constexpr const char* kRed = "#d1495b";
-constexpr const char* kAmber = "#d98a00";
-constexpr const char* kGrey = "#8c959f";
-constexpr const char* kGrid = "#e3e7eb";
-// By Verdict, Connection::Result and Playback::Outcome.
-constexpr const char* kVerdictColours[] = {kGreen, kAmber, kRed, kAmber, kGrey};
+// By Connection::Result and Playback::Outcome.
 constexpr const char* kConnectionColours[] = {kGrey, kGreen, kRed, kRed, kGreen};
-constexpr const char* kPlaybackColours[] = {kGrey, kGreen, kGreen, kAmber, kRed};
+constexpr const char* kPlaybackColours[] = {kGrey, kGreen, kGreen, kAmber, kRed, kGreen, kRed};
 
 // The smallest of 1, 2 and 5 times a power of ten that makes no more ticks than there is room for.
 double TickStep(double seconds) {
@@ -161,8 +149,7 @@ void Panel::DrawHeading(std::size_t number, SvgWriter& writer) {
     const double width = kWidth - 2 * kMargin - 18;
     writer.BeginGroup(summary);
     writer.Circle(kMargin + 6, m_y + 9, 6, TextOf(kVerdictColours, m_wakeUp.Outcome()));
-    writer.Text(left, m_y + 14, "heading",
-                "Wake-up " + std::to_string(number) + ", " + m_wakeUp.when);
+    writer.Text(left, m_y + 14, "heading", HeadingOf(m_wakeUp, number));
     m_y += 33;
     for (const std::string& line : WrapText(summary, 13, width, 2)) {
         writer.Text(left, m_y, "summary", line);
@@ -279,7 +266,8 @@ void Panel::DrawConnection(const Connection& connection) {
 void Panel::DrawPlayback(const Playback& playback) {
     const char* const colour = TextOf(kPlaybackColours, playback.outcome);
     const double left = X(playback.begin);
-    const double right = X(playback.end.value_or(m_wakeUp.end));
+    const double right =
+        X(playback.answered ? *playback.answered : playback.end.value_or(m_wakeUp.end));
     DrawLane({"Playback", Describe(playback), left, right + kRadius}, [&](double y) {
         m_lanes.Line(left, y, right, y, colour, R"(stroke-width="2" stroke-dasharray="2 4")");
         if (playback.end) {
@@ -323,31 +311,37 @@ void Panel::DrawLane(const Lane& lane, const std::function<void(double y)>& draw
     m_y += kLaneHeight + kLineHeight * lines;
 }
 
-std::string TitleOf(const std::vector<WakeUp>& wakeUps) {
-    const auto dateOf = [](const WakeUp& wakeUp) {
-        return wakeUp.when.substr(0, wakeUp.when.rfind(' '));
-    };
-    const std::string first = dateOf(wakeUps.front());
-    const std::string last = dateOf(wakeUps.back());
-    return "bt-autoconnect: " +
-           (wakeUps.size() == 1 ? "a wake-up" : std::to_string(wakeUps.size()) + " wake-ups") +
-           ", " + first + (first == last ? "" : " to " + last);
+// "2026-11-21", of a time of any form its first word.
+std::string DateOf(const WakeUp& wakeUp) {
+    return wakeUp.when.substr(0, wakeUp.when.find(' '));
 }
 
 }  // namespace
 
-std::string ToSvg(const std::vector<WakeUp>& wakeUps) {
+void TimelinePicture::Add(const WakeUp& wakeUp) {
+    m_firstDate = m_count == 0 ? DateOf(wakeUp) : m_firstDate;
+    ++m_count;
+    m_last.push_back(wakeUp);
+    if (m_last.size() > kMostPanels) {
+        m_last.pop_front();
+    }
+}
+
+std::string TimelinePicture::Draw() const {
     SvgWriter writer;
-    const std::string title = TitleOf(wakeUps);
-    const std::size_t shown = std::min(wakeUps.size(), kMostPanels);
+    const std::string lastDate = m_last.empty() ? "" : DateOf(m_last.back());
+    const std::string title =
+        "bt-autoconnect: " + (m_count == 1 ? "a wake-up" : std::to_string(m_count) + " wake-ups") +
+        ", " + m_firstDate + (m_firstDate == lastDate ? "" : " to " + lastDate);
     writer.Text(kMargin, kMargin + 18, "title", title);
     writer.Text(kWidth - kMargin, kMargin + 18, "faint",
-                shown < wakeUps.size() ? "the last " + std::to_string(shown) + " are shown"
-                                       : "seconds from the wake-up's signal",
+                m_last.size() < m_count ? "the last " + std::to_string(m_last.size()) + " are shown"
+                                        : "seconds from the wake-up's signal",
                 Anchor::kEnd);
     double y = kMargin + kTitleHeight;
-    for (std::size_t i = wakeUps.size() - shown; i < wakeUps.size(); ++i) {
-        y = Panel(wakeUps[i], i + 1, y, writer).Bottom() + kMargin;
+    std::size_t number = m_count - m_last.size();
+    for (const WakeUp& wakeUp : m_last) {
+        y = Panel(wakeUp, ++number, y, writer).Bottom() + kMargin;
     }
     return writer.Document(kWidth, y, title);
 }

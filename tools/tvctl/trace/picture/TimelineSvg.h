@@ -2,15 +2,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <string>
-#include <vector>
 
 #include "tools/tvctl/trace/WakeUp.h"
 
 namespace Tvctl {
 
-// The timelines, one at least, as an SVG picture, one panel below the other. Of very many wake-ups
-// it shows the last ones, and says so.
-[[nodiscard]] std::string ToSvg(const std::vector<WakeUp>& wakeUps);
+// The timelines as an SVG picture, one panel below the other. Of very many wake-ups it keeps and
+// shows the last ones, and says so.
+class TimelinePicture {
+public:
+    void Add(const WakeUp& wakeUp);
+    [[nodiscard]] std::string Draw() const;
+
+private:
+    static constexpr std::size_t kMostPanels = 50;
+
+    std::deque<WakeUp> m_last;
+    std::size_t m_count = 0;
+    std::string m_firstDate;
+};
 
 }  // namespace Tvctl
