@@ -4,6 +4,7 @@
 
 #include <glib.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -29,6 +30,18 @@ inline std::string CanonicalAddress(const char* text) {
         c = g_ascii_toupper(c);
     }
     return address;
+}
+
+using AddressBytes = std::array<std::uint8_t, 6>;
+
+// The six bytes of an address, the first group first; zeros when the text is not one.
+inline AddressBytes ParseAddressBytes(std::string_view text) {
+    AddressBytes bytes = {};
+    for (std::size_t i = 0; IsAddress(text) && i < bytes.size(); ++i) {
+        bytes[i] = static_cast<std::uint8_t>(g_ascii_xdigit_value(text[3 * i]) * 16 +
+                                             g_ascii_xdigit_value(text[3 * i + 1]));
+    }
+    return bytes;
 }
 
 // The text, in upper case, of the six bytes of an address; the first group comes first.

@@ -2,10 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
+
+#include "common/Address.h"
 
 // Advertising-data structures as a Bluetooth LE packet carries them: one byte of length, which
 // counts what follows, one byte of type, then the content (Bluetooth Core Specification, Vol 3,
@@ -31,6 +35,21 @@ constexpr std::size_t kMaxManufacturerContent = 255 - 1 - kManufacturerHeaderSiz
 constexpr std::size_t kPhoneDataSize = 15;
 constexpr std::size_t kPhoneAddressStart = 7;
 constexpr std::size_t kPhoneAddressSize = 6;
+// That address in upper case; empty when the content is too short to name a phone.
+inline std::string PhoneAddressIn(const std::uint8_t* content, std::size_t size) {
+    return size < kPhoneDataSize ? "" : FormatAddress(content + kPhoneAddressStart);
+}
+
+// A company identifier that no company has.
+constexpr std::uint16_t kNoCompany = 0xFFFF;
+
+// Such content for the phone with that address; its other bytes are 0.
+inline std::vector<std::uint8_t> MakePhoneContent(const std::string& address) {
+    std::vector<std::uint8_t> content(kPhoneDataSize, 0);
+    const AddressBytes bytes = ParseAddressBytes(address);
+    std::copy(bytes.begin(), bytes.end(), content.begin() + kPhoneAddressStart);
+    return content;
+}
 
 // The first manufacturer-specific structure that is complete within the `size` bytes at `packet`
 // (NULL when size is 0). A length of 0 ends the data early: the rest is padding.

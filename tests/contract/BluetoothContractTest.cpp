@@ -117,6 +117,25 @@ TEST_F(BluetoothContractTest, ResultsComeOnlyDuringTheScan) {
     }
 }
 
+// Dora's other advertisements of the same second, and those of a phone without a bond, say nothing.
+TEST_F(BluetoothContractTest, BondedPhoneThatIsRecognisedNamesItself) {
+    const std::string named = ":" + std::string(7, '\0') + "\x90" + std::string(4, '\0') + "\r";
+    m_world->TurnOn();
+    for (int scan = 0; scan < 2; ++scan) {
+        EXPECT_EQ(bt_adapter_le_start_scan(OnScan, &m_results), BT_ERROR_NONE);
+        EXPECT_TRUE(m_world->Await([&] { return m_world->Advertise({}); }));
+        if (!m_world->AdvertiseIdentity(kPhones[3])) {
+            return;
+        }
+        m_world->AdvertiseIdentity(kPhones[3]);
+        m_world->AdvertiseIdentity(kPhones[2]);
+        Expect(m_results, {"65535" + named + std::string(2, '\0')});
+        EXPECT_EQ(bt_adapter_le_stop_scan(), BT_ERROR_NONE);
+        EXPECT_TRUE(m_world->Await([&] { return !m_world->AdvertiseIdentity(kPhones[3]); }));
+        Expect(m_results, {});
+    }
+}
+
 // A structure of each length in a packet of each size, after another one or not.
 TEST_F(BluetoothContractTest, ParserTakesWhatLiesWholeInThePacket) {
     for (std::size_t i = 0; i < std::size_t{256} * 256; ++i) {

@@ -108,6 +108,9 @@ public:
     bool Advertise(const ManufacturerEntries& entries) override {
         return m_simulator->Advertise({"5E:00:00:00:00:01", true, true, -60, entries});
     }
+    bool AdvertiseIdentity(const Phone& phone) override {
+        return m_simulator->Advertise({phone.address, false, true, -60, {}});
+    }
     void SetConnected(const Phone& phone, bool connected) override {
         TvSim::Phone* simulated = m_simulator->FindPhone(phone.address);
         connected ? static_cast<void>(simulated->ConnectByItself()) : simulated->Disconnect();

@@ -56,6 +56,9 @@ public:
     [[nodiscard]] virtual bool AddAdapter() = 0;
     // Somebody advertises; false when no radio listens.
     virtual bool Advertise(const ManufacturerEntries& entries) = 0;
+    // The phone, without an application that names it, advertises; false where the platform cannot
+    // tell whose that is.
+    virtual bool AdvertiseIdentity(const Phone& phone) = 0;
     // The phone connects by itself, or leaves.
     virtual void SetConnected(const Phone& phone, bool connected) = 0;
 };

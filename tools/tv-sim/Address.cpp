@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/tv-sim/Address.h"
 
-#include <algorithm>
-
 #include "common/Address.h"
 
 namespace TvSim {
@@ -27,13 +25,6 @@ bool ParseBytes(const std::string& hexadecimal, std::vector<unsigned char>& byte
         bytes.push_back(static_cast<unsigned char>(high * 16 + low));
     }
     return true;
-}
-
-std::vector<unsigned char> AddressBytes(const std::string& address) {
-    std::string digits = address;
-    digits.erase(std::remove(digits.begin(), digits.end(), ':'), digits.end());
-    std::vector<unsigned char> bytes;
-    return ParseBytes(digits, bytes) ? bytes : std::vector<unsigned char>(6, 0);
 }
 
 std::uint64_t Mix(std::uint64_t seed) {

@@ -14,8 +14,6 @@ namespace TvSim {
 // Sets `address` to the text in upper case. False when the text is not six two-digit groups of
 // hexadecimal digits with colons between them.
 [[nodiscard]] bool ParseAddress(const std::string& text, std::string& address);
-// The six bytes of a valid address, the first group first.
-[[nodiscard]] std::vector<unsigned char> AddressBytes(const std::string& address);
 // A resolvable private address, as phones use them, that only `seed` decides.
 [[nodiscard]] std::string PrivateAddress(std::uint64_t seed);
 // A number with all bits mixed, the same for the same seed on every machine.

@@ -148,8 +148,9 @@ void Phone::Advertise() {
     if (m_sent == 0) {
         Say("advertises from " + m_plan.advertiseFrom);
     }
-    const bool randomAddress = m_plan.advertiseFrom != m_plan.address;
-    m_adapter.Hear({m_plan.advertiseFrom, randomAddress, m_plan.connectable, -55 - m_sent % 3,
+    const bool isResolved = !m_plan.hasApplication && m_plan.bonded;
+    const std::string& from = isResolved ? m_plan.address : m_plan.advertiseFrom;
+    m_adapter.Hear({from, from != m_plan.address, m_plan.connectable, -55 - m_sent % 3,
                     m_plan.manufacturerData});
     if (++m_sent == m_plan.advertiseCount) {
         m_advertiseTimer.Cancel();

@@ -74,6 +74,9 @@ struct PhonePlan {
     std::string modalias = "usb:v1D6Bp0246d0542";
 
     bool advertises = true;
+    // The TV's, which sends the phone's address. Without it bluetoothd knows a bonded phone by the
+    // identity key that was exchanged when they were paired.
+    bool hasApplication = true;
     int advertiseAfterMs = 1000;  // after each start of a discovery
     int advertiseEveryMs = 200;
     int advertiseCount = 0;  // 0: until the discovery ends

@@ -7,6 +7,7 @@
 #include <map>
 #include <sstream>
 
+#include "common/AdvertisingData.h"
 #include "tools/tv-sim/Address.h"
 #include "tools/tv-sim/KeyReader.h"
 
@@ -14,8 +15,6 @@ namespace TvSim {
 namespace {
 
 constexpr int kHourMs = 3600 * 1000;
-// Reserved for tests; nobody's product sends it.
-constexpr std::uint16_t kTestCompany = 0xFFFF;
 
 // COMPANY:HEXBYTES, several separated by ';'.
 bool ParseManufacturerData(const std::string& text, ManufacturerData& data) {
@@ -82,7 +81,14 @@ void ReadFaults(KeyReader& keys, CallFaults& faults) {
 }
 
 void ReadAdvertising(KeyReader& keys, PhonePlan& phone) {
-    keys.Read("advertises", phone.advertises);
+    keys.Read("advertises", "true, false or identity", [&](const std::string& text) {
+        phone.advertises = text != "false";
+        phone.hasApplication = text != "identity";
+        if (!phone.hasApplication) {
+            phone.manufacturerData.clear();
+        }
+        return text == "true" || text == "false" || text == "identity";
+    });
     keys.Read("advertise-after-ms", phone.advertiseAfterMs, 0, kHourMs);
     keys.Read("advertise-every-ms", phone.advertiseEveryMs, 1, kHourMs);
     keys.Read("advertise-count", phone.advertiseCount, 0, 1000000);
@@ -343,15 +349,14 @@ PhonePlan MakePhone(const std::string& id, const std::string& address) {
     phone.id = id;
     phone.name = id;
     phone.address = address;
-    const std::vector<unsigned char> bytes = AddressBytes(address);
     std::uint64_t seed = 0;
-    for (const unsigned char byte : bytes) {
+    for (const std::uint8_t byte : ParseAddressBytes(address)) {
         seed = seed * 256 + byte;
     }
     phone.advertiseFrom = PrivateAddress(seed);
-    std::vector<unsigned char> data(16, 0);
-    std::copy(bytes.begin(), bytes.end(), data.begin() + 7);
-    phone.manufacturerData[kTestCompany] = data;
+    // One byte more than is needed.
+    phone.manufacturerData[kNoCompany] = MakePhoneContent(address);
+    phone.manufacturerData[kNoCompany].push_back(0);
     return phone;
 }
 

@@ -42,7 +42,9 @@ begin with '#'. Every section and key may be left out except a phone's address. 
   bonded=true
   class=0x5A020C
   modalias=usb:v1D6Bp0246d0542
-  advertises=true
+  advertises=true            identity: as a phone without the TV's application does, without
+                             manufacturer data and from a private address; bluetoothd reports a
+                             bonded one as the device that it is
   advertise-after-ms=1000    after each start of a discovery
   advertise-every-ms=200
   advertise-count=0          0: until the discovery ends

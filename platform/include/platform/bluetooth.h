@@ -159,7 +159,9 @@ typedef struct {
 
 /* Called for each advertisement heard while the scan runs; an advertisement with several
  * manufacturer entries is handed over as one result for each. What repeats within a scan, what is
- * too short to name a phone, and in a flood whatever names no bonded device, may be left out. With
+ * too short to name a phone, and in a flood whatever names no bonded device, may be left out. A
+ * bonded device that the platform recognises although it does not name itself may be handed over as
+ * if it did: manufacturer data of 15 bytes with its address at bytes 7 to 12. With
  * a `result` other than BT_ERROR_NONE `info` is NULL and the scan is over: its start failed after
  * the function returned, or the adapter or the Bluetooth service went away. Data remembered from
  * before the scan never come. */

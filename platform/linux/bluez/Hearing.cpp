@@ -7,6 +7,7 @@
 #include "common/Address.h"
 #include "common/AdvertisingData.h"
 #include "platform/linux/base/PlatformLog.h"
+#include "platform/linux/config/FeatureFile.h"
 
 namespace Bluez {
 
@@ -20,8 +21,13 @@ constexpr std::size_t kMostTaken = 4096;
 
 }  // namespace
 
+bool Hearing::TakesSightings() {
+    return Platform::FeatureFile::Instance().GetBool(kSightingsFeature).value_or(true);
+}
+
 void Hearing::Begin(const std::string& adapter) {
     m_adapter = adapter;
+    m_takesSightings = TakesSightings();
     m_room = {};
     m_taken.clear();
     m_isFloodTold = false;
@@ -30,6 +36,19 @@ void Hearing::Begin(const std::string& adapter) {
 std::vector<Hearing::Packet> Hearing::Take(const std::string& path, GVariant* manufacturerData) {
     Refill();
     std::vector<Packet> taken;
+    if (manufacturerData != nullptr) {
+        TakeEntries(path, manufacturerData, taken);
+    }
+    const Device* device = m_takesSightings ? m_mirror.FindDevice(path) : nullptr;
+    if (device != nullptr && device->HoldsBond() && IsBondedOnesTurn(device->address)) {
+        const std::vector<std::uint8_t> content = MakePhoneContent(device->address);
+        taken.push_back(MakeManufacturerPacket(kNoCompany, content.data(), content.size()));
+    }
+    return taken;
+}
+
+void Hearing::TakeEntries(const std::string& path, GVariant* manufacturerData,
+                          std::vector<Packet>& taken) {
     Packet tooShort;
     bool hasLong = false;
     GVariantIter iter;
@@ -49,7 +68,8 @@ std::vector<Hearing::Packet> Hearing::Take(const std::string& path, GVariant* ma
             tooShort = std::move(packet);
         } else if (!packet.empty()) {
             hasLong = true;
-            if (IsBondedOnesTurn(bytes) || HasRoom(path, packet, m_room.strangers)) {
+            if (IsBondedOnesTurn(PhoneAddressIn(bytes, size)) ||
+                HasRoom(path, packet, m_room.strangers)) {
                 taken.push_back(std::move(packet));
             }
         }
@@ -57,7 +77,6 @@ std::vector<Hearing::Packet> Hearing::Take(const std::string& path, GVariant* ma
     if (!hasLong && !tooShort.empty() && HasRoom(path, tooShort, m_room.tooShort)) {
         taken.push_back(std::move(tooShort));
     }
-    return taken;
 }
 
 void Hearing::Refill() {
@@ -74,9 +93,8 @@ void Hearing::Refill() {
     }
 }
 
-// Whether the content names a bonded device that was not heard within this second.
-bool Hearing::IsBondedOnesTurn(const std::uint8_t* content) {
-    return m_room.bonded.erase(FormatAddress(content + kPhoneAddressStart)) != 0;
+bool Hearing::IsBondedOnesTurn(const std::string& address) {
+    return m_room.bonded.erase(address) != 0;
 }
 
 bool Hearing::HasRoom(const std::string& path, const Packet& packet, int& room) {

@@ -19,6 +19,8 @@ namespace Bluez {
 // - of the others the same one of the same sender is, once in a scan, while the second has room;
 // - entries too short to name a phone have room of their own, and are one result for each packet,
 //   if it holds nothing else.
+// A bonded device that bluetoothd knows by its identity key need not name itself: a sighting of it
+// is handed over as an entry that names it.
 // Main loop only.
 class Hearing {
 public:
@@ -26,9 +28,14 @@ public:
 
     explicit Hearing(const Mirror& mirror) : m_mirror(mirror) {}
 
+    // The product feature that switches sightings off when it is false.
+    static constexpr const char* kSightingsFeature = "tv-platform/recognise_bonded_phones";
+    [[nodiscard]] static bool TakesSightings();
+
     // A scan on that adapter begins.
     void Begin(const std::string& adapter);
-    // What to hand over of an a{qv} that the device at `path` sent.
+    // What to hand over of an advertisement of the device at `path`. `manufacturerData` is its
+    // a{qv}, or NULL.
     std::vector<Packet> Take(const std::string& path, GVariant* manufacturerData);
 
 private:
@@ -41,12 +48,16 @@ private:
     };
 
     void Refill();
-    bool IsBondedOnesTurn(const std::uint8_t* content);
+    void TakeEntries(const std::string& path, GVariant* manufacturerData,
+                     std::vector<Packet>& taken);
+    // Whether that bonded device was not handed over within this second.
+    bool IsBondedOnesTurn(const std::string& address);
     // Takes a place of `room` for what was not handed over yet.
     bool HasRoom(const std::string& path, const Packet& packet, int& room);
 
     const Mirror& m_mirror;
     std::string m_adapter;
+    bool m_takesSightings = true;
     Room m_room;
     std::unordered_set<std::string> m_taken;  // sender and packet
     bool m_isFloodTold = false;

@@ -28,7 +28,7 @@ public:
     // A player was made or told something of itself.
     virtual void OnPlayerChanged(const std::string& /*path*/) {}
     // An advertisement of the device at `path` was received just now; `manufacturerData` is the
-    // a{qv} of company identifier to ay.
+    // a{qv} of company identifier to ay, NULL when bluetoothd told of none.
     virtual void OnAdvertisement(const std::string& /*path*/, GVariant* /*manufacturerData*/,
                                  int /*rssi*/) {}
 };

@@ -21,8 +21,15 @@ constexpr int kUnknownRssi = 127;
 constexpr int kFirstPatienceMs = 5000;
 constexpr int kLongestPatienceMs = 60000;
 
-bool HasRssi(GVariant* values) {
-    return GVariantPtr(g_variant_lookup_value(values, "RSSI", G_VARIANT_TYPE_INT16)) != nullptr;
+bool Has(GVariant* values, const char* name) {
+    return GVariantPtr(g_variant_lookup_value(values, name, nullptr)) != nullptr;
+}
+
+// Whether these changes of a device come from an advertisement. The values that a device keeps from
+// earlier ones are not told again.
+bool IsHeard(GVariant* values) {
+    return Has(values, "RSSI") || Has(values, "ManufacturerData") || Has(values, "ServiceData") ||
+           Has(values, "AdvertisingFlags");
 }
 
 }  // namespace
@@ -194,8 +201,7 @@ void Mirror::AddInterfaces(const std::string& path, GVariant* interfaces) {
     while (g_variant_iter_loop(&iter, "{&s@a{sv}}", &interface, &values)) {
         ApplyProperties(path, interface, values);
         // Without a signal strength the device was made for another reason than being heard.
-        const bool isHeard = Is(interface, kDeviceInterface) && HasRssi(values);
-        if (isHeard) {
+        if (Is(interface, kDeviceInterface) && Has(values, "RSSI")) {
             TellAdvertisement(path, values);
         }
     }
@@ -219,7 +225,7 @@ void Mirror::ChangeProperties(const std::string& path, GVariant* parameters) {
     g_variant_get(parameters, "(&s@a{sv}@as)", &interface, static_cast<GVariant**>(Out(values)),
                   static_cast<GVariant**>(Out(invalidated)));
     ApplyProperties(path, interface, values.get());
-    if (Is(interface, kDeviceInterface)) {
+    if (Is(interface, kDeviceInterface) && IsHeard(values.get())) {
         TellAdvertisement(path, values.get());
     }
 }
@@ -349,9 +355,6 @@ void Mirror::ApplyControl(const std::string& path, GVariant* values) {
 void Mirror::TellAdvertisement(const std::string& path, GVariant* values) {
     const GVariantPtr data(
         g_variant_lookup_value(values, "ManufacturerData", G_VARIANT_TYPE("a{qv}")));
-    if (!data) {
-        return;
-    }
     gint16 rssi = kUnknownRssi;
     g_variant_lookup(values, "RSSI", "n", &rssi);
     ForEachListener([&](Listener& listener) { listener.OnAdvertisement(path, data.get(), rssi); });
