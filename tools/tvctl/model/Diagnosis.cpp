@@ -97,7 +97,8 @@ void CheckAudio(const Examination& seen, std::vector<Finding>& findings) {
     findings.push_back(
         Check("something renders the music", seen.hasSink,
               seen.hasSink ? "an A2DP sink is registered" : "no A2DP sink is registered",
-              "start PipeWire, PulseAudio or bluez-alsa with Bluetooth"));
+              "start bluez-alsa, PipeWire or PulseAudio with Bluetooth; when nobody is logged in: "
+              "'Sound without a login' in operating.md"));
     // The service's own scan looks the same from here.
     findings.push_back(Check("no other program discovers devices", !seen.isDiscovering,
                              seen.isDiscovering
