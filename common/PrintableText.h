@@ -5,6 +5,8 @@
 #include <glib.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -22,13 +24,36 @@ inline bool IsControl(gunichar character) {
            g_unichar_iscntrl(character) != FALSE;
 }
 
+// How many bytes at the beginning of `text` are printable ASCII.
+inline std::size_t PlainPrefix(std::string_view text) {
+    constexpr std::uint64_t kEach = 0x0101010101010101U;
+    std::size_t size = 0;
+    for (std::uint64_t eight = 0; size + sizeof eight <= text.size(); size += sizeof eight) {
+        std::memcpy(&eight, text.data() + size, sizeof eight);
+        // The top bit of a byte is set in one of the three when it is below 0x20 or above 0x7E.
+        if ((((eight - kEach * 0x20) | (eight + kEach) | eight) & (kEach * 0x80)) != 0) {
+            break;
+        }
+    }
+    while (size < text.size() && text[size] >= 0x20 && text[size] < 0x7F) {
+        ++size;
+    }
+    return size;
+}
+
 // Appends `text`; each byte of a control that is not in `kept` (ASCII), and each byte that is not
 // UTF-8, becomes \xNN.
 inline void AppendPrintable(std::string& out, std::string_view text, std::string_view kept = "") {
     static constexpr char kDigits[] = "0123456789ABCDEF";
     const char* at = text.data();
     const char* const end = at + text.size();
-    while (at < end) {
+    for (;;) {
+        const std::size_t plain = PlainPrefix({at, static_cast<std::size_t>(end - at)});
+        out.append(at, plain);
+        at += plain;
+        if (at == end) {
+            return;
+        }
         const gunichar character = g_utf8_get_char_validated(at, end - at);
         const bool isInvalid = character >= 0x80000000U;
         const char* const next = isInvalid || character == 0 ? at + 1 : g_utf8_next_char(at);

@@ -3,50 +3,85 @@
 #include "platform/system_log.h"
 
 #include <glib.h>
+#include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/uio.h>
+#include <sys/un.h>
 #include <syslog.h>
 #include <unistd.h>
 
-// The journal would otherwise record this file as the place of every message.
-#define SD_JOURNAL_SUPPRESS_LOCATION
-#include <systemd/sd-journal.h>
-
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include "common/PrintableText.h"
+#include "platform/linux/base/Datagram.h"
+#include "platform/linux/base/LogLine.h"
 #include "platform/linux/base/PlatformLog.h"
 
 namespace {
 
-constexpr size_t kMaxMessageBytes = 16384;
+// Of most lines, with all their fields.
+constexpr size_t kUsualBytes = 512;
 
-// Everything here is trivially destructible: lines are written before main begins and after it
-// ended.
-struct LogTarget {
-    bool journal;
-    bool colour;
-};
+// 0 until it is read from the environment: the first line asks.
+std::atomic<int> theThreshold{0};
 
 bool EnvironmentIs(const char* name, const char* wanted) {
     return g_strcmp0(std::getenv(name), wanted) == 0;
 }
 
-LogTarget& Target() {
-    static LogTarget target{
-        g_log_writer_is_journald(STDERR_FILENO) != FALSE,
+int Threshold() {
+    if (theThreshold == 0) {
+        const char* const level = "TV_LOG_LEVEL";
+        const int read = EnvironmentIs(level, "info")    ? DLOG_INFO
+                         : EnvironmentIs(level, "warn")  ? DLOG_WARN
+                         : EnvironmentIs(level, "error") ? DLOG_ERROR
+                                                         : DLOG_DEBUG;
+        int unread = 0;
+        theThreshold.compare_exchange_strong(unread, read);
+    }
+    return theThreshold;
+}
+
+struct LogTarget {
+    std::string journal;  // path of the journal's socket; empty for standard error
+    bool colour;
+};
+
+// The two sockets of a journal are in one folder: "journal", or "journal.NAMESPACE".
+std::string JournalOfStandardError() {
+    sockaddr_un peer = {};
+    socklen_t size = sizeof peer;
+    if (getpeername(STDERR_FILENO, reinterpret_cast<sockaddr*>(&peer), &size) != 0 ||
+        peer.sun_family != AF_UNIX) {
+        return "";
+    }
+    const std::string path(peer.sun_path, strnlen(peer.sun_path, sizeof peer.sun_path));
+    const size_t slash = path.rfind('/');
+    return g_pattern_match_simple("*/journal*/stdout", path.c_str()) != FALSE
+               ? path.substr(0, slash) + "/socket"
+               : "";
+}
+
+// Never destroyed: lines are written before main begins and after it ended.
+const LogTarget& Target() {
+    static const LogTarget& target = *new LogTarget{
+        JournalOfStandardError(),
         EnvironmentIs("TV_LOG_COLOUR", "always") ||
             (!EnvironmentIs("TV_LOG_COLOUR", "never") && isatty(STDERR_FILENO) == 1),
     };
     return target;
+}
+
+char Digit(int number) {
+    return static_cast<char>('0' + number);
 }
 
 // The priority's letter, its terminal colour ("" is the terminal's own) and syslog's number.
@@ -71,38 +106,21 @@ PriorityStyle StyleOf(int priority) {
     }
 }
 
-std::string FormatMessage(const char* format, va_list arguments) {
-    // One byte more than is kept tells whether the cut is between two characters.
-    std::array<char, kMaxMessageBytes + 2> buffer;
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): started by the one caller
-    const int length = vsnprintf(buffer.data(), buffer.size(), format, arguments);
-    if (length < 0) {
-        return std::string("message that cannot be formatted: ") + format;
-    }
-    const auto total = static_cast<size_t>(length);
-    if (total <= kMaxMessageBytes) {
-        return {buffer.data(), total};
-    }
-    size_t kept = kMaxMessageBytes;
-    // A character is not cut in half; a run of continuation bytes longer than one is no UTF-8.
-    for (int step = 0; step < 3 && (static_cast<unsigned char>(buffer[kept]) & 0xC0) == 0x80;
-         ++step) {
-        --kept;
-    }
-    return std::string(buffer.data(), kept) + " [cut: " + std::to_string(total - kept) +
-           " more bytes]";
-}
-
+// "2026-11-21 07:00:01.000", of which all but the milliseconds are made once a second.
 void AppendTime(std::string& out) {
+    thread_local time_t second = -1;
+    thread_local std::array<char, 40> text;
     timeval now = {};
     gettimeofday(&now, nullptr);
-    tm local = {};
-    localtime_r(&now.tv_sec, &local);
-    std::array<char, 40> text;
-    const size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local);
-    std::snprintf(text.data() + length, text.size() - length, ".%03d",
-                  static_cast<int>(now.tv_usec / 1000));
+    if (now.tv_sec != second) {
+        tm local = {};
+        localtime_r(&now.tv_sec, &local);
+        std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S.", &local);
+        second = now.tv_sec;
+    }
     out += text.data();
+    const auto ms = static_cast<int>(now.tv_usec / 1000);
+    out += {Digit(ms / 100), Digit(ms / 10 % 10), Digit(ms % 10)};
 }
 
 // A log that nobody reads any more must not end the process, so the signal of a broken pipe is
@@ -128,6 +146,17 @@ public:
     }
     void SetRaised(bool raised) { m_raised = raised; }
 
+    // Whether the signal has an effect. The bus library has it ignored from its first connection
+    // on, and then this is not asked again.
+    static bool IsNeeded() {
+        static std::atomic<bool> isIgnored{false};
+        struct sigaction action = {};
+        if (!isIgnored && sigaction(SIGPIPE, nullptr, &action) == 0) {
+            isIgnored = action.sa_handler == SIG_IGN;
+        }
+        return !isIgnored;
+    }
+
 private:
     sigset_t m_pipe;
     sigset_t m_previous;
@@ -136,7 +165,10 @@ private:
 };
 
 bool WriteLine(const std::string& line) {
-    BrokenPipeGuard guard;
+    std::optional<BrokenPipeGuard> guard;
+    if (BrokenPipeGuard::IsNeeded()) {
+        guard.emplace();
+    }
     size_t written = 0;
     while (written < line.size()) {
         const ssize_t count = write(STDERR_FILENO, line.data() + written, line.size() - written);
@@ -144,7 +176,9 @@ bool WriteLine(const std::string& line) {
             continue;
         }
         if (count <= 0) {
-            guard.SetRaised(count < 0 && errno == EPIPE);
+            if (guard) {
+                guard->SetRaised(count < 0 && errno == EPIPE);
+            }
             return false;
         }
         written += static_cast<size_t>(count);
@@ -152,54 +186,80 @@ bool WriteLine(const std::string& line) {
     return true;
 }
 
-bool SendToJournal(int priority, const char* tag, const std::string& message) {
-    const std::string priorityField =
-        "PRIORITY=" + std::to_string(StyleOf(priority).syslogPriority);
-    const std::string tagField = std::string("SYSLOG_IDENTIFIER=") + tag;
-    std::string messageField = "MESSAGE=";
-    AppendPrintable(messageField, message);
-    const auto field = [](const std::string& text) {
-        return iovec{const_cast<char*>(text.data()), text.size()};
-    };
-    const std::array<iovec, 3> fields = {field(priorityField), field(tagField),
-                                         field(messageField)};
-    return sd_journal_sendv(fields.data(), static_cast<int>(fields.size())) == 0;
+// In the journal's native protocol: a field a line, for none has a newline.
+void AppendEntry(std::string& out, int priority, const char* tag, const Platform::LogLine& line) {
+    out += "PRIORITY=";
+    out += Digit(StyleOf(priority).syslogPriority);
+    out += "\nSYSLOG_IDENTIFIER=";
+    AppendPrintable(out, tag);
+    out += '\n';
+    line.AppendFields(out);
+    out += "MESSAGE=";
+    line.AppendText(out);
+    out += '\n';
 }
 
-int Print(int priority, const char* tag, const std::string& message) {
-    const LogTarget& target = Target();
-    if (target.journal && SendToJournal(priority, tag, message)) {
-        return static_cast<int>(message.size());
-    }
+void AppendLine(std::string& out, int priority, const char* tag, const Platform::LogLine& line) {
     const PriorityStyle style = StyleOf(priority);
-    const bool colour = target.colour && *style.colour != '\0';
-    std::string line = colour ? style.colour : "";
-    AppendTime(line);
-    line += {' ', style.letter, ' '};
-    AppendPrintable(line, tag);
-    line += ": ";
-    AppendPrintable(line, message);
-    line += colour ? "\033[0m\n" : "\n";
-    return WriteLine(line) ? static_cast<int>(line.size()) : -1;
+    const bool colour = Target().colour && *style.colour != '\0';
+    out += colour ? style.colour : "";
+    AppendTime(out);
+    out += {' ', style.letter, ' '};
+    AppendPrintable(out, tag);
+    out += ": ";
+    line.AppendText(out);
+    out += colour ? "\033[0m\n" : "\n";
+}
+
+int Print(int priority, const char* tag, const Platform::LogLine& line) {
+    std::string out;
+    out.reserve(kUsualBytes);
+    const std::string& journal = Target().journal;
+    if (!journal.empty()) {
+        AppendEntry(out, priority, tag, line);
+        if (Platform::SendDatagram(journal, out)) {
+            return static_cast<int>(out.size());
+        }
+        out.clear();
+    }
+    AppendLine(out, priority, tag, line);
+    return WriteLine(out) ? static_cast<int>(out.size()) : -1;
 }
 
 }  // namespace
 
-int __dlog_print(log_id_t /*buffer*/, int priority, const char* tag, const char* format, ...) {
-    if (priority < Platform::LogThreshold()) {
+// Apart from its caller, with the arguments in the same places, and visible, or the compiler would
+// give it others: so a line that is dropped costs its caller ten instructions.
+namespace Platform {
+[[gnu::noinline]] int PrintIfWanted(log_id_t /*buffer*/, int priority, const char* tag,
+                                    const char* format, va_list arguments) {
+    if (priority < Threshold()) {
         return 0;
     }
     const int savedErrno = errno;
     int result = -1;
-    va_list arguments;
-    va_start(arguments, format);
     try {
-        result = Print(priority, tag != nullptr ? tag : "?",
-                       format != nullptr ? FormatMessage(format, arguments) : "");
+        const LogLine line(format != nullptr ? format : "", arguments);
+        result = Print(priority, tag != nullptr ? tag : "?", line);
     } catch (const std::exception&) {
         // Out of memory: the line is lost, the caller goes on.
     }
-    va_end(arguments);
     errno = savedErrno;
+    return result;
+}
+}  // namespace Platform
+
+void Platform::SetLogThreshold(int priority) noexcept {
+    theThreshold = priority;
+}
+
+int __dlog_print(log_id_t buffer, int priority, const char* tag, const char* format, ...) {
+    if (priority < theThreshold.load(std::memory_order_relaxed)) {
+        return 0;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    const int result = Platform::PrintIfWanted(buffer, priority, tag, format, arguments);
+    va_end(arguments);
     return result;
 }

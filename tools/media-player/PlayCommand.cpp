@@ -94,8 +94,11 @@ void PlayCommand::Play(const std::string& player) {
 }
 
 void PlayCommand::OnDeadline() {
-    const std::string phone = m_phone.empty() ? "" : " from " + m_phone;
-    PLAYER_ERROR("no music%s: %s", phone.c_str(), WhySilent().c_str());
+    if (m_phone.empty()) {
+        PLAYER_ERROR("no music: %s", WhySilent().c_str());
+    } else {
+        PLAYER_ERROR("no music from %s: %s", m_phone.c_str(), WhySilent().c_str());
+    }
     Finish();
 }
 

@@ -204,8 +204,8 @@ void ConfigFile::TellWatchers() {
     if (file.IsOpen()) {
         m_notificationFault.End();
     } else {
-        m_notificationFault.Begin(m_notificationPath + ": " + std::strerror(errno) +
-                                  "; other processes do not hear of changes");
+        m_notificationFault.Begin(PLATFORM_HERE, m_notificationPath + ": " + std::strerror(errno) +
+                                                     "; other processes do not hear of changes");
     }
 }
 
@@ -229,7 +229,7 @@ ConfigStatus ConfigFile::Fail(Access access, const std::string& reason) {
     const FaultLog& other = access == Access::kRead ? m_writeFault : m_readFault;
     // A fault that stops reading and writing alike is one fault.
     if (other.Reason() != reason) {
-        own.Begin(reason);
+        own.Begin(PLATFORM_HERE, reason);
     }
     return ConfigStatus::kFailed;
 }

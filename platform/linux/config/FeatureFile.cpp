@@ -164,7 +164,7 @@ FeatureFile::State FeatureFile::Load(const struct stat& status) {
 
 FeatureFile::State FeatureFile::Fail(const std::string& reason) {
     m_status = {};
-    m_fault.Begin(reason);
+    m_fault.Begin(PLATFORM_HERE, reason);
     return State::kUnusable;
 }
 
