@@ -2,11 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/base/MainLoop.h"
 
-#include <systemd/sd-daemon.h>
+#include <unistd.h>
 
-#include <cstdint>
+#include <cstdlib>
+#include <string>
 
+#include "common/Parse.h"
 #include "common/Source.h"
+#include "platform/linux/base/Datagram.h"
 #include "platform/linux/base/PlatformLog.h"
 
 namespace Platform {
@@ -19,13 +22,22 @@ namespace {
 constexpr char kMainLoopPath[] = "/com/velmora/tv/platform";
 constexpr char kMainLoopInterface[] = "com.velmora.tv.platform.MainLoop";
 
+std::string Variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+// Where the unit has a watchdog, the variables are those of sd_notify(3) and
+// sd_watchdog_enabled(3).
 Timer Beat() {
-    std::uint64_t intervalUs = 0;
-    if (sd_watchdog_enabled(0, &intervalUs) <= 0) {
+    const std::string socket = Variable("NOTIFY_SOCKET");
+    const std::string process = Variable("WATCHDOG_PID");
+    const int intervalUs = ParseInt(Variable("WATCHDOG_USEC")).value_or(0);
+    if (socket.empty() || intervalUs <= 0 ||
+        (!process.empty() && process != std::to_string(getpid()))) {
         return {};
     }
-    return Timer::Every(static_cast<int>(intervalUs / 2000 + 1),
-                        [] { sd_notify(0, "WATCHDOG=1"); });
+    return Timer::Every(intervalUs / 2000 + 1, [socket] { SendDatagram(socket, "WATCHDOG=1"); });
 }
 
 void OnBus(GObject* /*source*/, GAsyncResult* result, gpointer /*data*/) noexcept {
