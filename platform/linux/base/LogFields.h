@@ -25,9 +25,9 @@ struct LogEvent {
     std::string_view text;  // the line's printf format after its place, with only %s and %d
     // The field that each of its arguments is, in their order; "" for none.
     std::array<std::string_view, 2> fields = {};
-    std::string_view reason = "";    // REASON, where the text has none
-    std::string_view function = "";  // that logs it; "" for any
-    std::string_view first = "";     // what its first argument reads; "" for anything
+    std::string_view reason = {};    // REASON, where the text has none
+    std::string_view function = {};  // that logs it; "" for any
+    std::string_view first = {};     // what its first argument reads; "" for anything
 };
 
 // The first row that fits is a line's.
