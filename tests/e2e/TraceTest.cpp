@@ -125,6 +125,11 @@ TEST_F(Trace, TakesEveryFormOfTheLogAndWhateverElseIsInIt) {
     const char* const inBytes = R"({"__REALTIME_TIMESTAMP":"1","SYSLOG_IDENTIFIER":"TV_PLATFORM",)"
                                 R"("MESSAGE":[97,100,97,112,116,101,114,32,27,91,64,255]})";
     EXPECT_THAT(TimelineOf(own + inBytes), HasSubstr(" remark    adapter \uFFFD\n"));
+    const char* const inFields =
+        R"({"__REALTIME_TIMESTAMP":"1795244409000000","SYSLOG_IDENTIFIER":"BT_AUTO_CONNECT",)"
+        R"("MESSAGE":"A went","MESSAGE_ID":"acf403dccfd4417db1181ec2611e5644","BT_RESULT":"0",)"
+        R"("BT_ADDRESS":"A","CODE_FILE":"BTAutoConnect.cpp","CODE_FUNC":"OnAudioSinkDisconnected"})";
+    EXPECT_THAT(TimelineOf(own + inFields), HasSubstr("   8.000  connect   A is lost\n"));
     const std::string noise = std::string(3 << 20, 'x') + "\n\x80" + std::string(9, '\0') + "\r\n";
     EXPECT_EQ(TimelineOf(noise + own), told + "not of the service, left out: 2 lines\n");
     const std::string start = own.substr(0, own.find("2026", 1));

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "common/PrintableText.h"
+#include "platform/linux/base/LogFields.h"
 #include "utility/JsonUtil.h"
 
 namespace Tvctl {
@@ -22,6 +23,10 @@ constexpr std::string_view kPlayerTag = "MEDIA_PLAYER";
 // In front of " I TAG: " in the service's own lines; 0 stands for a digit.
 constexpr std::string_view kTimeForm = "0000-00-00 00:00:00.000";
 constexpr std::size_t kTagBegin = kTimeForm.size() + 3;
+
+bool IsOfService(std::string_view tag) {
+    return std::find(std::begin(kTags), std::end(kTags), tag) != std::end(kTags);
+}
 
 // The layers above the platform write "FILE: FUNCTION(LINE) > MESSAGE".
 bool SplitMessage(std::string_view text, LogRecord& record) {
@@ -37,6 +42,35 @@ bool SplitMessage(std::string_view text, LogRecord& record) {
     return true;
 }
 
+// An event's line in the words that this version has for it, from the fields of an entry, whose own
+// text another version wrote. Empty where the entry is no event that is known, or the fields do not
+// hold all that the line does.
+std::string TextFromFields(const LineParser::FieldReader& field) {
+    const std::string id = field(Platform::kMessageIdField.data());
+    const auto* const event =
+        std::find_if(std::begin(Platform::kLogEvents), std::end(Platform::kLogEvents),
+                     [&id](const Platform::LogEvent& known) { return known.id == id; });
+    if (event == std::end(Platform::kLogEvents)) {
+        return "";
+    }
+    std::string text;
+    std::size_t argument = 0;
+    for (std::size_t i = 0; i < event->text.size(); ++i) {
+        if (event->text[i] != '%') {
+            text += event->text[i];
+            continue;
+        }
+        ++i;
+        const bool isKnown = argument < event->fields.size() && !event->fields[argument].empty();
+        if (!isKnown && (argument > 0 || event->first.empty())) {
+            return "";
+        }
+        text += isKnown ? field(event->fields[argument].data()) : std::string(event->first);
+        ++argument;
+    }
+    return text;
+}
+
 // False when `tag` is none of the service's, or the text is not as it should be with this tag.
 bool TakeMessage(std::string_view tag, std::string_view text, LogRecord& record) {
     if (tag == kPlatformTag || tag == kPlayerTag) {
@@ -45,8 +79,7 @@ bool TakeMessage(std::string_view tag, std::string_view text, LogRecord& record)
         record.message = text;
         return true;
     }
-    return std::find(std::begin(kTags), std::end(kTags), tag) != std::end(kTags) &&
-           SplitMessage(text, record);
+    return IsOfService(tag) && SplitMessage(text, record);
 }
 
 int Digits(std::string_view text, std::size_t begin, std::size_t count) {
@@ -141,9 +174,9 @@ bool LineParser::Parse(std::string_view line, LogRecord& record) {
 }
 
 bool LineParser::ParseEntry(const FieldReader& field, LogRecord& record) {
-    m_message = field("MESSAGE");
-    const std::string_view message = Clean(m_message);
-    if (TakeMessage(field("SYSLOG_IDENTIFIER"), message, record)) {
+    const std::string text = field("MESSAGE");
+    m_message = Clean(text);
+    if (TakeFields(field, record) || TakeMessage(field("SYSLOG_IDENTIFIER"), m_message, record)) {
         const std::string sent = field("_SOURCE_REALTIME_TIMESTAMP");
         record.timeUs = g_ascii_strtoll(
             (sent.empty() ? field("__REALTIME_TIMESTAMP") : sent).c_str(), nullptr, 10);
@@ -151,12 +184,29 @@ bool LineParser::ParseEntry(const FieldReader& field, LogRecord& record) {
         if (record.timeUs <= 0) {
             return false;
         }
-    } else if (!ParseOwnLine(message, record)) {
+    } else if (!ParseOwnLine(m_message, record)) {
         return false;
     }
     record.machine = m_machine = field("_MACHINE_ID");
     record.host = m_host = Clean(field("_HOSTNAME"));
     record.boot = m_boot = field("_BOOT_ID");
+    return true;
+}
+
+// The fields of an event, of which the platform's and the media player's have no place in a source.
+bool LineParser::TakeFields(const FieldReader& field, LogRecord& record) {
+    const std::string tag = field("SYSLOG_IDENTIFIER");
+    const std::string text = TextFromFields(field);
+    if (text.empty()) {
+        return false;
+    }
+    m_event = Clean(text);
+    if (!IsOfService(tag)) {
+        return TakeMessage(tag, m_event, record);
+    }
+    record.file = m_file = field("CODE_FILE");
+    record.function = m_function = field("CODE_FUNC");
+    record.message = m_event;
     return true;
 }
 
