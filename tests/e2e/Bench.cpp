@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <fstream>
 #include <iostream>
 #include <utility>
 
@@ -87,7 +88,11 @@ void Bench::KillSimulator() {
 void Bench::StartService() {
     m_serviceEnd.reset();
     m_service = Start("bt-autoconnect", {},
-                      {nullptr, [this](const std::string& line) { m_log.all.push_back(line); },
+                      {nullptr,
+                       [this](const std::string& line) {
+                           m_log.all.push_back(line);
+                           std::ofstream(LogFile(), std::ios::app) << line << "\n";
+                       },
                        [this](const std::string& how) { m_serviceEnd = how; }});
     // The two come in either order.
     const std::size_t start = m_log.read;

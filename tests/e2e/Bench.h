@@ -85,6 +85,8 @@ protected:
     }
     [[nodiscard]] GDBusConnection* Connection() const { return m_connection.get(); }
     [[nodiscard]] std::string Root() const { return m_bus.folder.Root(); }
+    // What the service has logged.
+    [[nodiscard]] std::string LogFile() const { return Root() + "/service.log"; }
 
     static constexpr const char* kAlice = "A0:11:22:33:44:01";
     static constexpr const char* kBen = "A0:11:22:33:44:02";

@@ -122,6 +122,9 @@ TEST_F(Trace, TakesEveryFormOfTheLogAndWhateverElseIsInIt) {
                   R"( | sed '1s/, /, 2026-/' >out)"),
               0);
     EXPECT_EQ(ReadFile(m_folder + "/out"), told);
+    EXPECT_EQ(Run("tvctl trace --follow - <log >out"), 0);
+    EXPECT_THAT(ReadFile(m_folder + "/out"), HasSubstr("   1.000  connect   A is tried\n"));
+    EXPECT_THAT(ReadFile(m_folder + "/out"), HasSubstr("\n=> A was connected; the log has no "));
     const char* const inBytes = R"({"__REALTIME_TIMESTAMP":"1","SYSLOG_IDENTIFIER":"TV_PLATFORM",)"
                                 R"("MESSAGE":[97,100,97,112,116,101,114,32,27,91,64,255]})";
     EXPECT_THAT(TimelineOf(own + inBytes), HasSubstr(" remark    adapter \uFFFD\n"));

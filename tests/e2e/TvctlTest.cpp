@@ -307,4 +307,18 @@ TEST_F(Box, IsWokenOnceMoreWhenItsAdapterComesBack) {
     EXPECT_GE(CountLog("Bluetooth is off: there is no adapter"), 1U);
 }
 
+TEST_F(Box, IsWokenAndItsAttemptWatched) {
+    const auto wake = [](const std::string& log) {
+        return std::vector<std::string>{"wake", "--wait", "--log", log};
+    };
+    StartAll();
+    const auto told = Tvctl(wake(LogFile()));
+    EXPECT_THAT(told, Contains(HasSubstr(std::string(kAlice) + " connected after ")));
+    EXPECT_EQ(told.back(), "there is music");
+    Tvctl({"power", "set", "ambient-mode", "0"});
+    EXPECT_THAT(TvctlFailure(wake(LogFile())),
+                HasSubstr("no music: the ambient picture does not show (mode 0)"));
+    EXPECT_THAT(TvctlFailure(wake("none")), HasSubstr("none: No such file or directory; with"));
+}
+
 }  // namespace

@@ -5,6 +5,7 @@
 #include "common/Source.h"
 #include "platform/linux/bluez/Inspection.h"
 #include "tools/tvctl/commands/Commands.h"
+#include "tools/tvctl/commands/WakeAttempt.h"
 #include "tools/tvctl/model/ServiceSignal.h"
 #include "utility/JsonUtil.h"
 
@@ -22,7 +23,8 @@ bool HasAdapter() {
 
 ExitCode SendWakeUp(Console& console) {
     const std::string failure = SendToService(kPrepareCommand, nullptr);
-    return failure.empty() ? console.Show(Util::Object({{"signal", kPrepareCommand}}))
+    return failure.empty() ? console.Show(Util::Object({{"signal", kPrepareCommand}}),
+                                          {"the service heard that the TV woke up"})
                            : console.Fail(failure);
 }
 
@@ -70,7 +72,25 @@ private:
     Timer m_end;
 };
 
+// Where the service's log is: this boot's journal, if no file is named.
+LogSource LogOf(const Arguments& arguments) {
+    LogSource source;
+    source.boot = "0";
+    source.pattern = arguments.Option("--pattern").value_or("");
+    if (const auto file = arguments.Option("--log")) {
+        source.kind = LogSource::Kind::kText;
+        source.path = *file;
+    }
+    return source;
+}
+
 ExitCode Wake(const Arguments& arguments, Console& console) {
+    if (arguments.Has("--wait") && !arguments.Has("--retry")) {
+        return WakeAndWait(LogOf(arguments), console);
+    }
+    if (arguments.Has("--wait") || arguments.Has("--log") || arguments.Has("--pattern")) {
+        return console.Misuse("--log and --pattern belong to --wait, which excludes --retry");
+    }
     if (!arguments.Has("--retry")) {
         return SendWakeUp(console);
     }
@@ -92,14 +112,18 @@ CommandGroup WakeCommands() {
         "wake",
         "tell the service that the TV woke up",
         {{"",
-          "[--retry SECONDS]",
+          "[--wait [--log FILE] [--pattern REGEX] | --retry SECONDS]",
           "Sends the signal that the TV sends when it wakes up",
           Wake,
           "The service then looks for a registered phone, connects it and makes it play.\n"
           "Fails if the service does not run or does not answer. With --retry the command runs\n"
           "for that time and sends the signal again whenever a Bluetooth adapter becomes ready,\n"
-          "which may be some seconds after a resume. It then fails if none is ready at the end.\n",
-          {{"--retry", "SECONDS", "1 to 600"}}}}};
+          "which may be some seconds after a resume. It then fails if none is ready at the end.\n"
+          "With --wait it shows what the service's log tells, and fails if no phone plays.\n",
+          {{"--wait", "", "show the attempt as it happens, until it is over"},
+           {"--log", "FILE", "the service's standard error, if it does not go to the journal"},
+           {"--pattern", "REGEX", "FILE is another logger's; see tvctl trace --help"},
+           {"--retry", "SECONDS", "1 to 600"}}}}};
 }
 
 }  // namespace Tvctl

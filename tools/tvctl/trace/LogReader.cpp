@@ -35,8 +35,8 @@ public:
             return;
         }
         Open();
-        if (source.onlyNew && m_failure.empty()) {
-            lseek(m_fd.Get(), 0, SEEK_END);  // fails for a pipe, of which everything is new
+        if (source.onlyNew && IsFile()) {
+            lseek(m_fd.Get(), 0, SEEK_END);
         }
     }
 
@@ -87,9 +87,10 @@ private:
 
     void Fail() { m_failure = m_source.path + ": " + std::strerror(errno); }
 
+    // Of which old is told from new, and which may grow after its end; standard input has an end.
     [[nodiscard]] bool IsFile() const {
         struct stat state = {};
-        return fstat(m_fd.Get(), &state) == 0 && S_ISREG(state.st_mode);
+        return m_source.path != "-" && fstat(m_fd.Get(), &state) == 0 && S_ISREG(state.st_mode);
     }
 
     [[nodiscard]] bool HasInput(int ms) const {
@@ -103,7 +104,7 @@ private:
         struct stat named = {};
         if (fstat(m_fd.Get(), &own) == 0 && lseek(m_fd.Get(), 0, SEEK_CUR) > own.st_size) {
             lseek(m_fd.Get(), 0, SEEK_SET);
-        } else if (m_source.path != "-" && stat(m_source.path.c_str(), &named) == 0 &&
+        } else if (stat(m_source.path.c_str(), &named) == 0 &&
                    (named.st_ino != own.st_ino || named.st_dev != own.st_dev)) {
             Open();
         }

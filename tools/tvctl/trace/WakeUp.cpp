@@ -269,7 +269,8 @@ std::string WakeUp::Reason() const {
         return "";
     }
     if (FindConnected(*this) != nullptr) {
-        return "connected" + AfterConnection(*this);
+        return playbacks.empty() ? "connected when the next wake-up had come"
+                                 : "connected" + AfterConnection(*this);
     }
     if (!refusals.empty()) {
         return refusals.back().text;
