@@ -27,7 +27,7 @@ using MarkupParserPtr = CPtr<GMarkupParseContext, g_markup_parse_context_free>;
 void CheckText(const std::vector<std::string>& lines) {
     std::ostringstream out;
     std::ostringstream err;
-    Tvctl::Console console(out, err, false);
+    Tvctl::Console console(out, err, {});
     for (const std::string& line : lines) {
         console.PrintLine(line);
     }
