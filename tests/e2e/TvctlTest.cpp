@@ -44,7 +44,7 @@ void Sql(const SqlitePtr& connection, const std::string& sql) {
 
 class Devices : public Bench {
 protected:
-    void SimulateDevices() {
+    void SimulateDevices(const std::string& keys = "") {
         std::ostringstream scenario("[phone Stranger]\naddress=A0:00:00:00:00:0A\nbonded=false\n",
                                     std::ios::ate);
         int number = 0;
@@ -52,7 +52,7 @@ protected:
             ++number;
             scenario << "[phone " << number << "]\naddress=" << kAddresses << number
                      << "\nname=" << device.name << "\n"
-                     << device.keys << "\n";
+                     << keys << device.keys << "\n";
         }
         StartSimulator(scenario.str());
     }
@@ -143,6 +143,23 @@ TEST_F(Doctor, NamesWhatIsMissingUntilNothingIs) {
     EXPECT_THAT(Tvctl({"doctor"}), testing::Each(testing::StartsWith("ok    ")));
     Tvctl({"power", "set", "wakeup-reason", "94"});
     EXPECT_THAT(TvctlFailure({"doctor"}), HasSubstr("FAIL  the wake-up reason lets phones"));
+}
+
+TEST_F(Devices, AreWatchedAndEachThatIsNotRecognisedHasItsReason) {
+    SetUpTv({"A0:00:00:00:00:0A", "A0:00:00:00:00:08", "A0:00:00:00:00:0B"});
+    Tvctl({"phone", "add", "--off", "A0:00:00:00:00:05"});
+    SimulateDevices("advertises=identity\nadvertise-after-ms=1\n");
+    const std::vector<std::string> watched = Tvctl({"phone", "watch", "--seconds", "1"});
+    EXPECT_THAT(watched, testing::IsSupersetOf(
+                             {HasSubstr("A0:00:00:00:00:08\tfrom A0:00:00:00:00:08\t-55 dBm"),
+                              HasSubstr("-55 dBm\tnot registered"),
+                              HasSubstr("00:0A\tnot bonded: bluetoothctl pair A0:00:00:00:00:0A"),
+                              HasSubstr("00:08\trecognised"), HasSubstr("00:0B\tnot bonded"),
+                              HasSubstr("00:05\tits setting is off")}));
+    Tvctl({"feature", "set", "tv-platform/recognise_bonded_phones", "false"});
+    EXPECT_THAT(TvctlFailure({"phone", "watch", "--seconds", "1"}),
+                testing::AllOf(HasSubstr("recognise_bonded_phones is false"),
+                               HasSubstr("no phone was heard that would be connected")));
 }
 
 class Box : public Devices {

@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
 #include "autoconnect/src/DbusInterface.h"
+#include "common/Parse.h"
 #include "platform/linux/bluez/Inspection.h"
 #include "tools/tvctl/commands/Commands.h"
 #include "tools/tvctl/model/PhoneRegistry.h"
+#include "tools/tvctl/model/PhoneWatch.h"
 #include "tools/tvctl/model/ServiceSignal.h"
 #include "utility/CommonUtil.h"
 #include "utility/JsonUtil.h"
@@ -13,6 +15,8 @@ namespace Tvctl {
 namespace {
 
 using Outcome = PhoneRegistry::Outcome;
+
+constexpr int kLongestWatchS = 600;
 
 ExitCode FailUnknown(const std::string& address, Console& console) {
     return console.Fail(address + " is not registered");
@@ -113,6 +117,57 @@ ExitCode SwitchOff(const Arguments& arguments, Console& console) {
     return SendSetting(arguments, false, console);
 }
 
+std::string LineOf(const Sighting& sighting) {
+    char text[80];
+    g_snprintf(text, sizeof(text), "%.1f s\t%s\tfrom %s\t%d dBm", sighting.atMs / 1000.0,
+               sighting.address.c_str(), sighting.sender.c_str(), sighting.rssi);
+    return text + std::string(sighting.isRegistered ? "" : "\tnot registered") +
+           (sighting.isBonded ? "" : "\tnot bonded");
+}
+
+Json::Value ToJson(const Sighting& sighting) {
+    return Util::Object({{"atMs", sighting.atMs},
+                         {"address", sighting.address},
+                         {"sender", sighting.sender},
+                         {"rssi", sighting.rssi},
+                         {"registered", sighting.isRegistered},
+                         {"bonded", sighting.isBonded}});
+}
+
+ExitCode ShowWatched(const PhoneWatch& watch, Console& console) {
+    Json::Value json(Json::arrayValue);
+    std::vector<std::string> lines;
+    bool isAnyFound = false;
+    for (const Phone& phone : watch.Phones()) {
+        const std::string reason = watch.WhyNot(phone);
+        isAnyFound |= reason.empty();
+        json.append(Util::Object(
+            {{"address", phone.address}, {"recognised", reason.empty()}, {"reason", reason}}));
+        lines.push_back(phone.address + "\t" + (reason.empty() ? "recognised" : reason));
+    }
+    lines.push_back(std::to_string(watch.OthersHeard()) + " advertisements of other devices");
+    console.Show(Util::Object({{"otherAdvertisements", watch.OthersHeard()}, {"phones", json}}),
+                 lines);
+    return isAnyFound ? kDone : console.Fail("no phone was heard that would be connected");
+}
+
+ExitCode Watch(const Arguments& arguments, Console& console) {
+    const auto seconds = ParseInt(arguments.Option("--seconds").value_or("5"));
+    if (!seconds || *seconds < 1 || *seconds > kLongestWatchS) {
+        return console.Misuse("--seconds needs a number, 1 to 600");
+    }
+    PhoneRegistry registry;
+    auto phones = registry.List();
+    if (!phones) {
+        return console.Fail(registry.Failure());
+    }
+    PhoneWatch watch(std::move(*phones));
+    const std::string failure = watch.Listen(*seconds, [&console](const Sighting& sighting) {
+        console.Show(ToJson(sighting), {LineOf(sighting)});
+    });
+    return failure.empty() ? ShowWatched(watch, console) : console.Fail(failure);
+}
+
 }  // namespace
 
 CommandGroup PhoneCommands() {
@@ -133,7 +188,16 @@ CommandGroup PhoneCommands() {
          {"list", "", "Lists the phones: address, setting, may switch the TV on, result, name",
           List, "A phone is connected when its setting is on and it may switch the TV on.\n"},
          {"on", "ADDRESS", "Switches a phone's automatic connection on", SwitchOn, viaService},
-         {"off", "ADDRESS", "Switches a phone's automatic connection off", SwitchOff, viaService}}};
+         {"off", "ADDRESS", "Switches a phone's automatic connection off", SwitchOff, viaService},
+         {"watch",
+          "[--seconds N]",
+          "Listens as the service does after a wake-up, and shows which phones it would recognise",
+          Watch,
+          "Shows each advertisement of a registered or bonded phone, and then of each registered\n"
+          "phone whether it was recognised, or why not. Nothing is connected. Fails if no phone\n"
+          "was heard that would be connected.\n",
+          {{"--seconds", "N",
+            "1 to 600; 5 when it is not given, as long as the service listens"}}}}};
 }
 
 }  // namespace Tvctl
