@@ -42,6 +42,7 @@ Adapter::Adapter(ObjectTree& tree, GDBusConnection* connection, AdapterPlan plan
       m_discovery(
           connection, m_plan.discoveryTakesMs, [this](const std::string& what) { SayOwn(what); },
           [this](bool running) { OnDiscovery(running); }),
+      m_advertising(connection, [this](const std::string& what) { SayOwn(what); }),
       m_devices(tree, Path(), m_plan.forgetsAfterMs,
                 [this](const std::string& address, MethodCall call) {
                     NeighbourAt(address).OnCall(address, std::move(call));
@@ -90,6 +91,9 @@ void Adapter::SetPresent(bool present) {
                         [this](MethodCall call) { OnCall(std::move(call)); },
                         [this](const std::string& property, GVariant* value, MethodCall& call) {
                             return OnSet(property, value, call);
+                        }});
+    m_tree.Add(Path(), {kAdvertisingInterface, {}, [this](MethodCall call) {
+                            m_advertising.OnCall(std::move(call));
                         }});
     SayOwn("appeared");
     TellNeighbours(&Neighbour::OnAdapterAppeared);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/tv-sim/Advertising.h"
 #include "tools/tv-sim/DeviceTable.h"
 #include "tools/tv-sim/Discovery.h"
 #include "tools/tv-sim/ObjectTree.h"
@@ -79,6 +80,7 @@ private:
     bool m_present = false;
     bool m_powered = false;
     Discovery m_discovery;
+    Advertising m_advertising;
     DeviceTable m_devices;
     std::vector<std::unique_ptr<Neighbour>> m_neighbours;
     Timer m_presenceTimer;

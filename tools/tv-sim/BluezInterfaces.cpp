@@ -44,6 +44,10 @@ constexpr char kXml[] = R"(<node>
   <property name='Modalias' type='s' access='read'/>
   <property name='Roles' type='as' access='read'/>
 </interface>
+<interface name='org.bluez.LEAdvertisingManager1'>
+  <method name='RegisterAdvertisement'><arg type='o' direction='in'/><arg type='a{sv}' direction='in'/></method>
+  <method name='UnregisterAdvertisement'><arg type='o' direction='in'/></method>
+</interface>
 <interface name='org.bluez.Device1'>
   <method name='Connect'/>
   <method name='Disconnect'/>

@@ -9,6 +9,7 @@
 namespace TvSim {
 
 constexpr char kAdapterInterface[] = "org.bluez.Adapter1";
+constexpr char kAdvertisingInterface[] = "org.bluez.LEAdvertisingManager1";
 constexpr char kDeviceInterface[] = "org.bluez.Device1";
 constexpr char kEndpointInterface[] = "org.bluez.MediaEndpoint1";
 constexpr char kTransportInterface[] = "org.bluez.MediaTransport1";
