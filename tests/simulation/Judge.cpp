@@ -22,9 +22,8 @@ constexpr int kPatienceMs = 2000;
 constexpr int kLongestRequestMs = 14500;
 // Before it: for the end of the one that runs (the bus is asked for 1 s), and for the scan's stop.
 constexpr int kLongestWaitMs = 7000;
-// From a success until the play command, and how much longer the bus and a locked store may take.
-constexpr int kPlayAfterMs = 3000;
-constexpr int kLongestLatencyMs = 2000;
+// StartMainLoop's trace.
+constexpr int kDepthAtRest = 1;
 
 // What stands in the manual's tables in backticks.
 std::set<std::string> ReadRows(const std::string& manual) {
@@ -54,7 +53,7 @@ std::string FirstWord(const std::string& text) {
 }  // namespace
 
 Judge::Judge(const std::string& manual, std::function<void(const std::string&)> onFault)
-    : m_onFault(std::move(onFault)), m_rows(ReadRows(manual)) {}
+    : attempt(m_phones, onFault), m_onFault(std::move(onFault)), m_rows(ReadRows(manual)) {}
 
 // Under its format or, when the beginning of the line is an argument, as the line reads.
 bool Judge::HasRow(const std::string& format, const std::string& line) const {
@@ -72,14 +71,11 @@ Judge::Handler Judge::FindHandler(int priority, const char* format, const std::s
         {"soundmirroring device list", &Judge::OnTextLine},
         {"%s enable auto on/off and bt auto connection", &Judge::OnQualifyLine},
         {"device : %s", &Judge::OnListedLine},
-        {"No found mobile. Try to connect mobiles in list sequentially", &Judge::OnWalkLine},
-        {"Try to connect device", &Judge::OnNextLine},
-        {"No more device to try connect", &Judge::OnEndLine},
+        {"%s : %s", &Judge::OnResultLine},
         {"Start LE scan : %s", &Judge::OnScanLine},
-        {"Stop Le Scan", &Judge::OnStopLine},
-        {"Found %s in list", &Judge::OnFoundLine},
         {"%s is not connected: %s", &Judge::OnReasonLine},
-        {"send play cmd to bmplayer", &Judge::OnPlayLine},
+        {"IN >> [%s(%d)]", &Judge::OnTraceBegins},
+        {"OUT << [%s(%d)]", &Judge::OnTraceEnds},
     };
     const std::string text = WithoutPlace(format);
     Expect(priority < DLOG_INFO || text.empty() || HasRow(text, WithoutPlace(line)),
@@ -96,6 +92,7 @@ void Judge::OnLog(int priority, const char* format, const std::function<std::str
     if (known->second != nullptr) {
         (this->*known->second)(WithoutPlace(text()));
     }
+    attempt.OnLog(priority, format, text);
 }
 
 void Judge::OnListLine(const std::string& /*line*/) {
@@ -119,38 +116,22 @@ void Judge::OnQualifyLine(const std::string& line) {
     m_phones.push_back(FirstWord(line));
 }
 
-void Judge::OnWalkLine(const std::string& /*line*/) {
-    m_position = 0;
-}
-
-void Judge::OnNextLine(const std::string& /*line*/) {
-    ++m_position;
-    m_isWalk = true;
-}
-
-void Judge::OnEndLine(const std::string& /*line*/) {
-    Expect(m_position >= m_phones.size(), "the list ended before its last phone");
-    m_position = 0;
+void Judge::OnResultLine(const std::string& line) {
+    m_result = line.substr(line.find(" : ") + 3);
 }
 
 void Judge::OnScanLine(const std::string& /*line*/) {
-    m_isScanWanted = true;
-    m_hasFound = false;
-    Expect(!m_phones.empty() && isStartAllowed(), "a scan that the TV's state forbids");
     const auto listed = listedPhones();
-    Expect(!listed || m_phones == *listed, "the list is not what the keys say");
+    Expect(!listed || m_phones == listed->phones, "the list is not what the keys say");
+    Expect(!listed || m_result == listed->masks, "the masks are not those of the list");
 }
 
-void Judge::OnStopLine(const std::string& /*line*/) {
-    m_isScanWanted = false;
-    m_stopMs = VirtualTime::NowMs();
+void Judge::OnTraceBegins(const std::string& /*line*/) {
+    ++m_depth;
 }
 
-void Judge::OnFoundLine(const std::string& line) {
-    const std::string address = line.substr(6, 17);
-    Expect(m_heard.count(address) != 0, address + " was found, but not heard");
-    m_isWalk = false;
-    m_hasFound = true;
+void Judge::OnTraceEnds(const std::string& /*line*/) {
+    --m_depth;
 }
 
 void Judge::OnReasonLine(const std::string& line) {
@@ -161,23 +142,15 @@ void Judge::OnReasonLine(const std::string& line) {
     Expect(request != m_requests.end(), "a second reason, or one without a request: " + line);
     if (request != m_requests.end()) {
         ++request->reasons;
+        request->isToCancel = m_open.count("ConnectProfile") != 0 &&
+                              line.find("no success within") != std::string::npos;
     }
-}
-
-void Judge::OnPlayLine(const std::string& /*line*/) {
-    Expect(!isPlaying(m_paths[m_connected]), m_connected + " is told to play while it plays");
-    m_told = m_connected;
 }
 
 void Judge::OnConnectAsked(const std::string& address) {
-    m_asked = address;
+    attempt.OnConnectAsked(address);
     const bool isListed = std::count(m_phones.begin(), m_phones.end(), address) != 0;
     Expect(isListed, address + " is asked for and not in the list");
-    if (std::exchange(m_isWalk, false)) {
-        Expect(
-            m_position >= 1 && m_position <= m_phones.size() && m_phones[m_position - 1] == address,
-            address + " is asked for, which is not the next phone of the list");
-    }
     m_waitsSinceMs = std::min(m_waitsSinceMs, VirtualTime::NowMs());
     m_requests.push_back({address, VirtualTime::NowMs()});
 }
@@ -194,25 +167,22 @@ void Judge::OnConnectionEvent(int result, bool connected, const std::string& add
     if (result == BT_ERROR_NONE && !connected) {
         return;
     }
+    // One that another request overtook ends as a disconnection.
+    if (connected) {
+        attempt.OnConnectionEvent(result, address);
+    }
     // The oldest one: a phone may be asked for again while its first request is being given up.
     const auto request =
         std::find_if(m_requests.begin(), m_requests.end(), [&](const Request& each) {
             return each.address == address && (each.reasons != 0) == (result != BT_ERROR_NONE);
         });
-    if (result == BT_ERROR_NONE && (request != m_requests.end() || address == m_asked)) {
-        // Also one that came by itself after its request had failed.
-        m_connected = address;
-        m_successMs.push_back(VirtualTime::NowMs());
-    }
-    if (result == BT_ERROR_NONE) {
-        m_asked.clear();
-    }
     if (request == m_requests.end()) {
         Expect(result == BT_ERROR_NONE, "a failure of " + address + " without request or reason");
         return;
     }
     Expect(VirtualTime::NowMs() - request->askedMs <= kLongestRequestMs,
            "the request for " + address + " took too long");
+    Expect(!request->isToCancel, "nobody told bluetoothd to give " + address + " up");
     m_requests.erase(request);
     if (m_requests.empty()) {
         m_waitsSinceMs = kNever;
@@ -222,6 +192,9 @@ void Judge::OnConnectionEvent(int result, bool connected, const std::string& add
 void Judge::OnCall(const MemoryBus::CallInfo& call) {
     if (call.method == "ConnectProfile") {
         CheckConnectCall(call);
+    }
+    for (Request& request : m_requests) {
+        request.isToCancel &= call.method != "Disconnect" || call.path != m_paths[request.address];
     }
     m_open.insert(call.method);
 }
@@ -245,8 +218,8 @@ void Judge::CheckConnectCall(const MemoryBus::CallInfo& call) {
                             0;
     // Who waits already when the scan stops once more does not wait longer, nor who overtakes it.
     const gint64 waitedMs =
-        VirtualTime::NowMs() - std::min(m_stopMs, std::exchange(m_waitsSinceMs, kNever));
-    Expect(m_isScanWanted || !isStopping || waitedMs >= kPatienceMs,
+        VirtualTime::NowMs() - std::min(attempt.StoppedMs(), std::exchange(m_waitsSinceMs, kNever));
+    Expect(attempt.IsScanning() || !isStopping || waitedMs >= kPatienceMs,
            "a connection request while the scan is being stopped");
 }
 
@@ -255,18 +228,12 @@ void Judge::OnCallOver(const MemoryBus::CallInfo& call) {
 }
 
 void Judge::OnPlay(const std::string& address) {
-    Expect(address == m_told, address + " is told to play, which was not asked for last");
-    const auto success = std::find_if(m_successMs.begin(), m_successMs.end(), [](gint64 successMs) {
-        const gint64 ms = VirtualTime::NowMs() - successMs;
-        return ms >= kPlayAfterMs && ms <= kPlayAfterMs + kLongestLatencyMs;
-    });
-    Expect(success != m_successMs.end(), address + " is told to play without a success, or twice");
-    if (success != m_successMs.end()) {
-        m_successMs.erase(m_successMs.begin(), std::next(success));
-    }
+    Expect(address == attempt.Told(), address + " is told to play, which was not asked for last");
 }
 
 void Judge::CheckRest() {
     Expect(m_requests.empty(), "a request without an event");
     Expect(m_open.empty(), "a call without an end");
+    Expect(m_depth == kDepthAtRest, "a traced function does not end, or was not entered");
+    attempt.CheckRest();
 }

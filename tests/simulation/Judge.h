@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/memory_bus/MemoryBus.h"
+#include "tests/simulation/AttemptRules.h"
 
 // Watches the service from outside, on the bus, at the platform's interface and in the log, and
 // says what it must not do. Main loop only.
@@ -19,17 +20,20 @@ public:
     // `manual` is the file that explains the log; `onFault` hears of each rule that is broken.
     Judge(const std::string& manual, std::function<void(const std::string&)> onFault);
 
+    // What follows from a wake-up.
+    AttemptRules attempt;
+
     // ---- what the world knows ----
     std::function<bool(const std::string& path)> isBonded;
-    // False when the keys say that no attempt may begin.
-    std::function<bool()> isStartAllowed;
-    // Whether the service must know by now that the phone plays.
-    std::function<bool(const std::string& path)> isPlaying;
-    // The phones that qualify, in order, as the keys say; nothing while the service may not know.
-    std::function<std::optional<std::vector<std::string>>()> listedPhones;
-    // A discovery begins; the radio in use heard that address in an advertisement.
-    void OnDiscovery() { m_heard.clear(); }
-    void OnHeard(const std::string& address) { m_heard.insert(address); }
+    // The phones that qualify, in order, as the keys say, and the text of their masks; nothing
+    // while the service may not know.
+    struct List {
+        std::vector<std::string> phones;
+        std::string masks;
+    };
+    std::function<std::optional<List>()> listedPhones;
+    // The object path at which the phone was tried last.
+    [[nodiscard]] std::string PathOf(const std::string& address) { return m_paths[address]; }
 
     // ---- what the service does ----
     // `format` is printf's and lives for ever; `text` makes the line.
@@ -43,8 +47,6 @@ public:
     // It tells the media player to make that phone play.
     void OnPlay(const std::string& address);
 
-    // Whether a phone was recognised in the last scan.
-    [[nodiscard]] bool HasFound() const { return m_hasFound; }
     // Nothing may be under way any more.
     void CheckRest();
 
@@ -54,6 +56,7 @@ private:
         gint64 askedMs;
         int reasons = 0;  // lines that say why it fails
         bool isSent = false;
+        bool isToCancel = false;  // bluetoothd is trying, and nobody waits for it any more
     };
     static constexpr gint64 kNever = G_MAXINT64;
     using Handler = void (Judge::*)(const std::string& line);
@@ -65,14 +68,11 @@ private:
     void OnTextLine(const std::string& line);
     void OnListLine(const std::string& line);
     void OnQualifyLine(const std::string& line);
-    void OnWalkLine(const std::string& line);
-    void OnNextLine(const std::string& line);
-    void OnEndLine(const std::string& line);
+    void OnResultLine(const std::string& line);
     void OnScanLine(const std::string& line);
-    void OnStopLine(const std::string& line);
-    void OnFoundLine(const std::string& line);
+    void OnTraceBegins(const std::string& line);
+    void OnTraceEnds(const std::string& line);
     void OnReasonLine(const std::string& line);
-    void OnPlayLine(const std::string& line);
     void CheckConnectCall(const MemoryBus::CallInfo& call);
     void Expect(bool condition, const std::string& fault) {
         if (!condition) {
@@ -84,19 +84,11 @@ private:
     std::set<std::string> m_rows;  // of the manual
     std::unordered_map<const char*, Handler> m_handlers;
     std::vector<Request> m_requests;             // those without an event
-    std::vector<gint64> m_successMs;             // of requests that no play command followed yet
-    std::string m_asked;                         // since the last success
-    std::string m_told;                          // to play
     std::map<std::string, std::string> m_paths;  // of those that were tried, by address
-    std::string m_connected;                     // the last phone whose request succeeded
-    std::set<std::string> m_heard;               // in this discovery
     std::multiset<std::string> m_open;           // methods without an answer
-    bool m_isScanWanted = false;
-    bool m_hasFound = false;
-    gint64 m_stopMs = 0;                // when the scan was to stop
-    gint64 m_waitsSinceMs = kNever;     // a request, for that
-    std::vector<std::string> m_phones;  // the service's list
+    gint64 m_waitsSinceMs = kNever;              // a request, for that
+    std::vector<std::string> m_phones;           // the service's list
     bool m_isListing = false;
-    std::size_t m_position = 0;  // in it
-    bool m_isWalk = false;       // the next request is for the phone before m_position
+    std::string m_result;  // the masks that it wrote
+    int m_depth = 0;       // of traced functions
 };

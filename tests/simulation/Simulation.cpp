@@ -122,7 +122,7 @@ void Simulation::WakeAtLast() {
 }
 
 void Simulation::OnOutcome() {
-    if (!m_world.HasMusic() || !m_judge.HasFound()) {
+    if (!m_world.HasMusic() || !m_judge.attempt.HasFound()) {
         m_onFault(m_world.HasMusic() ? "the phone was not recognised" : "no music");
     }
     Print("* the phones leave");

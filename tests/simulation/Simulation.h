@@ -42,6 +42,7 @@ public:
     // Seconds since the story or scenario began.
     [[nodiscard]] double Now() const;
     Judge& TheJudge() { return m_judge; }
+    World& TheWorld() { return m_world; }
     [[nodiscard]] const std::vector<Step>& TheStory() const { return m_story; }
     [[nodiscard]] int WakeUps() const { return m_wakeUps; }
     // Stories that are over.

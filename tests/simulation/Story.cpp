@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "autoconnect/ZemiAutoConnection/BTAutoConnect.h"
 #include "platform/bluetooth.h"
 #include "tests/simulation/Dice.h"
 
@@ -229,10 +230,10 @@ Happening Answer(Dice& dice) {
 
 Happening Tv(Dice& dice) {
     static const std::vector<std::pair<std::string, std::vector<int>>> kKeys = {
-        {"memory/platform/wakeup_reason", {1, 41, 94, 95, 0}},
-        {"memory/platform/ambient_mode", {0, 1, 2}},
-        {"memory/platform/ambient_type", {0, 1, 2, 3}},
-        {"memory/bluetooth_nirvoui/musictvfail", {0, 1}}};
+        {World::kReasonKey, {0, 1, 40, 41, 42, 93, 94, 95, 96}},
+        {World::kModeKey, {0, 1, 2}},
+        {World::kTypeKey, {0, 1, 2, 3, 4, 5}},
+        {World::kBlockKey, {0, 1, 2}}};
     if (dice.OneIn(5)) {
         const bool isRotating = dice.OneIn(2);
         return {isRotating ? "it is a rotating TV" : "it is not a rotating TV",
@@ -317,6 +318,15 @@ void AskPlatform(const char* address) {
     bt_audio_free_connected_info(connected);
 }
 
+// As no platform should call.
+void CallWithoutData() {
+    CBtAutoConnect::OnLeScanResult(BT_ERROR_NONE, nullptr, nullptr);
+    CBtAutoConnect::OnLEScanTimeout(nullptr);
+    CBtAutoConnect::OnWakeUptimer(nullptr);
+    MobileList::OnAutoOnOffMobileListVconfKeyChanged(nullptr, nullptr);
+    MobileList::OnSMDeviceListVconfKeyChanged(nullptr, nullptr);
+}
+
 // Another part of the service's process uses Bluetooth.
 Happening Other(Dice& dice) {
     const std::string address = World::AddressOf(dice.Below(World::kPhones));
@@ -328,6 +338,8 @@ Happening Other(Dice& dice) {
         {"the process resets Bluetooth", [](World&) { bt_adapter_reset(); }},
         {"the process makes the TV visible, or not",
          [mode](World&) { bt_adapter_set_visibility(mode, 60); }},
+        {"the platform calls back without data", [](World&) { CallWithoutData(); }},
+        {"no scan starts the next time", [](World& world) { world.SpoilScan(); }},
         {"the process asks about " + address, [address](World&) { AskPlatform(address.c_str()); }},
     });
 }

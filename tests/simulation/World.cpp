@@ -51,16 +51,11 @@ World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&
         m_judge.OnCallOver(call);
     };
     m_judge.isBonded = [this](const std::string& path) { return IsBonded(path); };
-    m_judge.isPlaying = [this](const std::string& path) { return IsPlaying(path); };
-    m_judge.isStartAllowed = [this] {
-        const auto is = [this](const char* key, const std::set<int>& good) {
-            return m_keys.count(key) == 0 || good.count(m_keys[key]) != 0;
-        };
-        return is("memory/platform/wakeup_reason", {0, 1}) &&
-               is("memory/platform/ambient_mode", {1}) &&
-               is("memory/platform/ambient_type", {1, 3}) &&
-               is("memory/bluetooth_nirvoui/musictvfail", {0}) && m_isRotating.value_or(true);
+    m_judge.attempt.isPlaying = [this](const std::string& address) {
+        return IsPlaying(m_judge.PathOf(address));
     };
+    m_judge.attempt.isAmbient = [this] { return IsAmbient(); };
+    m_judge.attempt.isWakeUpGood = [this] { return IsWakeUpGood(); };
     m_judge.listedPhones = [this] { return ListedPhones(); };
 }
 
@@ -102,15 +97,40 @@ bool World::IsBonded(const std::string& path) {
            VirtualTime::NowMs() - m_bondsChangedMs < kArrivedMs;
 }
 
-bool World::IsPlaying(const std::string& path) {
+std::optional<bool> World::IsPlaying(const std::string& path) {
+    static const std::set<std::string> kPlays = {"playing", "forward-seek", "reverse-seek"};
     const TvSim::PhonePlan* plan = PlanAt(path);
     const State state = plan == nullptr ? State() : m_states[plan->id];
-    return state.isTold && state.status == "playing" &&
-           VirtualTime::NowMs() - state.sinceMs >= kArrivedMs;
+    return state.isTold && VirtualTime::NowMs() - state.sinceMs >= kArrivedMs
+               ? std::optional<bool>(kPlays.count(state.status) != 0)
+               : std::nullopt;
+}
+
+std::optional<int> World::NumberOf(const char* key) const {
+    const auto written = m_keys.find(key);
+    return m_endStoreFault || written == m_keys.end() ? std::nullopt
+                                                      : std::optional<int>(written->second);
+}
+
+std::optional<bool> World::IsAmbient() const {
+    const std::optional<int> mode = NumberOf(kModeKey);
+    const std::optional<int> type = NumberOf(kTypeKey);
+    return mode && type ? std::optional<bool>(*mode == 1 && *type % 2 == 1) : std::nullopt;
+}
+
+std::optional<bool> World::IsWakeUpGood() const {
+    static const std::set<int> kBadReasons = {41, 94, 95};
+    const std::optional<int> reason = NumberOf(kReasonKey);
+    const std::optional<int> blocked = NumberOf(kBlockKey);
+    if (!reason || !blocked) {
+        return std::nullopt;
+    }
+    return m_isRotating.value_or(false) && kBadReasons.count(*reason) == 0 && *blocked != 1;
 }
 
 void World::Heal() {
     m_faults.clear();
+    m_isScanSpoilt = false;
     m_bus.SetLatency(0);
     EndStoreFault();
     m_scenario.adapter = {};
@@ -149,9 +169,10 @@ bool World::Load(const TvSim::Scenario& scenario) {
     for (const auto& [feature, value] : scenario.tv.features) {
         static_cast<void>(Platform::FeatureFile::Instance().Set(feature, value));
     }
-    SetKey("memory/platform/wakeup_reason", scenario.tv.wakeupReason);
-    SetKey("memory/platform/ambient_mode", scenario.tv.ambientMode);
-    SetKey("memory/platform/ambient_type", scenario.tv.ambientType);
+    SetKey(kReasonKey, scenario.tv.wakeupReason);
+    SetKey(kModeKey, scenario.tv.ambientMode);
+    SetKey(kTypeKey, scenario.tv.ambientType);
+    m_keys[kBlockKey] = 0;
     std::vector<std::pair<std::string, std::string>> settings;
     std::vector<std::string> phones;
     for (const TvSim::PhonePlan& phone : scenario.phones) {
@@ -170,11 +191,8 @@ bool World::Load(const TvSim::Scenario& scenario) {
 }
 
 void World::MakeKeys() {
-    for (const auto& [key, number] :
-         std::map<std::string, int>{{"memory/platform/wakeup_reason", 1},
-                                    {"memory/platform/ambient_mode", 1},
-                                    {"memory/platform/ambient_type", 3},
-                                    {"memory/bluetooth_nirvoui/musictvfail", 0}}) {
+    for (const auto& [key, number] : std::map<std::string, int>{
+             {kReasonKey, 1}, {kModeKey, 1}, {kTypeKey, 3}, {kBlockKey, 0}}) {
         if (m_keys.count(key) == 0 || m_keys[key] != number) {
             SetKey(key, number);
         }
@@ -277,7 +295,7 @@ void World::SpoilPhones(bool isOrder, const std::string& text) {
     m_isListCertain = false;
 }
 
-std::optional<std::vector<std::string>> World::ListedPhones() {
+std::optional<Judge::List> World::ListedPhones() {
     if (m_endStoreFault || !m_isListCertain || VirtualTime::NowMs() - m_listChangedMs < kNoticeMs) {
         return std::nullopt;
     }
@@ -287,6 +305,7 @@ std::optional<std::vector<std::string>> World::ListedPhones() {
             listed.push_back(AddressOf(phone));
         }
     }
+    const std::string masks = Joined(MaskedAll(listed), ",");
     std::size_t front = 0;
     for (const int phone : m_order) {
         const auto found = std::find(listed.begin() + static_cast<std::ptrdiff_t>(front),
@@ -295,7 +314,7 @@ std::optional<std::vector<std::string>> World::ListedPhones() {
             std::swap(listed[front++], *found);
         }
     }
-    return listed;
+    return Judge::List{listed, masks};
 }
 
 void World::StartBluez() {
@@ -389,7 +408,7 @@ void World::Advertise(int phone, const std::string& from, bool elsewhere) {
                      g_variant_new("(s@a{sv}as)", "org.bluez.Device1", values, nullptr));
     } else if (m_simulator != nullptr &&
                m_simulator->Advertise({from, true, true, -60, plan.manufacturerData})) {
-        m_judge.OnHeard(plan.address);
+        m_judge.attempt.OnHeard(plan.address);
     }
 }
 
@@ -407,7 +426,7 @@ void World::OnEvent(const std::string& subject, const std::string& what) {
         onEvent(subject, what);
     }
     if (what.compare(0, 17, "discovery started") == 0) {
-        m_judge.OnDiscovery();
+        m_judge.attempt.OnDiscovery();
     }
     if (subject.compare(0, 6, "phone ") != 0) {
         return;
@@ -426,7 +445,7 @@ void World::OnEvent(const std::string& subject, const std::string& what) {
     } else if (what.compare(0, 10, "advertises") == 0) {
         for (const auto& [company, bytes] : m_scenario.FindPhone(id)->manufacturerData) {
             if (bytes.size() >= kDataSize) {
-                m_judge.OnHeard(FormatAddress(&bytes[kAddressStart]));
+                m_judge.attempt.OnHeard(FormatAddress(&bytes[kAddressStart]));
             }
         }
     }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "autoconnect/src/DbusInterface.h"
@@ -63,6 +64,17 @@ public:
     void LockKeys(int ms);
     void BreakKeys(int ms);
 
+    // What the service asks after each wake-up.
+    static constexpr char kReasonKey[] = "memory/platform/wakeup_reason";
+    static constexpr char kModeKey[] = "memory/platform/ambient_mode";
+    static constexpr char kTypeKey[] = "memory/platform/ambient_type";
+    static constexpr char kBlockKey[] = "memory/bluetooth_nirvoui/musictvfail";
+
+    // ---- the platform ----
+    // It refuses the next scan.
+    void SpoilScan() { m_isScanSpoilt = true; }
+    [[nodiscard]] bool TakeSpoiltScan() { return std::exchange(m_isScanSpoilt, false); }
+
     // ---- bluetoothd ----
     void StartBluez();
     void StopBluez() { m_simulator.reset(); }
@@ -115,12 +127,16 @@ private:
     [[nodiscard]] static TvSim::PhonePlan MakePlan(int phone);
     // Or may the service not know better yet.
     [[nodiscard]] bool IsBonded(const std::string& path);
-    [[nodiscard]] bool IsPlaying(const std::string& path);
+    // Nothing where the service may not know better yet.
+    [[nodiscard]] std::optional<bool> IsPlaying(const std::string& path);
+    [[nodiscard]] std::optional<int> NumberOf(const char* key) const;
+    [[nodiscard]] std::optional<bool> IsAmbient() const;
+    [[nodiscard]] std::optional<bool> IsWakeUpGood() const;
     // Of the phone with that object path; NULL when there is none.
     [[nodiscard]] const TvSim::PhonePlan* PlanAt(const std::string& path);
     void Play(const MemoryBus::CallInfo& call);
     void OnEvent(const std::string& subject, const std::string& what);
-    std::optional<std::vector<std::string>> ListedPhones();
+    std::optional<Judge::List> ListedPhones();
     Platform::ConfigFile& FileOf(const std::string& key);
     void Write(const std::string& key, const Platform::ConfigValue& value);
     void MakeKeys();
@@ -146,6 +162,7 @@ private:
     gint64 m_updatedMs = 0;
     bool m_isListCertain = true;            // the service read what is written
     std::map<TvSim::Which, int> m_numbers;  // of the adapters
+    bool m_isScanSpoilt = false;
     std::function<void()> m_endStoreFault;
     Timer m_storeFault;
 };

@@ -207,6 +207,15 @@ int __wrap_bt_audio_connect(const char* address, bt_audio_profile_type_e type) {
     return result;
 }
 
+int __real_bt_adapter_le_start_scan(bt_adapter_le_scan_result_cb callback, void* data);
+int __wrap_bt_adapter_le_start_scan(bt_adapter_le_scan_result_cb callback, void* data) {
+    const int result = theSimulation->TheWorld().TakeSpoiltScan()
+                           ? static_cast<int>(BT_ERROR_OPERATION_FAILED)
+                           : __real_bt_adapter_le_start_scan(callback, data);
+    theSimulation->TheJudge().attempt.OnScanAsked(result);
+    return result;
+}
+
 int __real_bt_audio_set_connection_state_changed_cb(bt_audio_connection_state_changed_cb callback,
                                                     void* data);
 int __wrap_bt_audio_set_connection_state_changed_cb(bt_audio_connection_state_changed_cb callback,

@@ -30,7 +30,6 @@ std::string WithoutBlanks(const std::string& text) {
     return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-constexpr char kWakeUp[] = "PrePareAndDoAutoConnect recieved";
 constexpr char kInLog[] = "the service's log";
 constexpr char kInEvents[] = "the simulator's events";
 
@@ -121,17 +120,21 @@ std::string Verdict::Problem(bool timeIsOver) const {
 }
 
 void Verdict::CheckExactly(const std::string& line) {
-    const bool isOwn = Holds(line, " BT_AUTO_CONNECT: ") && !Holds(line, " D BT_AUTO_CONNECT: ");
-    m_isWoken |= isOwn && Holds(line, kWakeUp);
-    if (!m_expect.exactly || !isOwn || !m_isWoken || !m_spoiltBy.empty()) {
+    const std::size_t tag = line.find(" BT_AUTO_CONNECT: ");
+    const std::size_t place = line.find(" > ", tag);
+    if (!m_expect.exactly || !m_spoiltBy.empty() || place == std::string::npos ||
+        line[tag - 1] == 'D') {
         return;
     }
-    const std::string message = WithoutBlanks(line.substr(line.find(" > ") + 3));
-    if (m_said == m_expect.exactly->size()) {
-        m_spoiltBy = "'" + message + "' came in " + kInLog + ", expected: nothing more";
-    } else if (message != WithoutBlanks((*m_expect.exactly)[m_said++])) {
-        m_spoiltBy = "'" + message + "' came in " + kInLog + ", expected: '" +
-                     (*m_expect.exactly)[m_said - 1] + "'";
+    const std::string message = line.substr(tag - 1, 1) + line.substr(place + 2);
+    m_isWoken |= Holds(message, "PrePareAndDoAutoConnect recieved");
+    if (!m_isWoken) {
+        return;
+    }
+    const bool isMore = m_said == m_expect.exactly->size();
+    const std::string expected = isMore ? "nothing more" : (*m_expect.exactly)[m_said++];
+    if (isMore || WithoutBlanks(message) != WithoutBlanks(expected)) {
+        m_spoiltBy = "'" + message + "' came in " + kInLog + ", expected: '" + expected + "'";
     }
 }
 

@@ -106,8 +106,8 @@ Only the runner uses the rest.
   log=                       texts that must come in the service's log, in this order
   sim=                       texts that must come in the simulator's events, in this order
   exactly=                   the service's own messages, tag BT_AUTO_CONNECT, without debug, from the
-                             first wake-up on: these and no others. A message is what comes after
-                             " > " in its line
+                             first wake-up on: these and no others. Each with its priority, such
+                             as I +;W Turn On TV : 1 for the lines "I BT_AUTO_CONNECT: ... > +"
   never=                     texts that must come neither there nor in the simulator's events
   connected=                 the phone that is connected at the end; empty: none; left out: any
   playing=                   the phone that plays at the end, likewise
