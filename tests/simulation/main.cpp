@@ -119,6 +119,7 @@ void OnFault(const std::string& fault) {
                                       : "scenario " + theOptions.scenario->name;
     std::printf("%s, %d wake-ups, %.3f s into it: %s\n", where.c_str(), theSimulation->WakeUps(),
                 theSimulation->Now(), fault.c_str());
+    std::fflush(stdout);
     if (isStory && theOptions.story < 0) {
         TellStory(fault);
     }
