@@ -71,6 +71,10 @@ void AttemptRules::OnSignalLine(const std::string& line) {
     if (Holds(line, "PrePareAndDoAutoConnect")) {
         m_wakeUp.emplace();
         m_wakeUp->isGood = isWakeUpGood();
+        const std::optional<bool> ambient = isAmbient();
+        Expect(
+            !ambient || !m_wakeUp->isGood || isDoctorContent() == (*ambient && *m_wakeUp->isGood),
+            "the doctor says something else of the TV's state");
     }
 }
 

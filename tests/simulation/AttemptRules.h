@@ -28,6 +28,8 @@ public:
     std::function<std::optional<bool>()> isWakeUpGood;
     // Whether the ambient picture shows.
     std::function<std::optional<bool>()> isAmbient;
+    // Whether the doctor says that nothing is in the way.
+    std::function<bool()> isDoctorContent;
     // Whether the phone that was connected last plays.
     std::function<std::optional<bool>(const std::string& address)> isPlaying;
     // A discovery begins; the radio in use heard that address in an advertisement.

@@ -22,8 +22,6 @@ constexpr int kPatienceMs = 2000;
 constexpr int kLongestRequestMs = 14500;
 // Before it: for the end of the one that runs (the bus is asked for 1 s), and for the scan's stop.
 constexpr int kLongestWaitMs = 7000;
-// StartMainLoop's trace.
-constexpr int kDepthAtRest = 1;
 
 // What stands in the manual's tables in backticks.
 std::set<std::string> ReadRows(const std::string& manual) {
@@ -74,8 +72,6 @@ Judge::Handler Judge::FindHandler(int priority, const char* format, const std::s
         {"%s : %s", &Judge::OnResultLine},
         {"Start LE scan : %s", &Judge::OnScanLine},
         {"%s is not connected: %s", &Judge::OnReasonLine},
-        {"IN >> [%s(%d)]", &Judge::OnTraceBegins},
-        {"OUT << [%s(%d)]", &Judge::OnTraceEnds},
     };
     const std::string text = WithoutPlace(format);
     Expect(priority < DLOG_INFO || text.empty() || HasRow(text, WithoutPlace(line)),
@@ -124,14 +120,6 @@ void Judge::OnScanLine(const std::string& /*line*/) {
     const auto listed = listedPhones();
     Expect(!listed || m_phones == listed->phones, "the list is not what the keys say");
     Expect(!listed || m_result == listed->masks, "the masks are not those of the list");
-}
-
-void Judge::OnTraceBegins(const std::string& /*line*/) {
-    ++m_depth;
-}
-
-void Judge::OnTraceEnds(const std::string& /*line*/) {
-    --m_depth;
 }
 
 void Judge::OnReasonLine(const std::string& line) {
@@ -234,6 +222,5 @@ void Judge::OnPlay(const std::string& address) {
 void Judge::CheckRest() {
     Expect(m_requests.empty(), "a request without an event");
     Expect(m_open.empty(), "a call without an end");
-    Expect(m_depth == kDepthAtRest, "a traced function does not end, or was not entered");
     attempt.CheckRest();
 }

@@ -70,8 +70,6 @@ private:
     void OnQualifyLine(const std::string& line);
     void OnResultLine(const std::string& line);
     void OnScanLine(const std::string& line);
-    void OnTraceBegins(const std::string& line);
-    void OnTraceEnds(const std::string& line);
     void OnReasonLine(const std::string& line);
     void CheckConnectCall(const MemoryBus::CallInfo& call);
     void Expect(bool condition, const std::string& fault) {
@@ -90,5 +88,4 @@ private:
     std::vector<std::string> m_phones;           // the service's list
     bool m_isListing = false;
     std::string m_result;  // the masks that it wrote
-    int m_depth = 0;       // of traced functions
 };

@@ -5,6 +5,7 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "platform/system_log.h"
@@ -48,6 +49,11 @@ Simulation::~Simulation() {
     if (m_bus.PendingCalls() != 0 || m_bus.Objects() > 1 || m_bus.HasOwner(kServiceName)) {
         m_onFault("the service left something on the bus");
     }
+    // Nor does it listen to its keys any more.
+    m_isOver = true;
+    m_world.SpoilPhones(true, "over");
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
 }
 
 double Simulation::Now() const {
@@ -62,6 +68,9 @@ void Simulation::Print(const std::string& line) const {
 
 void Simulation::OnLog(int priority, const char* tag, const char* format,
                        const std::function<std::string()>& text) {
+    if (m_isOver && std::strcmp(tag, "BT_AUTO_CONNECT") == 0) {
+        m_onFault("the service goes on after its end");
+    }
     m_judge.OnLog(priority, format, text);
     if (m_course || (m_options.log && g_strstr_len(format, -1, "%p") == nullptr)) {
         const std::string line =

@@ -84,6 +84,7 @@ private:
     std::string m_result;
     int m_wakeUps = 0;
     bool m_isResting = false;
+    bool m_isOver = false;  // the service has ended
     std::size_t m_subscriptions = 0;
     std::size_t m_bytes = 0;
 };

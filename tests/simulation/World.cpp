@@ -18,6 +18,7 @@
 #include "platform/linux/config/FeatureFile.h"
 #include "tests/Phones.h"
 #include "tools/tvctl/model/ConfigText.h"
+#include "tools/tvctl/model/Diagnosis.h"
 
 namespace {
 
@@ -56,6 +57,7 @@ World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&
     };
     m_judge.attempt.isAmbient = [this] { return IsAmbient(); };
     m_judge.attempt.isWakeUpGood = [this] { return IsWakeUpGood(); };
+    m_judge.attempt.isDoctorContent = [this] { return IsDoctorContent(); };
     m_judge.listedPhones = [this] { return ListedPhones(); };
 }
 
@@ -126,6 +128,20 @@ std::optional<bool> World::IsWakeUpGood() const {
         return std::nullopt;
     }
     return m_isRotating.value_or(false) && kBadReasons.count(*reason) == 0 && *blocked != 1;
+}
+
+bool World::IsDoctorContent() const {
+    Tvctl::Examination seen;
+    seen.isServiceRunning = seen.isPlayerInstalled = seen.hasSink = true;
+    seen.isZemi = m_isRotating.value_or(false);
+    seen.wakeUpReason = NumberOf(kReasonKey).value_or(0);
+    seen.blocked = NumberOf(kBlockKey).value_or(0);
+    seen.ambientMode = NumberOf(kModeKey).value_or(0);
+    seen.ambientType = NumberOf(kTypeKey).value_or(0);
+    seen.phones = {{AddressOf(0), true, true, false}};
+    const std::vector<Tvctl::Finding> findings = Tvctl::Diagnose(seen);
+    return std::all_of(findings.begin(), findings.end(),
+                       [](const Tvctl::Finding& finding) { return finding.holds; });
 }
 
 void World::Heal() {
@@ -443,7 +459,11 @@ void World::OnEvent(const std::string& subject, const std::string& what) {
     } else if (what == "plays" || what.compare(0, 3, "is ") == 0) {
         state.status = what == "plays" ? "playing" : what.substr(3);
     } else if (what.compare(0, 10, "advertises") == 0) {
-        for (const auto& [company, bytes] : m_scenario.FindPhone(id)->manufacturerData) {
+        const TvSim::PhonePlan& plan = *m_scenario.FindPhone(id);
+        if (plan.bonded && (plan.advertiseFrom == plan.address || !plan.hasApplication)) {
+            m_judge.attempt.OnHeard(plan.address);
+        }
+        for (const auto& [company, bytes] : plan.manufacturerData) {
             if (bytes.size() >= kDataSize) {
                 m_judge.attempt.OnHeard(FormatAddress(&bytes[kAddressStart]));
             }

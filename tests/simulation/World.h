@@ -132,6 +132,8 @@ private:
     [[nodiscard]] std::optional<int> NumberOf(const char* key) const;
     [[nodiscard]] std::optional<bool> IsAmbient() const;
     [[nodiscard]] std::optional<bool> IsWakeUpGood() const;
+    // Whether the doctor finds nothing wrong with the TV.
+    [[nodiscard]] bool IsDoctorContent() const;
     // Of the phone with that object path; NULL when there is none.
     [[nodiscard]] const TvSim::PhonePlan* PlanAt(const std::string& path);
     void Play(const MemoryBus::CallInfo& call);

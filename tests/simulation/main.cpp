@@ -10,6 +10,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 
 #include "autoconnect/src/AutoConnectApp.h"
 #include "platform/bluetooth.h"
@@ -23,6 +24,8 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
+// The launcher of applications has a thread of its own.
+const std::thread::id kMainThread = std::this_thread::get_id();
 Simulation::Options theOptions;
 Simulation* theSimulation = nullptr;
 bt_audio_connection_state_changed_cb theListener = nullptr;
@@ -227,7 +230,7 @@ int __wrap_bt_audio_set_connection_state_changed_cb(bt_audio_connection_state_ch
 
 int __wrap___dlog_print(log_id_t /*buffer*/, int priority, const char* tag, const char* format,
                         ...) {
-    if (theSimulation == nullptr) {
+    if (theSimulation == nullptr || std::this_thread::get_id() != kMainThread) {
         return 0;
     }
     va_list arguments;
