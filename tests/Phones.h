@@ -35,11 +35,6 @@ inline std::string Joined(const std::vector<std::string>& texts, const std::stri
     return joined;
 }
 
-// What a phone sends to change its own setting.
-inline std::string Command(const std::string& address, const std::string& value) {
-    return R"({"btMac":")" + address + R"(","value":")" + value + R"("})";
-}
-
 // "[{"address":"...","value":"Y"},...]"; the other key's list has the shape of `Mirroring`.
 inline std::string Settings(const std::vector<std::pair<std::string, std::string>>& phones) {
     std::vector<std::string> elements;
