@@ -51,7 +51,7 @@ Simulation::~Simulation() {
     }
     // Nor does it listen to its keys any more.
     m_isOver = true;
-    m_world.SpoilPhones(true, "over");
+    m_world.tv.SpoilPhones(true, "over");
     while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
     }
 }
@@ -163,13 +163,13 @@ void Simulation::Act(const TvSim::TvEvent& event) {
     } else if (event.kind == Kind::kUpdate) {
         m_world.Update(event.text);
     } else if (event.kind == Kind::kUnset) {
-        m_world.UnsetKey(event.key);
+        m_world.tv.UnsetKey(event.key);
     } else if (event.kind == Kind::kSet) {
-        if (!m_world.TypeKey(event.key, event.text)) {
+        if (!m_world.tv.TypeKey(event.key, event.text)) {
             m_course->Fail("'" + event.text + "' is not of the type of " + event.key);
         }
-    } else if (m_world.KeyText(event.key) != event.text) {
-        m_course->Fail(event.key + " holds '" + m_world.KeyText(event.key) + "', expected: '" +
+    } else if (m_world.tv.KeyText(event.key) != event.text) {
+        m_course->Fail(event.key + " holds '" + m_world.tv.KeyText(event.key) + "', expected: '" +
                        event.text + "'");
     }
 }

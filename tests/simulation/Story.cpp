@@ -230,36 +230,36 @@ Happening Answer(Dice& dice) {
 
 Happening Tv(Dice& dice) {
     static const std::vector<std::pair<std::string, std::vector<int>>> kKeys = {
-        {World::kReasonKey, {0, 1, 40, 41, 42, 93, 94, 95, 96}},
-        {World::kModeKey, {0, 1, 2}},
-        {World::kTypeKey, {0, 1, 2, 3, 4, 5}},
-        {World::kBlockKey, {0, 1, 2}}};
+        {TvState::kReasonKey, {0, 1, 40, 41, 42, 93, 94, 95, 96}},
+        {TvState::kModeKey, {0, 1, 2}},
+        {TvState::kTypeKey, {0, 1, 2, 3, 4, 5}},
+        {TvState::kBlockKey, {0, 1, 2}}};
     if (dice.OneIn(5)) {
         const bool isRotating = dice.OneIn(2);
         return {isRotating ? "it is a rotating TV" : "it is not a rotating TV",
-                [isRotating](World& world) { world.SetRotating(isRotating); }};
+                [isRotating](World& world) { world.tv.SetRotating(isRotating); }};
     }
     const auto& [key, values] = dice.Pick(kKeys);
     const int value = dice.Pick(values);
     return {key + " is " + std::to_string(value),
-            [key = key, value](World& world) { world.SetKey(key, value); }};
+            [key = key, value](World& world) { world.tv.SetKey(key, value); }};
 }
 
 Happening Phones(Dice& dice) {
     std::vector<bool> isOn;
     std::string text;
-    for (int phone = 0; phone < World::kListedPhones; ++phone) {
+    for (int phone = 0; phone < TvState::kPhones; ++phone) {
         isOn.push_back(!dice.OneIn(3));
         text += isOn.back() ? " " + World::IdOf(phone) : "";
     }
     std::vector<int> order;
-    for (int i = dice.Below(World::kListedPhones + 1); i > 0; --i) {
-        order.push_back(dice.Below(World::kListedPhones));
+    for (int i = dice.Below(TvState::kPhones + 1); i > 0; --i) {
+        order.push_back(dice.Below(TvState::kPhones));
         text += (order.size() == 1 ? ", first " : " ") + World::IdOf(order.back());
     }
     const bool isMaskOff = dice.OneIn(2);
     return {"the phones that are on:" + text + (isMaskOff ? "; the others have no mask" : ""),
-            [=](World& world) { world.SetPhones(isOn, isMaskOff, order); }};
+            [=](World& world) { world.tv.SetPhones(isOn, isMaskOff, order); }};
 }
 
 Happening Keys(Dice& dice) {
@@ -270,9 +270,9 @@ Happening Keys(Dice& dice) {
     const bool isOrder = dice.OneIn(2);
     return dice.Pick(Happenings{
         {std::string(isOrder ? "the order" : "the list") + " of the phones is '" + text + "'",
-         [=](World& world) { world.SpoilPhones(isOrder, text); }},
-        {"the keys are locked for " + Ms(ms), [ms](World& world) { world.LockKeys(ms); }},
-        {"the keys are broken for " + Ms(ms), [ms](World& world) { world.BreakKeys(ms); }},
+         [=](World& world) { world.tv.SpoilPhones(isOrder, text); }},
+        {"the keys are locked for " + Ms(ms), [ms](World& world) { world.tv.LockKeys(ms); }},
+        {"the keys are broken for " + Ms(ms), [ms](World& world) { world.tv.BreakKeys(ms); }},
     });
 }
 
@@ -329,7 +329,7 @@ void CallWithoutData() {
 
 // Another part of the service's process uses Bluetooth.
 Happening Other(Dice& dice) {
-    const std::string address = World::AddressOf(dice.Below(World::kPhones));
+    const std::string address = TvState::AddressOf(dice.Below(World::kPhones));
     const auto mode = dice.OneIn(2) ? BT_ADAPTER_VISIBILITY_MODE_GENERAL_DISCOVERABLE
                                     : BT_ADAPTER_VISIBILITY_MODE_NON_DISCOVERABLE;
     return dice.Pick(Happenings{

@@ -2,27 +2,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/simulation/World.h"
 
-#include <sqlite3.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <utility>
 
 #include "autoconnect/ZemiAutoConnection/Conditions.h"
 #include "common/Address.h"
 #include "platform/linux/application/ApplicationBus.h"
-#include "platform/linux/base/RootPath.h"
 #include "platform/linux/bluez/Path.h"
-#include "platform/linux/config/FeatureFile.h"
-#include "tests/Phones.h"
-#include "tools/tvctl/model/ConfigText.h"
-#include "tools/tvctl/model/Diagnosis.h"
+#include "tests/memory_bus/VirtualTime.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // A status that was told so long ago has arrived, whatever the bus does.
 constexpr int kArrivedMs = 1000;
@@ -31,21 +21,11 @@ constexpr int kAdvertiseEveryMs = 1000;
 // What a phone advertises, and where its address is in it.
 constexpr std::size_t kDataSize = 15;
 constexpr std::size_t kAddressStart = 7;
-// What another program wrote so long ago was noticed.
-constexpr int kNoticeMs = 100;
 
 }  // namespace
 
 World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&)> say)
-    : m_bus(bus),
-      m_judge(judge),
-      m_say(std::move(say)),
-      m_durable(Platform::StateFolder(), Platform::ConfigFile::Kind::kDurable),
-      m_volatile(Platform::RunFolder(), Platform::ConfigFile::Kind::kVolatile) {
-    for (const std::string& folder :
-         {Platform::SettingsFolder(), Platform::StateFolder(), Platform::RunFolder()}) {
-        fs::create_directories(folder);
-    }
+    : m_bus(bus), m_judge(judge), m_say(std::move(say)) {
     m_bus.treat = [this](const MemoryBus::CallInfo& call) { return TreatCall(call); };
     m_bus.onCallOver = [this](const MemoryBus::CallInfo& call) {
         Say("< ", call);
@@ -55,10 +35,10 @@ World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&
     m_judge.attempt.isPlaying = [this](const std::string& address) {
         return IsPlaying(m_judge.PathOf(address));
     };
-    m_judge.attempt.isAmbient = [this] { return IsAmbient(); };
-    m_judge.attempt.isWakeUpGood = [this] { return IsWakeUpGood(); };
-    m_judge.attempt.isDoctorContent = [this] { return IsDoctorContent(); };
-    m_judge.listedPhones = [this] { return ListedPhones(); };
+    m_judge.attempt.isAmbient = [this] { return tv.IsAmbient(); };
+    m_judge.attempt.isWakeUpGood = [this] { return tv.IsWakeUpGood(); };
+    m_judge.attempt.isDoctorContent = [this] { return tv.IsDoctorContent(); };
+    m_judge.listedPhones = [this] { return tv.ListedPhones(); };
 }
 
 World::~World() {
@@ -66,21 +46,15 @@ World::~World() {
     m_bus.onCallOver = nullptr;
 }
 
-const std::string& World::AddressOf(int phone) {
-    static const std::string kAddresses[] = {"A0:11:22:33:44:01", "A0:11:22:33:44:02",
-                                             "A0:11:22:33:44:03"};
-    return kAddresses[phone % kListedPhones];
-}
-
 std::string World::IdOf(int phone) {
     return std::string(1, static_cast<char>('A' + phone));
 }
 
 TvSim::PhonePlan World::MakePlan(int phone) {
-    TvSim::PhonePlan plan = TvSim::MakePhone(IdOf(phone), AddressOf(phone));
+    TvSim::PhonePlan plan = TvSim::MakePhone(IdOf(phone), TvState::AddressOf(phone));
     plan.advertiseEveryMs = kAdvertiseEveryMs;
     plan.advertiseFrom = plan.address;
-    plan.adapter = phone < kListedPhones ? TvSim::Which::kFirst : TvSim::Which::kSecond;
+    plan.adapter = phone < TvState::kPhones ? TvSim::Which::kFirst : TvSim::Which::kSecond;
     return plan;
 }
 
@@ -108,47 +82,10 @@ std::optional<bool> World::IsPlaying(const std::string& path) {
                : std::nullopt;
 }
 
-std::optional<int> World::NumberOf(const char* key) const {
-    const auto written = m_keys.find(key);
-    return m_endStoreFault || written == m_keys.end() ? std::nullopt
-                                                      : std::optional<int>(written->second);
-}
-
-std::optional<bool> World::IsAmbient() const {
-    const std::optional<int> mode = NumberOf(kModeKey);
-    const std::optional<int> type = NumberOf(kTypeKey);
-    return mode && type ? std::optional<bool>(*mode == 1 && *type % 2 == 1) : std::nullopt;
-}
-
-std::optional<bool> World::IsWakeUpGood() const {
-    static const std::set<int> kBadReasons = {41, 94, 95};
-    const std::optional<int> reason = NumberOf(kReasonKey);
-    const std::optional<int> blocked = NumberOf(kBlockKey);
-    if (!reason || !blocked) {
-        return std::nullopt;
-    }
-    return m_isRotating.value_or(false) && kBadReasons.count(*reason) == 0 && *blocked != 1;
-}
-
-bool World::IsDoctorContent() const {
-    Tvctl::Examination seen;
-    seen.isServiceRunning = seen.isPlayerInstalled = seen.hasSink = true;
-    seen.isZemi = m_isRotating.value_or(false);
-    seen.wakeUpReason = NumberOf(kReasonKey).value_or(0);
-    seen.blocked = NumberOf(kBlockKey).value_or(0);
-    seen.ambientMode = NumberOf(kModeKey).value_or(0);
-    seen.ambientType = NumberOf(kTypeKey).value_or(0);
-    seen.phones = {{AddressOf(0), true, true, false}};
-    const std::vector<Tvctl::Finding> findings = Tvctl::Diagnose(seen);
-    return std::all_of(findings.begin(), findings.end(),
-                       [](const Tvctl::Finding& finding) { return finding.holds; });
-}
-
 void World::Heal() {
     m_faults.clear();
     m_isScanSpoilt = false;
     m_bus.SetLatency(0);
-    EndStoreFault();
     m_scenario.adapter = {};
     m_scenario.secondAdapter = TvSim::SecondAdapter();
     for (int phone = static_cast<int>(m_scenario.phones.size()); phone < kPhones; ++phone) {
@@ -174,163 +111,20 @@ void World::Heal() {
             each.SetPlan(MakePlan(phone));
         });
     }
-    SetRotating(true);
-    MakeKeys();
+    tv.Heal();
 }
 
 bool World::Load(const TvSim::Scenario& scenario) {
     m_scenario = scenario;
-    m_isListCertain = false;
-    SetRotating(scenario.tv.zemi);
-    for (const auto& [feature, value] : scenario.tv.features) {
-        static_cast<void>(Platform::FeatureFile::Instance().Set(feature, value));
-    }
-    SetKey(kReasonKey, scenario.tv.wakeupReason);
-    SetKey(kModeKey, scenario.tv.ambientMode);
-    SetKey(kTypeKey, scenario.tv.ambientType);
-    m_keys[kBlockKey] = 0;
-    std::vector<std::pair<std::string, std::string>> settings;
-    std::vector<std::string> phones;
-    for (const TvSim::PhonePlan& phone : scenario.phones) {
-        if (phone.registered != "no") {
-            settings.emplace_back(phone.address, phone.registered == "on" ? "Y" : "N");
-            phones.push_back(phone.address);
-        }
-    }
-    SetKey(kSettingsKey, Settings(settings));
-    SetKey(kOnOffKey, Joined(MaskedAll(phones), ","));
     m_numbers = {{TvSim::Which::kFirst, scenario.adapter.number},
                  {TvSim::Which::kSecond, scenario.secondAdapter.number}};
     StartBluez();
-    return std::all_of(scenario.tv.keys.begin(), scenario.tv.keys.end(),
-                       [this](const auto& key) { return TypeKey(key.first, key.second); });
-}
-
-void World::MakeKeys() {
-    for (const auto& [key, number] : std::map<std::string, int>{
-             {kReasonKey, 1}, {kModeKey, 1}, {kTypeKey, 3}, {kBlockKey, 0}}) {
-        if (m_keys.count(key) == 0 || m_keys[key] != number) {
-            SetKey(key, number);
-        }
-    }
-    const std::vector<bool> all = {true, true, true};
-    if (!m_isListCertain || m_isOn != all || !m_order.empty()) {
-        SetPhones(all, false, {});
-    }
+    return tv.Load(scenario);
 }
 
 void World::Command(const char* name, GVariant* parameters) {
     m_bus.Signal(kObjectPath, kInterfaceName, name,
                  parameters == nullptr ? g_variant_new("()") : parameters);
-}
-
-void World::SetKey(const std::string& key, int number) {
-    if (!m_endStoreFault) {
-        m_keys[key] = number;
-    }
-    Write(key, {Platform::ConfigType::kInt, {}, number});
-}
-
-void World::SetKey(const std::string& key, const std::string& text) {
-    Write(key, {Platform::ConfigType::kString, text, 0});
-}
-
-bool World::TypeKey(const std::string& key, const std::string& text) {
-    const Platform::ConfigLookup present = FileOf(key).Lookup(key);
-    const auto value = Tvctl::ParseValue(
-        present.status == Platform::ConfigStatus::kOk ? present.value.type : Tvctl::GuessType(text),
-        text);
-    if (value) {
-        m_keys[key] = value->number;
-        Write(key, *value);
-    }
-    return value.has_value();
-}
-
-void World::UnsetKey(const std::string& key) {
-    m_keys.erase(key);
-    static_cast<void>(FileOf(key).Remove(key));
-}
-
-std::string World::KeyText(const std::string& key) {
-    const Platform::ConfigLookup present = FileOf(key).Lookup(key);
-    return present.status == Platform::ConfigStatus::kOk ? Tvctl::TextOf(present.value) : "";
-}
-
-Platform::ConfigFile& World::FileOf(const std::string& key) {
-    return key.compare(0, 3, "db/") == 0 ? m_durable : m_volatile;
-}
-
-// Another program that finds them locked gives up; here it would hold up everybody.
-void World::Write(const std::string& key, const Platform::ConfigValue& value) {
-    if (!m_endStoreFault) {
-        static_cast<void>(FileOf(key).Store(key, value));
-    }
-}
-
-void World::SetRotating(bool isRotating) {
-    if (m_isRotating == isRotating) {
-        return;
-    }
-    m_isRotating = isRotating;
-    static_cast<void>(Platform::FeatureFile::Instance().Set(
-        "com.velmora/featureconf/display_rotator_supported", isRotating ? "true" : "false"));
-}
-
-void World::SetPhones(const std::vector<bool>& isOn, bool isMaskOff,
-                      const std::vector<int>& order) {
-    std::vector<std::pair<std::string, std::string>> settings;
-    std::vector<std::string> withMask;
-    for (int phone = 0; phone < kListedPhones; ++phone) {
-        const bool on = isOn[static_cast<std::size_t>(phone)];
-        settings.emplace_back(AddressOf(phone), on || isMaskOff ? "Y" : "N");
-        if (on || !isMaskOff) {
-            withMask.push_back(AddressOf(phone));
-        }
-    }
-    std::vector<std::string> first;
-    for (const int phone : order) {
-        first.push_back(AddressOf(phone));
-    }
-    m_listChangedMs = VirtualTime::NowMs();
-    // A setting that is on its way comes on top.
-    m_isListCertain = !m_endStoreFault && m_listChangedMs - m_updatedMs > kArrivedMs;
-    m_isOn = isOn;
-    m_order = order;
-    SetKey(kSettingsKey, Settings(settings));
-    SetKey(kMirroringKey, Mirroring(first));
-    // Last: what tells the service, also if it is what it was.
-    SetKey(kOnOffKey, "");
-    SetKey(kOnOffKey, Joined(MaskedAll(withMask), ","));
-}
-
-void World::SpoilPhones(bool isOrder, const std::string& text) {
-    SetKey(isOrder ? kMirroringKey : kSettingsKey, text);
-    SetKey(kOnOffKey, "");
-    SetKey(kOnOffKey, text);
-    m_isListCertain = false;
-}
-
-std::optional<Judge::List> World::ListedPhones() {
-    if (m_endStoreFault || !m_isListCertain || VirtualTime::NowMs() - m_listChangedMs < kNoticeMs) {
-        return std::nullopt;
-    }
-    std::vector<std::string> listed;
-    for (int phone = 0; phone < kListedPhones; ++phone) {
-        if (m_isOn[static_cast<std::size_t>(phone)]) {
-            listed.push_back(AddressOf(phone));
-        }
-    }
-    const std::string masks = Joined(MaskedAll(listed), ",");
-    std::size_t front = 0;
-    for (const int phone : m_order) {
-        const auto found = std::find(listed.begin() + static_cast<std::ptrdiff_t>(front),
-                                     listed.end(), AddressOf(phone));
-        if (found != listed.end()) {
-            std::swap(listed[front++], *found);
-        }
-    }
-    return Judge::List{listed, masks};
 }
 
 void World::StartBluez() {
@@ -470,43 +264,4 @@ void World::OnEvent(const std::string& subject, const std::string& what) {
         }
     }
     state.sinceMs = VirtualTime::NowMs();
-}
-
-void World::EndStoreFaultAfter(int ms, std::function<void()> end) {
-    m_endStoreFault = std::move(end);
-    m_isListCertain = false;
-    m_storeFault = Timer::Once(ms, [this] { EndStoreFault(); });
-}
-
-void World::EndStoreFault() {
-    m_storeFault.Cancel();
-    if (const auto end = std::exchange(m_endStoreFault, nullptr)) {
-        end();
-        // What was written meanwhile was not.
-        m_keys.clear();
-    }
-}
-
-void World::LockKeys(int ms) {
-    if (m_endStoreFault) {
-        return;
-    }
-    std::vector<std::shared_ptr<sqlite3>> locks;
-    for (const std::string& folder : {Platform::StateFolder(), Platform::RunFolder()}) {
-        sqlite3* database = nullptr;
-        sqlite3_open((folder + "/config.db").c_str(), &database);
-        locks.emplace_back(database, sqlite3_close);
-        sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
-    }
-    EndStoreFaultAfter(ms, [locks] {});
-}
-
-void World::BreakKeys(int ms) {
-    if (m_endStoreFault) {
-        return;
-    }
-    const std::string file = Platform::StateFolder() + "/config.db";
-    fs::rename(file, file + ".good");
-    std::ofstream(file) << "this is not a database";
-    EndStoreFaultAfter(ms, [file] { fs::rename(file + ".good", file); });
 }

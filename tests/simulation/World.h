@@ -11,11 +11,9 @@
 #include <vector>
 
 #include "autoconnect/src/DbusInterface.h"
-#include "common/Source.h"
-#include "platform/linux/config/ConfigFile.h"
 #include "tests/memory_bus/MemoryBus.h"
-#include "tests/memory_bus/VirtualTime.h"
 #include "tests/simulation/Judge.h"
+#include "tests/simulation/TvState.h"
 #include "tools/media-player/PlayCommand.h"
 #include "tools/tv-sim/Simulator.h"
 
@@ -37,39 +35,14 @@ public:
     TvSim::EventSink onEvent;
 
     // ---- the TV ----
+    TvState tv;
     void Command(const char* name, GVariant* parameters);
     void Update(const std::string& text) {
         Command(kMobileUpdateCommand, g_variant_new("(s)", text.c_str()));
-        m_isListCertain = false;
-        m_updatedMs = VirtualTime::NowMs();
+        tv.OnUpdate();
     }
     void SetLatency(int ms) { m_bus.SetLatency(ms); }
     void Wake() { Command(kPrepareCommand, nullptr); }
-    // Write keys as another program does.
-    void SetKey(const std::string& key, int number);
-    void SetKey(const std::string& key, const std::string& text);
-    // As an engineer types it: of the type that the key has, or that the text looks like. False
-    // when it is not of that type.
-    [[nodiscard]] bool TypeKey(const std::string& key, const std::string& text);
-    void UnsetKey(const std::string& key);
-    // As text; empty when it has no value.
-    [[nodiscard]] std::string KeyText(const std::string& key);
-    void SetRotating(bool isRotating);
-    // Which phones are on (of those that are not, the mask is missing, too, if `isMaskOff`), and
-    // the order in which they are tried.
-    void SetPhones(const std::vector<bool>& isOn, bool isMaskOff, const std::vector<int>& order);
-    // Some program wrote what is no list of phones, or not the order of any.
-    void SpoilPhones(bool isOrder, const std::string& text);
-    // For that time the keys are locked by another program, or those that last are not a database.
-    void LockKeys(int ms);
-    void BreakKeys(int ms);
-
-    // What the service asks after each wake-up.
-    static constexpr char kReasonKey[] = "memory/platform/wakeup_reason";
-    static constexpr char kModeKey[] = "memory/platform/ambient_mode";
-    static constexpr char kTypeKey[] = "memory/platform/ambient_type";
-    static constexpr char kBlockKey[] = "memory/bluetooth_nirvoui/musictvfail";
-
     // ---- the platform ----
     // It refuses the next scan.
     void SpoilScan() { m_isScanSpoilt = true; }
@@ -89,8 +62,6 @@ public:
 
     // ---- the phones, by number; the last one is the first one as the second adapter knows it ----
     static constexpr int kPhones = 4;
-    static constexpr int kListedPhones = 3;
-    static const std::string& AddressOf(int phone);
     static std::string IdOf(int phone);
     // From now on; also of the next bluetoothd's.
     void ChangePhone(int phone, const std::function<void(TvSim::PhonePlan&)>& change);
@@ -129,21 +100,10 @@ private:
     [[nodiscard]] bool IsBonded(const std::string& path);
     // Nothing where the service may not know better yet.
     [[nodiscard]] std::optional<bool> IsPlaying(const std::string& path);
-    [[nodiscard]] std::optional<int> NumberOf(const char* key) const;
-    [[nodiscard]] std::optional<bool> IsAmbient() const;
-    [[nodiscard]] std::optional<bool> IsWakeUpGood() const;
-    // Whether the doctor finds nothing wrong with the TV.
-    [[nodiscard]] bool IsDoctorContent() const;
     // Of the phone with that object path; NULL when there is none.
     [[nodiscard]] const TvSim::PhonePlan* PlanAt(const std::string& path);
     void Play(const MemoryBus::CallInfo& call);
     void OnEvent(const std::string& subject, const std::string& what);
-    std::optional<Judge::List> ListedPhones();
-    Platform::ConfigFile& FileOf(const std::string& key);
-    void Write(const std::string& key, const Platform::ConfigValue& value);
-    void MakeKeys();
-    void EndStoreFault();
-    void EndStoreFaultAfter(int ms, std::function<void()> end);
 
     MemoryBus& m_bus;
     Judge& m_judge;
@@ -153,18 +113,7 @@ private:
     std::map<std::string, State> m_states;    // of the phones, by id
     std::map<std::string, Fault> m_faults;    // by method
     std::map<std::string, Player> m_players;  // by phone
-    Platform::ConfigFile m_durable;
-    Platform::ConfigFile m_volatile;
-    std::map<std::string, int> m_keys;  // as they were written
-    std::optional<bool> m_isRotating;
-    std::vector<bool> m_isOn;
-    std::vector<int> m_order;
     gint64 m_bondsChangedMs = 0;
-    gint64 m_listChangedMs = 0;
-    gint64 m_updatedMs = 0;
-    bool m_isListCertain = true;            // the service read what is written
     std::map<TvSim::Which, int> m_numbers;  // of the adapters
     bool m_isScanSpoilt = false;
-    std::function<void()> m_endStoreFault;
-    Timer m_storeFault;
 };
