@@ -131,6 +131,14 @@ void OnFault(const std::string& fault) {
     std::_Exit(kFailed);
 }
 
+// What the libraries complain of, such as a timer that is removed twice.
+void OnComplaint(const char* /*domain*/, GLogLevelFlags level, const char* message,
+                 void* /*data*/) noexcept {
+    if ((level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING)) != 0) {
+        OnFault(message);
+    }
+}
+
 void OnAudio(int result, bool connected, const char* address, void* data) {
     theSimulation->TheJudge().OnConnectionEvent(result, connected, address);
     theListener(result, connected, address, data);
@@ -258,6 +266,7 @@ int main(int argc, char** argv) {
         return RunScenarios(files);
     }
     TheRoot();
+    g_log_set_default_handler(OnComplaint, nullptr);
     static const std::unique_ptr<Simulation, void (*)(Simulation*)> simulation(
         theSimulation = new Simulation(theOptions, OnFault), [](Simulation* ended) {
             delete ended;
