@@ -4,8 +4,8 @@
 
 #include <cstdio>
 
-// What a service costs that owns a name on the system bus and does nothing else; benchmarks/start
-// compares the real one with it. It says the same line when it has its name.
+// What a service costs that owns a name on the system bus and does nothing else. It says
+// the same line as the real one when it has its name.
 
 namespace {
 
