@@ -322,7 +322,7 @@ public:
         const auto tookUs = static_cast<double>(Await("StopDiscovery") - heardUs);
         const auto sentUs = static_cast<double>(NowUs() - beganUs);
         Await("ConnectProfile");
-        Sync();
+        Settle();
         return Say({{"recognised", tookUs / 1000}, {"rate", messages * 1e6 / sentUs}});
     }
 
@@ -331,12 +331,7 @@ public:
         m_asked.clear();
         Advertise(0xA0, 0);
         Await("ConnectProfile");
-        // Each phone is asked when the one before has refused.
-        std::size_t before = 0;
-        for (int quiet = 0; quiet < 10; quiet = m_asked.size() == before ? quiet + 1 : 0) {
-            before = m_asked.size();
-            Sync();
-        }
+        Settle();
         return Say({{"asked", static_cast<double>(m_asked.size())}});
     }
 
@@ -388,6 +383,15 @@ private:
             didAny = true;
         }
         return didAny;
+    }
+
+    // Until no other phone is asked; each is, when the one before has refused.
+    void Settle() {
+        std::size_t before = 0;
+        for (int quiet = 0; quiet < 10; quiet = m_asked.size() == before ? quiet + 1 : 0) {
+            before = m_asked.size();
+            Sync();
+        }
     }
 
     // When the service's next call of that method arrived.
