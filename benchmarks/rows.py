@@ -32,7 +32,7 @@ ROWS = [Row(*row) for row in (
     ("wakeups", "wake-ups a minute, idle", "", "over", 0, 0),
     ("start", "start to name, state on disk", "ms", "times", 1.2, 1.36),
     ("start_memory", "start to name, state in memory", "ms", "times", 1.2, None),
-    ("start_count", "start to name", "instructions", "times", 1.15, 1.41),
+    ("start_count", "start to name", "instructions", "times", 1.15, 1.39),
     ("wake", "wake-up to StartDiscovery; floor: an empty call", "us", "times", 2, None),
     ("stop", "phone's advertisement to StopDiscovery; floor: an empty call", "us", "times", 1, None),
     ("connect", "answer to that to ConnectProfile; floor: an empty call", "us", "times", 1, None),
