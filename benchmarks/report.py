@@ -71,8 +71,7 @@ def judge(measured):
 
 
 def is_met(row, measured):
-    # A count of the last digit that is shown.
-    return result_of(row, measured) <= row.budget + 0.005
+    return result_of(row, measured) <= row.budget
 
 
 def machine():
@@ -102,7 +101,7 @@ def write(measured):
 
 
 def draw(rows, measured):
-    """A bar for each row that has a budget other than none at all: the line is the budget."""
+    """A bar for each row; one that ends at the line takes its whole budget."""
     left, scale, step = 460, 160, 20
     height = step * len(rows) + 50
     text = [f'<svg xmlns="http://www.w3.org/2000/svg" width="860" height="{height}" '

@@ -23,6 +23,9 @@ class Row(NamedTuple):
         return measured - floor if self.counts == "over" else measured
 
 
+# Flat, for memory: the pages that an allocator holds or not come and go.
+KEPT = 100
+
 ROWS = [Row(*row) for row in (
     ("resident", "resident memory, idle", "kB", "times", 1.15, 1.36),
     ("dirty", "private dirty memory, idle", "kB", "times", 1.15, 1.36),
@@ -30,7 +33,7 @@ ROWS = [Row(*row) for row in (
      1.36),
     ("threads", "threads", "", "over", 1, 1),
     ("wakeups", "wake-ups a minute, idle", "", "over", 0, 0),
-    ("start", "start to name, state on disk", "ms", "times", 1.2, 1.36),
+    ("start", "start to name, state on disk", "ms", "times", 1.2, None),
     ("start_memory", "start to name, state in memory", "ms", "times", 1.2, None),
     ("start_count", "start to name", "instructions", "times", 1.15, 1.39),
     ("wake", "wake-up to StartDiscovery; floor: an empty call", "us", "times", 2, None),
@@ -40,17 +43,17 @@ ROWS = [Row(*row) for row in (
     ("advert", "another device's advertisement, no scan", "instructions", "times", 1.3, 1.19),
     ("advert_scan", "another device's advertisement in a scan, logged", "instructions", "times",
      1.3, 1.27),
-    ("advert_own", "that, without the bus library", "instructions", "value", None, 109000),
-    ("advert_kept", "memory left by 20,000 advertisements", "kB", "value", 0, 200),
+    ("advert_own", "an advertisement in a scan, without the bus library", "instructions", "value", None, 109000),
+    ("advert_kept", "memory left by 20,000 advertisements", "kB", "value", KEPT, 200),
     ("storm", "storm, 2,000/s for 5 s: phone recognised", "ms", "value", 50, None),
     ("storm_lost", "storm: lost of 100 phones that appear in it", "", "value", 0, None),
-    ("storm_kept", "storm: memory left when its 5,000 devices are gone", "kB", "value", 0, None),
+    ("storm_kept", "storm: memory left when its 5,000 devices are gone", "kB", "value", KEPT, None),
     ("burst", "10,000 messages at once: phone recognised", "ms", "value", None, None),
     ("burst_lost", "10,000 at once: lost of 100 phones that appear in it", "", "value", 0, None),
-    ("burst_kept", "10,000 at once: memory left when the devices are gone", "kB", "value", 0, None),
-    ("devices_kept", "memory left by 5,000 devices that came and went", "kB", "value", 0, 3500),
-    ("devices_again", "memory left by the same 5,000 a second time", "kB", "value", 0, 300),
-    ("devices_most", "memory left by 50,000 devices that came and went", "kB", "value", 0, None),
+    ("burst_kept", "10,000 at once: memory left when the devices are gone", "kB", "value", KEPT, None),
+    ("devices_kept", "memory left by 5,000 devices that came and went", "kB", "value", KEPT, 3500),
+    ("devices_again", "memory left by the same 5,000 a second time", "kB", "value", KEPT, 300),
+    ("devices_most", "memory left by 50,000 devices that came and went", "kB", "value", KEPT, None),
     ("rebuild", "list of 10,000 phones rebuilt; floor: ten times one of 1,000", "instructions",
      "times", 1.1, 1.05),
     ("rebuild_one", "list rebuilt, for each phone", "instructions", "value", None, 18100),
@@ -80,8 +83,8 @@ ROWS = [Row(*row) for row in (
     ("log_stderr_count", "log line to standard error", "instructions", "value", None, 16000),
     ("log_filtered", "filtered line; floor: an empty call", "instructions", "over", 10, 43),
     ("log_tracer", "filtered tracer; floor: two empty calls", "instructions", "over", 20, 555),
-    ("soak_kept", "memory left by 10,000 attempts", "kB", "value", 0, 200),
-    ("soak_descriptors", "descriptors left by them", "", "value", 0, 0),
-    ("soak_threads", "threads left by them", "", "value", 0, 0),
-    ("soak_rules", "match rules left by them", "", "value", 0, 0),
+    ("soak_kept", "memory left by 10,000 attempts (--smoke: 1,000)", "kB", "value", KEPT, 200),
+    ("soak_descriptors", "descriptors left by these attempts", "", "value", 0, 0),
+    ("soak_threads", "threads left by these attempts", "", "value", 0, 0),
+    ("soak_rules", "match rules left by these attempts", "", "value", 0, 0),
 )]
