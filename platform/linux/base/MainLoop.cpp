@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <string>
 
-#include "common/Parse.h"
 #include "common/Source.h"
 #include "platform/linux/base/Datagram.h"
 #include "platform/linux/base/PlatformLog.h"
@@ -32,12 +31,13 @@ std::string Variable(const char* name) {
 Timer Beat() {
     const std::string socket = Variable("NOTIFY_SOCKET");
     const std::string process = Variable("WATCHDOG_PID");
-    const int intervalUs = ParseInt(Variable("WATCHDOG_USEC")).value_or(0);
-    if (socket.empty() || intervalUs <= 0 ||
+    const guint64 intervalUs = g_ascii_strtoull(Variable("WATCHDOG_USEC").c_str(), nullptr, 10);
+    if (socket.empty() || intervalUs == 0 ||
         (!process.empty() && process != std::to_string(getpid()))) {
         return {};
     }
-    return Timer::Every(intervalUs / 2000 + 1, [socket] { SendDatagram(socket, "WATCHDOG=1"); });
+    return Timer::Every(static_cast<int>(intervalUs / 2000 + 1),
+                        [socket] { SendDatagram(socket, "WATCHDOG=1"); });
 }
 
 void OnBus(GObject* /*source*/, GAsyncResult* result, gpointer /*data*/) noexcept {
