@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <optional>
 
@@ -23,22 +24,6 @@ constexpr const char* kUnits[] = {"bt-autoconnect.service", "bt-autoconnect-play
 std::string HexOf(sd_id128_t id) {
     char text[SD_ID128_STRING_MAX];
     return sd_id128_to_string(id, text);
-}
-
-// "" where the entry has no such field.
-std::string FieldOf(sd_journal* journal, const char* name) {
-    std::uint64_t received = 0;
-    if (std::strcmp(name, "__REALTIME_TIMESTAMP") == 0) {
-        return sd_journal_get_realtime_usec(journal, &received) < 0 ? "" : std::to_string(received);
-    }
-    const void* data = nullptr;
-    std::size_t size = 0;
-    if (sd_journal_get_data(journal, name, &data, &size) < 0) {
-        return "";
-    }
-    const std::string_view field(static_cast<const char*>(data), size);
-    const std::size_t equals = field.find('=');  // "NAME=" stands before it
-    return std::string(equals == std::string_view::npos ? "" : field.substr(equals + 1));
 }
 
 // The boots in the journal, in the order of their first entries.
@@ -80,8 +65,8 @@ std::string BootBefore(sd_journal* journal, int offset) {
     return at < boots.begin() || at >= boots.end() ? "" : *at;
 }
 
-// A file that only another user or group may read. The group that may, which is the one of the
-// file's folder too; empty when this user may read it, or it is not there.
+// The group that may read a file that this user may not; empty when this user may, too, or it is
+// not there.
 std::string GroupThatMayRead(const std::string& path) {
     struct stat state = {};
     if (stat(path.c_str(), &state) != 0 || access(path.c_str(), R_OK) == 0) {
@@ -91,6 +76,19 @@ std::string GroupThatMayRead(const std::string& path) {
     return owner != nullptr ? owner->gr_name : std::to_string(state.st_gid);
 }
 
+// The same of the journals in a folder.
+std::string GroupOfFolder(const std::string& folder) {
+    std::error_code unreadable;
+    for (const auto& file : std::filesystem::directory_iterator(folder, unreadable)) {
+        const std::string group =
+            file.path().extension() == ".journal" ? GroupThatMayRead(file.path()) : "";
+        if (!group.empty()) {
+            return group;
+        }
+    }
+    return "";
+}
+
 // The same of this machine's journal.
 std::string GroupOfMachine() {
     sd_id128_t machine = {};
@@ -98,7 +96,7 @@ std::string GroupOfMachine() {
         return "";
     }
     for (const char* folder : {"/var/log/journal/", "/run/log/journal/"}) {
-        const std::string group = GroupThatMayRead(folder + HexOf(machine) + "/system.journal");
+        const std::string group = GroupOfFolder(folder + HexOf(machine));
         if (!group.empty()) {
             return group;
         }
@@ -115,18 +113,18 @@ JournalReader::JournalReader(const LogSource& source, TakeRecord take)
         sd_journal_has_runtime_files(m_journal.get()) <= 0 &&
         sd_journal_has_persistent_files(m_journal.get()) <= 0) {
         // Files that the user may not read are left out without an error.
-        result = GroupOfMachine().empty() ? -ENOENT : -EACCES;
+        result = GroupThatMay().empty() ? -ENOENT : -EACCES;
     }
     if (result >= 0) {
         result = Select();
     }
-    if (result >= 0) {
-        result = source.onlyNew ? sd_journal_seek_tail(m_journal.get())
-                                : sd_journal_seek_head(m_journal.get());
-    }
     if (result >= 0 && source.onlyNew) {
-        // The tail is after the last entry, where the first step forward would find nothing new.
-        result = sd_journal_previous(m_journal.get());
+        // From the tail no step leads to what is written later; from the last entry it does.
+        result = sd_journal_seek_tail(m_journal.get());
+        result = result < 0 ? result : sd_journal_previous(m_journal.get());
+    }
+    if (result == 0) {  // all is wanted, or nothing is there yet
+        result = sd_journal_seek_head(m_journal.get());
     }
     if (result < 0 && m_count.failure.empty()) {
         m_count.failure = WhyUnreadable(-result);
@@ -166,9 +164,10 @@ int JournalReader::Select() {
 
 void JournalReader::Read() {
     LogRecord record;
-    const auto field = [this](const char* name) { return FieldOf(m_journal.get(), name); };
+    const auto field = [this](const char* name) { return FieldOf(name); };
     int result = IsOver() ? 0 : 1;
     while (result > 0 && (result = sd_journal_next(m_journal.get())) > 0) {
+        LoadEntry();
         const bool isRecord = m_parser.ParseEntry(field, record);
         if (isRecord) {
             m_take(record);
@@ -177,10 +176,41 @@ void JournalReader::Read() {
     }
     if (result < 0) {
         m_count.failure = WhyUnreadable(-result);
-    } else if (m_count.records == 0 && m_source.kind == LogSource::Kind::kMachine &&
-               !GroupOfMachine().empty()) {
+    } else if (m_count.records == 0 && !GroupThatMay().empty()) {
         m_count.failure = WhyUnreadable(EACCES);
     }
+}
+
+// All fields at once, because each that is asked for by its name is a walk over all.
+void JournalReader::LoadEntry() {
+    m_entry.clear();
+    m_ends.clear();
+    const void* data = nullptr;
+    std::size_t size = 0;
+    SD_JOURNAL_FOREACH_DATA(m_journal.get(), data, size) {
+        m_entry.append(static_cast<const char*>(data), size);
+        m_ends.push_back(m_entry.size());
+    }
+}
+
+// "" where the entry has no such field.
+std::string JournalReader::FieldOf(std::string_view name) const {
+    std::uint64_t received = 0;
+    if (name == "__REALTIME_TIMESTAMP") {
+        return sd_journal_get_realtime_usec(m_journal.get(), &received) < 0
+                   ? ""
+                   : std::to_string(received);
+    }
+    std::size_t begin = 0;
+    for (const std::size_t end : m_ends) {
+        const std::string_view field = std::string_view(m_entry).substr(begin, end - begin);
+        if (field.size() > name.size() && field[name.size()] == '=' &&
+            field.substr(0, name.size()) == name) {
+            return std::string(field.substr(name.size() + 1));
+        }
+        begin = end;
+    }
+    return "";
 }
 
 void JournalReader::Wait(int ms) {
@@ -190,11 +220,20 @@ void JournalReader::Wait(int ms) {
     }
 }
 
+// Read the journal, or the part of it that this user may not read.
+std::string JournalReader::GroupThatMay() const {
+    switch (m_source.kind) {
+        case LogSource::Kind::kMachine:
+            return GroupOfMachine();
+        case LogSource::Kind::kDirectory:
+            return GroupOfFolder(m_source.path);
+        default:
+            return GroupThatMayRead(m_source.path);
+    }
+}
+
 std::string JournalReader::WhyUnreadable(int error) const {
-    const std::string group = error != EACCES && error != EPERM ? ""
-                              : m_source.kind == LogSource::Kind::kMachine
-                                  ? GroupOfMachine()
-                                  : GroupThatMayRead(m_source.path);
+    const std::string group = error == EACCES || error == EPERM ? GroupThatMay() : "";
     return NameOf(m_source) + " cannot be read" +
            (m_source.kind == LogSource::Kind::kMachine ? "" : " as a journal") + ": " +
            std::strerror(error) +

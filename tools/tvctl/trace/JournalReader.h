@@ -4,7 +4,10 @@
 
 #include <systemd/sd-journal.h>
 
+#include <cstddef>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "common/CHandle.h"
 #include "tools/tvctl/trace/LogLine.h"
@@ -26,11 +29,16 @@ private:
     // Negative: an error number.
     [[nodiscard]] int Open();
     [[nodiscard]] int Select();
+    void LoadEntry();
+    [[nodiscard]] std::string FieldOf(std::string_view name) const;
+    [[nodiscard]] std::string GroupThatMay() const;
     [[nodiscard]] std::string WhyUnreadable(int error) const;
 
     LogSource m_source;
     TakeRecord m_take;
     CPtr<sd_journal, sd_journal_close> m_journal;
+    std::string m_entry;              // the fields of the last one, "NAME=VALUE" each
+    std::vector<std::size_t> m_ends;  // of each of them
     LineParser m_parser;
     LogCount m_count;
 };

@@ -12,6 +12,8 @@ namespace {
 
 constexpr int kStepMs = 10;
 constexpr int kMostBars = 20;
+// The few that took much longer would leave no room for the others.
+constexpr int kPercentShown = 99;
 // Of a log that is not what it should be.
 constexpr std::size_t kMostReasons = 1000;
 constexpr std::size_t kMostPhones = 100000;
@@ -68,22 +70,20 @@ std::vector<Durations::Bar> Durations::Histogram() const {
     if (m_counts.empty()) {
         return bars;
     }
-    const auto longer = m_counts.find(kCountedMs / kStepMs);
     const int firstMs = m_counts.begin()->first * kStepMs;
-    const int lastMs = longer == m_counts.end()     ? m_counts.rbegin()->first * kStepMs
-                       : longer == m_counts.begin() ? firstMs
-                                                    : std::prev(longer)->first * kStepMs;
+    const int lastMs = PercentileMs(kPercentShown);
     const int widthMs = WidthMs(lastMs - firstMs);
-    for (int ms = firstMs / widthMs * widthMs; ms <= lastMs && ms < kCountedMs; ms += widthMs) {
+    int ms = firstMs / widthMs * widthMs;
+    for (; ms <= lastMs && ms < kCountedMs; ms += widthMs) {
         bars.push_back({ms, ms + widthMs, 0});
     }
-    for (auto counted = m_counts.begin(); counted != longer; ++counted) {
-        const int ms = counted->first * kStepMs;
-        bars[static_cast<std::size_t>((ms - bars.front().fromMs) / widthMs)].count +=
-            counted->second;
+    bars.push_back({ms, 0, 0});
+    for (const auto& [step, count] : m_counts) {
+        const int bar = (step * kStepMs - bars.front().fromMs) / widthMs;
+        bars[std::min(static_cast<std::size_t>(bar), bars.size() - 1)].count += count;
     }
-    if (longer != m_counts.end()) {
-        bars.push_back({kCountedMs, 0, longer->second});
+    if (bars.back().count == 0) {
+        bars.pop_back();
     }
     return bars;
 }

@@ -32,7 +32,7 @@ public:
     // Of `percent`, 1 to 100, of them none took longer; kCountedMs stands for anything longer. 0
     // when there is none.
     [[nodiscard]] int PercentileMs(int percent) const;
-    // Between the shortest and the longest, 20 at most and one for those that are longer.
+    // From the shortest on, so that 99 of 100 fit, 20 at most, and one for those that are longer.
     [[nodiscard]] std::vector<Bar> Histogram() const;
 
 private:

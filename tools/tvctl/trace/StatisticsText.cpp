@@ -110,11 +110,10 @@ std::string DurationText(int ms) {
 }
 
 std::string RangeText(const Durations::Bar& bar) {
-    if (bar.toMs == 0) {
-        return DurationText(bar.fromMs);
-    }
     const int decimals = bar.fromMs % 1000 == 0 && bar.toMs % 1000 == 0 ? 0 : 1;
-    return Format("%.*f-%.*f s", decimals, bar.fromMs / 1000.0, decimals, bar.toMs / 1000.0);
+    return bar.toMs == 0
+               ? Format("%.*f s or more", decimals, bar.fromMs / 1000.0)
+               : Format("%.*f-%.*f s", decimals, bar.fromMs / 1000.0, decimals, bar.toMs / 1000.0);
 }
 
 std::vector<std::string> ToLines(const Statistics& statistics, std::size_t boxes) {

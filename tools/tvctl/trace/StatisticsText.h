@@ -19,7 +19,7 @@ inline constexpr std::size_t kMostRows = 20;
 [[nodiscard]] std::string Share(std::size_t part, std::size_t whole);
 // "4.21 s", "60 s or more"
 [[nodiscard]] std::string DurationText(int ms);
-// "3-4 s", "60 s or more"
+// "3-4 s", "12 s or more"
 [[nodiscard]] std::string RangeText(const Durations::Bar& bar);
 
 [[nodiscard]] std::vector<std::string> ToLines(const Statistics& statistics, std::size_t boxes);

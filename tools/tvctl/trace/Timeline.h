@@ -132,9 +132,9 @@ private:
 
     TakeWakeUp m_take;
     std::vector<WakeUp> m_wakeUps;
-    std::size_t m_begun = 0;    // wake-ups so far
-    std::size_t m_lines = 0;    // of the last of them
-    const LogRecord* m_record;  // the line being added; not owned
+    std::size_t m_begun = 0;              // wake-ups so far
+    std::size_t m_lines = 0;              // of the last of them
+    const LogRecord* m_record = nullptr;  // the line being added; not owned
     std::optional<std::int64_t> m_lastUs;
     std::int64_t m_clockUs = 0;  // the log's time without the jumps of the clock
     std::optional<bool> m_isKeyBlocking;

@@ -54,8 +54,8 @@ private:
 
     // A bar whose parts are the outcomes, and below it what they mean.
     void DrawOutcomes() {
-        static constexpr const char* kNames[] = {"music", "connected, no music", "nobody connected",
-                                                 "no attempt", "not known from the log"};
+        static constexpr const char* kNames[] = {"music", "connected only", "nobody", "no attempt",
+                                                 "not known"};
         // Two outcomes have one colour in a timeline, where there is only one at a time.
         static constexpr const char* kColours[] = {kGreen, kAmber, kRed, kPale, kGrey};
         const double unit = (kRight - kMargin) /
