@@ -49,6 +49,7 @@ std::string Join(const std::vector<std::string>& fields, const Widths& widths) {
 }  // namespace
 
 void Console::PrintLine(const std::string& text, Tone tone) {
+    // By Tone.
     static constexpr const char* kColours[] = {"", "\x1B[1m", "\x1B[32m", "\x1B[31m", "\x1B[33m"};
     const std::string colour = m_style.hasColours ? kColours[static_cast<int>(tone)] : "";
     m_out << colour << Printable(text) << (colour.empty() ? "" : "\x1B[0m") << std::endl;
