@@ -157,6 +157,13 @@ TEST_F(Files, AConfigurationThatIsNoDatabaseIsReportedOnceAndItsReplacementIsRea
     fs::rename(database, kept);
     Tvctl({"phone", "add", kBen});
     AwaitLog(std::string(kBen) + " enable auto on/off");
+    // Another folder takes the place of the one whose files are in use; then it is made again.
+    fs::rename(Root() + "/var", Root() + "/old");
+    Tvctl({"phone", "add", kAlice});
+    AwaitLog(std::string(kAlice) + " enable auto on/off");
+    fs::remove_all(Root() + "/var");
+    Tvctl({"phone", "add", kBen});
+    AwaitLog(std::string(kBen) + " enable auto on/off");
 }
 
 TEST_F(Files, AConfigurationThatAnotherProcessHoldsIsReadOnceItIsFree) {

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/base/PathWatch.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -11,9 +13,12 @@ namespace Platform {
 
 namespace {
 
-constexpr uint32_t kFolderEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR;
-constexpr uint32_t kFileEvents = IN_CREATE | IN_MOVED_TO | IN_CLOSE_WRITE | IN_ONLYDIR;
-constexpr uint32_t kFolderGone = IN_IGNORED | IN_UNMOUNT;
+// Of a folder itself, whatever happens in it.
+constexpr uint32_t kSelfEvents = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr uint32_t kNameEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
+constexpr uint32_t kFileEvents = kNameEvents | IN_CLOSE_WRITE;
+constexpr uint32_t kFileGone = IN_DELETE | IN_MOVED_FROM;
+constexpr uint32_t kFolderGone = IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT;
 
 }  // namespace
 
@@ -34,16 +39,37 @@ PathWatch::PathWatch(const std::string& path) : m_inotify(inotify_init1(IN_NONBL
     Arm();
 }
 
+uint32_t PathWatch::EventsOf(size_t folder) const {
+    if (folder + 1 == m_folders.size()) {
+        return kSelfEvents | kFileEvents;
+    }
+    // A link may be replaced while what it leads to stays as it is.
+    std::error_code ignored;
+    const bool isLink = std::filesystem::is_symlink(m_folders[folder + 1], ignored);
+    return m_isFileThere && !isLink ? kSelfEvents : kSelfEvents | kNameEvents;
+}
+
 void PathWatch::Arm() {
+    ArmFor(IsFileThere());
+    // It may have gone before its folder was watched.
+    if (m_isFileThere && !IsFileThere()) {
+        ArmFor(false);
+    }
+}
+
+bool PathWatch::IsFileThere() const {
+    return access((m_folders.back() + '/' + m_names.back()).c_str(), F_OK) == 0;
+}
+
+void PathWatch::ArmFor(bool isFileThere) {
+    m_isFileThere = isFileThere;
     for (const auto& watch : m_watches) {
         inotify_rm_watch(m_inotify.Get(), watch.first);
     }
     m_watches.clear();
     int error = ENOENT;
     for (size_t i = 0; i < m_folders.size(); ++i) {
-        const bool last = i + 1 == m_folders.size();
-        const int watch = inotify_add_watch(m_inotify.Get(), m_folders[i].c_str(),
-                                            last ? kFileEvents : kFolderEvents);
+        const int watch = inotify_add_watch(m_inotify.Get(), m_folders[i].c_str(), EventsOf(i));
         if (watch >= 0) {
             m_watches[watch] = i;
             continue;
@@ -85,7 +111,8 @@ PathWatch::News PathWatch::NewsOf(const inotify_event& event) const {
     }
     const bool isAboutName = event.len > 0 && m_names[watch->second] == event.name;
     if (isAboutName && watch->second + 1 == m_folders.size()) {
-        return News::kFile;
+        const bool isThere = (event.mask & kFileGone) == 0;
+        return isThere == m_isFileThere ? News::kFile : News::kFolders;
     }
     return isAboutName || (event.mask & kFolderGone) != 0 ? News::kFolders : News::kNone;
 }

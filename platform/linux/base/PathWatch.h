@@ -31,15 +31,21 @@ public:
 private:
     enum class News { kNone, kFile, kFolders };
 
-    // Watches every folder of the path that exists. A watch on only the last one is not enough: a
-    // removed folder says nothing while somebody holds a file of it open.
+    // Watches every folder of the path that exists: the file's own for what happens to the file,
+    // and while there is none those above it for what comes and goes in them. A watch on only the
+    // last one is not enough then: a removed folder says nothing while somebody holds a file of it
+    // open. While there is a file, it goes first.
     void Arm();
+    void ArmFor(bool isFileThere);
+    [[nodiscard]] bool IsFileThere() const;
+    [[nodiscard]] uint32_t EventsOf(size_t folder) const;
     [[nodiscard]] News NewsOf(const inotify_event& event) const;
 
     FileDescriptor m_inotify;
     std::vector<std::string> m_folders;  // from the topmost down to the file's own
     std::vector<std::string> m_names;    // what to look for in each of them
     std::map<int, size_t> m_watches;     // watch descriptor to folder
+    bool m_isFileThere = false;          // when the watches were made
     int m_error = 0;
 };
 
