@@ -129,8 +129,9 @@ guint g_dbus_connection_signal_subscribe(GDBusConnection* /*connection*/, const 
                                          const char* /*path*/, const char* /*arg0*/,
                                          GDBusSignalFlags /*flags*/, GDBusSignalCallback callback,
                                          gpointer data, GDestroyNotify /*free*/) {
-    return BusLibrary::Subscribe(
-        {"", interface, member == nullptr ? "" : member, callback, nullptr, nullptr, data});
+    return BusLibrary::Subscribe({"", interface == nullptr ? "" : interface,
+                                  member == nullptr ? "" : member, callback, nullptr, nullptr,
+                                  data});
 }
 
 void g_dbus_connection_signal_unsubscribe(GDBusConnection* /*connection*/, guint id) {

@@ -92,7 +92,8 @@ void MemoryBus::Signal(const std::string& path, const std::string& interface,
                        const std::string& member, GVariant* parameters) {
     const std::shared_ptr<GVariant> held(Keep(parameters).release(), g_variant_unref);
     for (const auto& [id, subscription] : m_subscriptions) {
-        if (subscription.interface == interface &&
+        if (subscription.onSignal != nullptr &&
+            (subscription.interface.empty() || subscription.interface == interface) &&
             (subscription.member.empty() || subscription.member == member)) {
             Deliver([this, id = id, path, interface, member, held] {
                 const auto found = m_subscriptions.find(id);

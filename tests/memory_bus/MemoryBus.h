@@ -19,7 +19,7 @@ public:
     struct CallInfo {
         std::string destination;
         std::string path;
-        std::string interface;
+        std::string interface;  // empty: any
         std::string method;
         GVariantPtr arguments;
     };
@@ -83,7 +83,7 @@ private:
     using Action = std::function<void()>;
     struct Subscription {
         std::string name;  // whose owner is watched; empty: a signal is listened to
-        std::string interface;
+        std::string interface;  // empty: any
         std::string member;  // empty: any
         GDBusSignalCallback onSignal;
         GBusNameAppearedCallback onAppeared;

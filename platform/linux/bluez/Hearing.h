@@ -34,6 +34,7 @@ public:
 
     // A scan on that adapter begins.
     void Begin(const std::string& adapter);
+    void End() { m_taken = {}; }
     // What to hand over of an advertisement of the device at `path`. `manufacturerData` is its
     // a{qv}, or NULL.
     std::vector<Packet> Take(const std::string& path, GVariant* manufacturerData);

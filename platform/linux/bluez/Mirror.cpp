@@ -14,23 +14,12 @@ namespace Bluez {
 
 namespace {
 
-// What bluetoothd reports as RSSI when the controller gave none.
-constexpr int kUnknownRssi = 127;
-
 // How long to wait for the objects, and then until they are asked for again.
 constexpr int kFirstPatienceMs = 5000;
 constexpr int kLongestPatienceMs = 60000;
 
-bool Has(GVariant* values, const char* name) {
-    return GVariantPtr(g_variant_lookup_value(values, name, nullptr)) != nullptr;
-}
-
-// Whether these changes of a device come from an advertisement. The values that a device keeps from
-// earlier ones are not told again.
-bool IsHeard(GVariant* values) {
-    return Has(values, "RSSI") || Has(values, "ManufacturerData") || Has(values, "ServiceData") ||
-           Has(values, "AdvertisingFlags");
-}
+// So many devices leave more memory behind than a moment's work is worth.
+constexpr std::size_t kCrowd = 256;
 
 }  // namespace
 
@@ -68,9 +57,15 @@ void Mirror::OnConnection(GObjectPtr<GDBusConnection> connection) {
     // The bus library ends the process next; without this line that would look like an ordinary
     // stop.
     m_closed = g_signal_connect(m_connection.get(), "closed", G_CALLBACK(OnBusClosed), nullptr);
-    Subscribe(kObjectManagerInterface, "InterfacesAdded");
-    Subscribe(kObjectManagerInterface, "InterfacesRemoved");
-    Subscribe(kPropertiesInterface, "PropertiesChanged");
+    // All of its signals, for it has hardly any others than those that the mirror needs.
+    m_signals = BusWatch::OnSignal(
+        m_connection.get(), kBusName, nullptr, nullptr,
+        [](GDBusConnection* /*connection*/, const char* /*sender*/, const char* path,
+           const char* interface, const char* signal, GVariant* parameters,
+           gpointer data) noexcept {
+            static_cast<Mirror*>(data)->OnSignal(path, interface, signal, parameters);
+        },
+        this);
     m_nameWatch = BusWatch::OnName(
         m_connection.get(), kBusName,
         [](GDBusConnection* /*connection*/, const char* /*name*/, const char* /*owner*/,
@@ -85,17 +80,6 @@ void Mirror::OnBusClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerV
                          GError* error, gpointer /*data*/) noexcept {
     PLATFORM_ERROR("the system bus is gone, and with it this process: %s",
                    error == nullptr ? "closed" : error->message);
-}
-
-void Mirror::Subscribe(const char* interface, const char* member) {
-    m_subscriptions.push_back(BusWatch::OnSignal(
-        m_connection.get(), kBusName, interface, member,
-        [](GDBusConnection* /*connection*/, const char* /*sender*/, const char* path,
-           const char* /*interface*/, const char* signal, GVariant* parameters,
-           gpointer data) noexcept {
-            static_cast<Mirror*>(data)->OnSignal(path, signal, parameters);
-        },
-        this));
 }
 
 void Mirror::OnServiceAppeared() {
@@ -150,18 +134,19 @@ void Mirror::OnManagedObjects(GVariant* reply, const GError* error) {
                   adapter.empty() ? "no powered adapter" : ("adapter " + adapter).c_str());
 }
 
-void Mirror::OnSignal(const char* path, const char* member, GVariant* parameters) {
-    if (Is(member, "PropertiesChanged")) {
-        if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sa{sv}as)"))) {
-            ChangeProperties(path, parameters);
-        }
-    } else if (Is(member, "InterfacesAdded")) {
-        if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(oa{sa{sv}})"))) {
-            const GVariantPtr object(g_variant_get_child_value(parameters, 0));
-            const GVariantPtr interfaces(g_variant_get_child_value(parameters, 1));
-            AddInterfaces(g_variant_get_string(object.get(), nullptr), interfaces.get());
-        }
-    } else if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(oas)"))) {
+void Mirror::OnSignal(const char* path, const char* interface, const char* member,
+                      GVariant* parameters) {
+    const auto is = [&](const char* wantedInterface, const char* wantedMember, const char* type) {
+        return Is(member, wantedMember) && Is(interface, wantedInterface) &&
+               g_variant_is_of_type(parameters, G_VARIANT_TYPE(type)) != FALSE;
+    };
+    if (is(kPropertiesInterface, "PropertiesChanged", "(sa{sv}as)")) {
+        ChangeProperties(path, parameters);
+    } else if (is(kObjectManagerInterface, "InterfacesAdded", "(oa{sa{sv}})")) {
+        const GVariantPtr object(g_variant_get_child_value(parameters, 0));
+        const GVariantPtr interfaces(g_variant_get_child_value(parameters, 1));
+        AddInterfaces(g_variant_get_string(object.get(), nullptr), interfaces.get());
+    } else if (is(kObjectManagerInterface, "InterfacesRemoved", "(oas)")) {
         const GVariantPtr object(g_variant_get_child_value(parameters, 0));
         const GVariantPtr names(g_variant_get_child_value(parameters, 1));
         RemoveInterfaces(g_variant_get_string(object.get(), nullptr), names.get());
@@ -199,10 +184,10 @@ void Mirror::AddInterfaces(const std::string& path, GVariant* interfaces) {
     const char* interface = nullptr;
     GVariant* values = nullptr;
     while (g_variant_iter_loop(&iter, "{&s@a{sv}}", &interface, &values)) {
-        ApplyProperties(path, interface, values);
+        const Heard heard = ApplyProperties(path, interface, values);
         // Without a signal strength the device was made for another reason than being heard.
-        if (Is(interface, kDeviceInterface) && Has(values, "RSSI")) {
-            TellAdvertisement(path, values);
+        if (heard.rssi) {
+            TellAdvertisement(path, heard);
         }
     }
 }
@@ -224,9 +209,9 @@ void Mirror::ChangeProperties(const std::string& path, GVariant* parameters) {
     GVariantPtr invalidated;
     g_variant_get(parameters, "(&s@a{sv}@as)", &interface, static_cast<GVariant**>(Out(values)),
                   static_cast<GVariant**>(Out(invalidated)));
-    ApplyProperties(path, interface, values.get());
-    if (Is(interface, kDeviceInterface) && IsHeard(values.get())) {
-        TellAdvertisement(path, values.get());
+    const Heard heard = ApplyProperties(path, interface, values.get());
+    if (heard.isAny) {
+        TellAdvertisement(path, heard);
     }
 }
 
@@ -244,14 +229,16 @@ const Mirror::Kind* Mirror::FindKind(const std::string& interface) {
     return kind == std::end(kKinds) ? nullptr : kind;
 }
 
-void Mirror::ApplyProperties(const std::string& path, const std::string& interface,
-                             GVariant* values) {
+Heard Mirror::ApplyProperties(const std::string& path, const std::string& interface,
+                              GVariant* values) {
+    Heard heard;
     if (const Kind* kind = FindKind(interface)) {
-        (this->*kind->apply)(path, values);
+        (this->*kind->apply)(path, values, heard);
     }
+    return heard;
 }
 
-void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
+void Mirror::ApplyAdapter(const std::string& path, GVariant* values, Heard& /*heard*/) {
     Adapter& adapter = m_adapters[path];
     m_hadAdapter = true;
     const bool wasPowered = adapter.isPowered;
@@ -274,7 +261,7 @@ void Mirror::ApplyAdapter(const std::string& path, GVariant* values) {
     }
 }
 
-void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
+void Mirror::ApplyDevice(const std::string& path, GVariant* values, Heard& heard) {
     const auto [entry, isNew] = m_devices.try_emplace(path);
     Device& device = entry->second;
     const std::string oldAddress = device.address;
@@ -282,26 +269,7 @@ void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
         device.address = AddressOfPath(path);
     }
     const bool wasConnected = device.isConnected;
-    ForEachProperty(values, [&device](const char* name, GVariant* value) {
-        if (Is(name, "Connected")) {
-            Read(value, device.isConnected);
-        } else if (Is(name, "Bonded")) {
-            Read(value, device.isBonded);
-        } else if (Is(name, "Paired")) {
-            Read(value, device.isPaired);
-        } else if (Is(name, "Name")) {
-            Read(value, device.name);
-        } else if (Is(name, "Address")) {
-            Read(value, device.address);
-        } else if (Is(name, "Class")) {
-            Read(value, device.deviceClass);
-        } else if (Is(name, "Modalias")) {
-            Read(value, device.modalias);
-        } else if (Is(name, "UUIDs")) {
-            device.hasHid = Names(value, kHidUuid) || Names(value, kHidOverLeUuid);
-            device.hasA2dpSource = Names(value, kA2dpSourceUuid);
-        }
-    });
+    ReadDevice(values, device, heard);
     if (device.address != oldAddress) {
         DropAddress(path, oldAddress);
         m_devicePaths.emplace(device.address, path);
@@ -311,7 +279,7 @@ void Mirror::ApplyDevice(const std::string& path, GVariant* values) {
     }
 }
 
-void Mirror::ApplyTransport(const std::string& path, GVariant* values) {
+void Mirror::ApplyTransport(const std::string& path, GVariant* values, Heard& /*heard*/) {
     std::string device;
     std::string uuid;
     ForEachProperty(values, [&](const char* name, GVariant* value) {
@@ -330,7 +298,7 @@ void Mirror::ApplyTransport(const std::string& path, GVariant* values) {
     ForEachListener([&device](Listener& listener) { listener.OnTransportAdded(device); });
 }
 
-void Mirror::ApplyPlayer(const std::string& path, GVariant* values) {
+void Mirror::ApplyPlayer(const std::string& path, GVariant* values, Heard& /*heard*/) {
     Player& player = m_players[path];
     ForEachProperty(values, [&player](const char* name, GVariant* value) {
         if (Is(name, "Device")) {
@@ -344,7 +312,7 @@ void Mirror::ApplyPlayer(const std::string& path, GVariant* values) {
     ForEachListener([&path](Listener& listener) { listener.OnPlayerChanged(path); });
 }
 
-void Mirror::ApplyControl(const std::string& path, GVariant* values) {
+void Mirror::ApplyControl(const std::string& path, GVariant* values, Heard& /*heard*/) {
     ForEachProperty(values, [this, &path](const char* name, GVariant* value) {
         if (Is(name, "Player")) {
             Read(value, m_addressedPlayers[path]);
@@ -352,12 +320,13 @@ void Mirror::ApplyControl(const std::string& path, GVariant* values) {
     });
 }
 
-void Mirror::TellAdvertisement(const std::string& path, GVariant* values) {
-    const GVariantPtr data(
-        g_variant_lookup_value(values, "ManufacturerData", G_VARIANT_TYPE("a{qv}")));
-    gint16 rssi = kUnknownRssi;
-    g_variant_lookup(values, "RSSI", "n", &rssi);
-    ForEachListener([&](Listener& listener) { listener.OnAdvertisement(path, data.get(), rssi); });
+void Mirror::TellAdvertisement(const std::string& path, const Heard& heard) {
+    // What bluetoothd reports as RSSI when the controller gave none.
+    constexpr int kUnknownRssi = 127;
+    ForEachListener([&](Listener& listener) {
+        listener.OnAdvertisement(path, heard.manufacturerData.get(),
+                                 heard.rssi.value_or(kUnknownRssi));
+    });
 }
 
 void Mirror::DropAdapter(const std::string& path) {
@@ -374,8 +343,22 @@ void Mirror::DropDevice(const std::string& path) {
         return;
     }
     DropAddress(path, device.mapped().address);
+    CountDropped(1);
     if (device.mapped().isConnected) {
         ForEachListener([&path](Listener& listener) { listener.OnDeviceDisconnected(path); });
+    }
+}
+
+void Mirror::CountDropped(std::size_t devices) {
+    m_dropped += devices;
+    if (m_dropped < kCrowd) {
+        return;
+    }
+    m_dropped = 0;
+    m_trim.Soon();
+    if (m_devices.bucket_count() > 8 * m_devices.size()) {
+        m_devices.rehash(0);
+        m_devicePaths.rehash(0);
     }
 }
 
@@ -407,8 +390,10 @@ void Mirror::DropControl(const std::string& path) {
 void Mirror::Clear() {
     m_adapters.clear();
     m_hadAdapter = false;
+    const std::size_t devices = m_devices.size();
     m_devices.clear();
     m_devicePaths.clear();
+    CountDropped(devices);
     m_transports.clear();
     m_players.clear();
     m_addressedPlayers.clear();

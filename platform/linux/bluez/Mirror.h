@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -12,7 +13,9 @@
 #include "common/CHandle.h"
 #include "common/Source.h"
 #include "platform/linux/base/GrowingPause.h"
+#include "platform/linux/base/MemoryTrim.h"
 #include "platform/linux/bluez/Call.h"
+#include "platform/linux/bluez/Device.h"
 #include "platform/linux/bluez/Listener.h"
 
 namespace Bluez {
@@ -22,20 +25,6 @@ struct Adapter {
     bool isPowered = false;
     bool hasA2dpSink = false;    // something on this machine renders music
     bool isDiscovering = false;  // for any program, this one included
-};
-
-struct Device {
-    std::string address;  // upper case
-    std::string name;     // empty when the device never told one
-    bool isPaired = false;
-    std::optional<bool> isBonded;  // bluetoothd tells since 5.65
-    bool isConnected = false;
-    guint32 deviceClass = 0;     // Class of Device; 0 for LE devices
-    std::string modalias;        // who made it; empty when it does not tell
-    bool hasHid = false;         // it is an input device
-    bool hasA2dpSource = false;  // it can send music
-
-    [[nodiscard]] bool HoldsBond() const { return isBonded.value_or(isPaired); }
 };
 
 struct Player {
@@ -92,6 +81,9 @@ public:
     // before there was a mirror.
     [[nodiscard]] std::vector<std::string> DevicesWithTransport() const;
 
+    // A crowd of devices may have come and gone: gives its memory back when it is quiet.
+    void TrimSoon() { m_trim.Soon(); }
+
 private:
     static void OnBusClosed(GDBusConnection* connection, gboolean remotePeerVanished, GError* error,
                             gpointer data) noexcept;
@@ -100,8 +92,8 @@ private:
     void OnServiceVanished();
     void ReadObjects();
     void OnManagedObjects(GVariant* reply, const GError* error);
-    void OnSignal(const char* path, const char* member, GVariant* parameters);
-    void Subscribe(const char* interface, const char* member);
+    void OnSignal(const char* path, const char* interface, const char* member,
+                  GVariant* parameters);
 
     // Order of adapters by path: 'hci10' comes after 'hci9'.
     struct ByNumber {
@@ -113,7 +105,7 @@ private:
     // An interface that the mirror knows: what to do with its properties, and when it goes.
     struct Kind {
         const char* interface;
-        void (Mirror::*apply)(const std::string& path, GVariant* values);
+        void (Mirror::*apply)(const std::string& path, GVariant* values, Heard& heard);
         void (Mirror::*drop)(const std::string& path);
     };
     static const Kind* FindKind(const std::string& interface);
@@ -122,15 +114,16 @@ private:
     void AddInterfaces(const std::string& path, GVariant* interfaces);
     void RemoveInterfaces(const std::string& path, GVariant* names);
     void ChangeProperties(const std::string& path, GVariant* parameters);
-    void ApplyProperties(const std::string& path, const std::string& interface, GVariant* values);
-    void ApplyAdapter(const std::string& path, GVariant* values);
-    void ApplyDevice(const std::string& path, GVariant* values);
-    void ApplyTransport(const std::string& path, GVariant* values);
-    void ApplyPlayer(const std::string& path, GVariant* values);
-    void ApplyControl(const std::string& path, GVariant* values);
-    void TellAdvertisement(const std::string& path, GVariant* values);
+    Heard ApplyProperties(const std::string& path, const std::string& interface, GVariant* values);
+    void ApplyAdapter(const std::string& path, GVariant* values, Heard& heard);
+    void ApplyDevice(const std::string& path, GVariant* values, Heard& heard);
+    void ApplyTransport(const std::string& path, GVariant* values, Heard& heard);
+    void ApplyPlayer(const std::string& path, GVariant* values, Heard& heard);
+    void ApplyControl(const std::string& path, GVariant* values, Heard& heard);
+    void TellAdvertisement(const std::string& path, const Heard& heard);
     void DropAdapter(const std::string& path);
     void DropDevice(const std::string& path);
+    void CountDropped(std::size_t devices);
     void DropAddress(const std::string& path, const std::string& address);
     void DropTransport(const std::string& path);
     void DropPlayer(const std::string& path);
@@ -154,6 +147,8 @@ private:
     std::map<std::string, std::string> m_transports;
     std::map<std::string, Player> m_players;
     std::map<std::string, std::string> m_addressedPlayers;  // device to player
+    std::size_t m_dropped = 0;  // devices, since memory was last given back
+    Platform::MemoryTrim m_trim;
     bool m_isFilled = false;
     bool m_isAbsent = false;
     bool m_isRefused = false;  // it is there, and did not tell its objects
@@ -161,7 +156,7 @@ private:
     Timer m_retry;
     Platform::GrowingPause m_patience;
     GObjectPtr<GCancellable> m_busRequest;
-    std::vector<BusWatch> m_subscriptions;
+    BusWatch m_signals;
     BusWatch m_nameWatch;
     gulong m_closed = 0;
 };

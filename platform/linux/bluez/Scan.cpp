@@ -112,6 +112,8 @@ void Scan::OnStartOverdue() {
 void Scan::End() {
     m_callback = nullptr;
     m_deadline.Cancel();
+    m_hearing.End();
+    m_mirror.TrimSoon();
     const auto discovery = m_discoveries.find(m_adapter);
     if (discovery != m_discoveries.end()) {
         discovery->second.SetWanted(false);
