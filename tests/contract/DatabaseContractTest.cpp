@@ -72,6 +72,9 @@ TEST_F(DatabaseContractTest, KeysThatPersistAreOnTheDiskWhenTheyAreWritten) {
         syncs = 0;
         EXPECT_EQ(vconf_set_int(key.c_str(), 2), 0);
         EXPECT_EQ(syncs > 0, key[0] == 'd') << key;
+        syncs = 0;
+        EXPECT_EQ(vconf_set_int(key.c_str(), 2), 0);
+        EXPECT_EQ(syncs, 0) << key << " has the value";
     }
 }
 

@@ -57,6 +57,11 @@ void OnBus(GObject* /*source*/, GAsyncResult* result, gpointer /*data*/) noexcep
 
 }  // namespace
 
+std::optional<std::int64_t> LoopTurn() {
+    GSource* const source = g_main_current_source();
+    return source == nullptr ? std::nullopt : std::optional(g_source_get_time(source));
+}
+
 void TellOfMainLoop() {
     static const Timer beat = [] {
         g_bus_get(G_BUS_TYPE_SYSTEM, nullptr, OnBus, nullptr);

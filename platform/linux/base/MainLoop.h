@@ -4,9 +4,15 @@
 
 #include <gio/gio.h>
 
+#include <cstdint>
+#include <optional>
+
 #include "common/CHandle.h"
 
 namespace Platform {
+
+// Names the turn of the main loop that this code runs in; empty outside of one.
+[[nodiscard]] std::optional<std::int64_t> LoopTurn();
 
 // Lets others see whether the main loop runs: AskMainLoop of another process, and systemd, if it
 // watches this process (WatchdogSec=), twice in each interval in which it wants to hear of it. To

@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -17,6 +19,7 @@
 #include <thread>
 
 #include "platform/linux/base/Folders.h"
+#include "platform/linux/base/MainLoop.h"
 
 namespace Platform {
 
@@ -34,6 +37,17 @@ constexpr std::chrono::milliseconds kBusyStep(2);
 // thousand.
 constexpr int kMaxSteps = 50'000'000;
 
+// Of ShortPatience; a sleep takes longer than it is told.
+constexpr std::chrono::milliseconds kTurnTimeout(90);
+
+// What this thread waited while its patience was short.
+struct Turn {
+    bool isShort = false;
+    std::int64_t number = 0;  // of the main loop
+    Clock::duration waited{0};
+};
+thread_local Turn theTurn;
+
 // Waiting for one file, by all connections of the process.
 class Patience {
 public:
@@ -50,19 +64,24 @@ public:
 
 private:
     bool Wait(int attempts) {
-        const auto now = Clock::now().time_since_epoch();
-        if (attempts * kBusyStep >= kBusyTimeout) {
-            m_exhaustedUntil = (now + kBusyTimeout).count();
+        const auto now = Clock::now();
+        auto& exhaustedUntil = theTurn.isShort ? m_shortExhaustedUntil : m_exhaustedUntil;
+        if (now.time_since_epoch().count() < exhaustedUntil) {
             return false;
         }
-        if (now.count() < m_exhaustedUntil) {
+        const bool isOver = theTurn.isShort ? theTurn.waited + kBusyStep >= kTurnTimeout
+                                            : attempts * kBusyStep >= kBusyTimeout;
+        if (isOver) {
+            exhaustedUntil = (now + kBusyTimeout).time_since_epoch().count();
             return false;
         }
         std::this_thread::sleep_for(kBusyStep);
+        theTurn.waited += std::max<Clock::duration>(Clock::now() - now, kBusyStep);
         return true;
     }
 
     std::atomic<Clock::rep> m_exhaustedUntil{0};
+    std::atomic<Clock::rep> m_shortExhaustedUntil{0};  // says little to those who may wait longer
 };
 
 // SQLite's file access, in the place of open(2).
@@ -210,6 +229,19 @@ void Harden(sqlite3* connection, Patience& patience) {
 }
 
 }  // namespace
+
+ShortPatience::ShortPatience() {
+    const auto turn = LoopTurn();
+    theTurn.isShort = turn.has_value();
+    if (turn && *turn != theTurn.number) {
+        theTurn.number = *turn;
+        theTurn.waited = {};
+    }
+}
+
+ShortPatience::~ShortPatience() {
+    theTurn.isShort = false;
+}
 
 int OpenSqlite(const std::string& path, bool create, SqlitePtr& connection) {
     const bool isMade = create && MakeSharedFile(path);

@@ -19,6 +19,16 @@ namespace Platform {
 // - A connection waits for a file that another process holds for 1 s at most, and when it gave
 //   up, those of the next second fail at once, so that waits do not add up.
 
+// While it lives, this thread waits less: in one turn of the main loop 100 ms at most for all files
+// together. For reads; a write that gives up is lost. Outside of the main loop it does nothing.
+class ShortPatience {
+public:
+    ShortPatience();
+    ~ShortPatience();
+    ShortPatience(const ShortPatience&) = delete;
+    ShortPatience& operator=(const ShortPatience&) = delete;
+};
+
 // Opens the file for reading and writing; one that may only be read is opened for reading. With
 // `create` a missing file is made, for its folder's group where the folder is shared; if the open
 // then fails, the file does not stay. An SQLite result code; `connection` is set in any case and

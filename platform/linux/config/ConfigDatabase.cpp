@@ -103,9 +103,7 @@ private:
 }  // namespace
 
 ConfigDatabase::Transaction::Transaction(ConfigDatabase& database)
-    : m_database(database),
-      m_begun(database.Execute("BEGIN IMMEDIATE")),
-      m_isOpen(m_begun == SQLITE_OK) {
+    : m_database(database), m_begun(database.Begin()), m_isOpen(m_begun == SQLITE_OK) {
     if (m_isOpen && !database.m_hasSchema) {
         m_begun = database.Execute(kSchema);
     }
@@ -126,17 +124,27 @@ int ConfigDatabase::Transaction::Commit() {
     return code;
 }
 
+// Who only reads needs no journal.
+int ConfigDatabase::Begin() {
+    if (!m_isReadyToWrite) {
+        const int code =
+            Execute(m_isDurable ? "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL"
+                                : "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = OFF");
+        if (code != SQLITE_OK) {
+            return code;
+        }
+        m_isReadyToWrite = true;
+    }
+    return Execute("BEGIN IMMEDIATE");
+}
+
 int ConfigDatabase::Open(const std::string& path, bool create, bool durable) {
-    int code = OpenSqlite(path, create, m_handle);
+    const int code = OpenSqlite(path, create, m_handle);
     if (code != SQLITE_OK) {
         return code;
     }
     sqlite3_limit(m_handle.get(), SQLITE_LIMIT_LENGTH, kMaxEntryBytes);
-    code = Execute(durable ? "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL"
-                           : "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = OFF");
-    if (code != SQLITE_OK) {
-        return code;
-    }
+    m_isDurable = durable;
     int moved = 0;
     const bool isKnown =
         stat(path.c_str(), &m_identity) == 0 &&
@@ -161,12 +169,13 @@ int ConfigDatabase::Execute(const char* sql) {
 int ConfigDatabase::Select(const std::string& key, ConfigLookup& lookup) {
     m_subject = key;
     StatementUse select(m_handle.get(), m_select,
-                        "SELECT type, value, revision FROM entries WHERE key = ?1");
+                        "SELECT type, value, revision, rowid FROM entries WHERE key = ?1");
     lookup.status = ConfigStatus::kAbsent;
     if (select.Bind(1, key).Step()) {
         lookup.status = ConfigStatus::kOk;
         lookup.value = ColumnValue(m_select.get(), 0);
         lookup.revision = sqlite3_column_int64(m_select.get(), 2);
+        lookup.row = sqlite3_column_int64(m_select.get(), 3);
     }
     return select.Code();
 }

@@ -51,11 +51,14 @@ public:
     [[nodiscard]] std::string Explain(int code) const;
 
 private:
+    int Begin();
     int Execute(const char* sql);
     int AdvanceSequence();
 
     SqlitePtr m_handle;
     struct stat m_identity = {};  // of the file that is open
+    bool m_isDurable = true;
+    bool m_isReadyToWrite = false;
     bool m_hasSchema = false;
     std::string m_subject;  // the key that is being read or written
     StatementPtr m_select;

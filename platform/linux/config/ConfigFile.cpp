@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/config/ConfigFile.h"
 
-#include <fcntl.h>
-#include <glib.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -11,29 +9,28 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/base/Folders.h"
+#include "platform/linux/base/MainLoop.h"
+#include "platform/linux/base/SqliteConnection.h"
 
 namespace Platform {
 
 namespace {
 
+using std::chrono::steady_clock;
+
 // Longer than the step in which others ask for a file that is held.
 constexpr std::chrono::milliseconds kTurn(3);
-
-// Names the turn of the main loop that this code runs in; empty outside of one.
-std::optional<int64_t> LoopTurn() {
-    GSource* const source = g_main_current_source();
-    return source == nullptr ? std::nullopt : std::optional(g_source_get_time(source));
-}
+// How long the others may find it held by one that writes without a pause.
+constexpr std::chrono::milliseconds kLongestBurst(50);
 
 }  // namespace
 
 ConfigFile::ConfigFile(std::string folder, Kind kind)
     : m_folder(std::move(folder)),
       m_path(m_folder + "/config.db"),
-      m_notificationPath(m_folder + "/config.changed"),
-      m_kind(kind) {}
+      m_kind(kind),
+      m_notice(m_folder) {}
 
 ConfigLookup ConfigFile::Lookup(const std::string& key) {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -45,6 +42,7 @@ ConfigLookup ConfigFile::Lookup(const std::string& key) {
         lookup.status = m_failedStatus;
         return lookup;
     }
+    const ShortPatience patience;
     lookup.status = Read(key, lookup);
     if (IsFailure(lookup.status)) {
         m_failedTurn = turn;
@@ -69,9 +67,18 @@ ConfigStatus ConfigFile::Read(const std::string& key, ConfigLookup& lookup) {
 ConfigStatus ConfigFile::Store(const std::string& key, const ConfigValue& value,
                                std::optional<int64_t> expectedRevision) {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    // What was decided without the value that is there would take its place.
+    const auto turn = LoopTurn();
+    if (turn && turn == m_failedTurn && m_failedStatus == ConfigStatus::kBusy) {
+        return ConfigStatus::kBusy;
+    }
     const ConfigStatus opened = Open(Access::kWrite);
     if (opened != ConfigStatus::kOk) {
         return opened;
+    }
+    if (IsRepeated(key, value, expectedRevision)) {
+        EndFault(Access::kRead);
+        return ConfigStatus::kOk;
     }
     YieldToOtherWriters();
     ConfigDatabase::Transaction transaction(*m_database);
@@ -87,6 +94,21 @@ ConfigStatus ConfigFile::Store(const std::string& key, const ConfigValue& value,
         code = m_database->Write(key, value);
     }
     return Finish(transaction, code, true);
+}
+
+bool ConfigFile::IsRepeated(const std::string& key, const ConfigValue& value,
+                            std::optional<int64_t> expectedRevision) {
+    ConfigLookup present;
+    // What goes wrong here goes wrong in the write, too, if it matters there.
+    return m_database->Select(key, present) == SQLITE_OK && present.status == ConfigStatus::kOk &&
+           present.value == value &&
+           present.revision == expectedRevision.value_or(present.revision) &&
+           m_notice.TellRepeated(present.row);
+}
+
+std::uint64_t ConfigFile::WriteMark(const ConfigLookup& lookup) const {
+    // Neither ever becomes smaller.
+    return static_cast<std::uint64_t>(lookup.revision) + m_notice.LastRepeated(lookup.row);
 }
 
 ConfigStatus ConfigFile::Remove(const std::string& key) {
@@ -118,9 +140,9 @@ ConfigStatus ConfigFile::Finish(ConfigDatabase::Transaction& transaction, int co
     if (code != SQLITE_OK) {
         return FailSqlite(Access::kWrite, code);
     }
-    m_lastWrite = std::chrono::steady_clock::now();
+    m_lastWrite = steady_clock::now();
     EndFault(Access::kWrite);
-    TellWatchers();
+    m_notice.TellChanged();
     return ConfigStatus::kOk;
 }
 
@@ -189,23 +211,15 @@ ConfigStatus ConfigFile::OpenDatabase(Access access) {
 }
 
 // Nobody hands the file's lock over. One that writes a durable file without a pause holds it nearly
-// all the time, and the others would find it held until they give up.
-void ConfigFile::YieldToOtherWriters() const {
-    if (m_kind == Kind::kDurable && std::chrono::steady_clock::now() - m_lastWrite < kTurn) {
+// all the time, and the others would find it held until they give up. What a command writes is done
+// long before it is their turn.
+void ConfigFile::YieldToOtherWriters() {
+    const auto now = steady_clock::now();
+    if (m_kind != Kind::kDurable || now - m_lastWrite >= kTurn) {
+        m_burstStart = now;
+    } else if (now - m_burstStart >= kLongestBurst) {
         std::this_thread::sleep_for(kTurn);
-    }
-}
-
-void ConfigFile::TellWatchers() {
-    MakeSharedFile(m_notificationPath);
-    const OwnerIdentity identity(m_folder);
-    const FileDescriptor file(open(m_notificationPath.c_str(),
-                                   O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
-    if (file.IsOpen()) {
-        m_notificationFault.End();
-    } else {
-        m_notificationFault.Begin(PLATFORM_HERE, m_notificationPath + ": " + std::strerror(errno) +
-                                                     "; other processes do not hear of changes");
+        m_burstStart = steady_clock::now();
     }
 }
 

@@ -29,6 +29,10 @@ struct ConfigValue {
     ConfigType type = ConfigType::kString;
     std::string text;
     int number = 0;
+
+    bool operator==(const ConfigValue& other) const {
+        return type == other.type && text == other.text && number == other.number;
+    }
 };
 
 struct ConfigEntry {
@@ -55,7 +59,8 @@ inline bool IsFailure(ConfigStatus status) {
 struct ConfigLookup {
     ConfigStatus status = ConfigStatus::kFailed;
     ConfigValue value;     // when status is kOk
-    int64_t revision = 0;  // of the last write to the key, never used twice; 0 when absent
+    int64_t revision = 0;  // of the last change of the key, never used twice; 0 when absent
+    int64_t row = 0;       // where the key is; 0 when absent
 
     [[nodiscard]] bool Holds(ConfigType type) const {
         return status == ConfigStatus::kOk && value.type == type;

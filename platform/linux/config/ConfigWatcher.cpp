@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kRetryMs = 1000;
 constexpr int kMaxRetryMs = 60000;
-constexpr int64_t kNeverSeen = -1;
 
 }  // namespace
 
@@ -31,12 +30,12 @@ bool ConfigWatcher::Add(const std::string& key, vconf_callback_fn callback, void
     // Read after the watch stands: a write from now on is a change.
     const ConfigLookup present = m_file.Lookup(key);
     const bool isMissed = m_hasMissedRead || IsMissed(present.status);
-    const int64_t revision = isMissed ? kNeverSeen : present.revision;
+    const auto mark = isMissed ? std::nullopt : std::optional(m_file.WriteMark(present));
     if (isMissed) {
         RetryLater();
     }
     m_registrations.push_back(
-        std::make_shared<Registration>(Registration{key, callback, userData, revision, true}));
+        std::make_shared<Registration>(Registration{key, callback, userData, mark, true}));
     return true;
 }
 
@@ -61,7 +60,7 @@ bool ConfigWatcher::Remove(const std::string& key, vconf_callback_fn callback) {
 void ConfigWatcher::MissedRead() {
     m_hasMissedRead = true;
     for (const auto& registration : m_registrations) {
-        registration->lastSeen = kNeverSeen;
+        registration->lastSeen.reset();
     }
     if (!m_registrations.empty()) {
         RetryLater();
@@ -104,29 +103,29 @@ void ConfigWatcher::Stop() {
 
 void ConfigWatcher::TellChanges() {
     m_hasMissedRead = false;
-    std::map<std::string, ConfigLookup> lookups;
+    std::map<std::string, std::pair<ConfigStatus, std::uint64_t>> known;  // by key, with its mark
     const auto registrations = m_registrations;
     for (const auto& registration : registrations) {
         if (!registration->isActive) {
             continue;
         }
-        auto known = lookups.find(registration->key);
-        if (known == lookups.end()) {
-            known = lookups.emplace(registration->key, m_file.Lookup(registration->key)).first;
+        const auto [entry, isNew] = known.try_emplace(registration->key);
+        auto& [status, mark] = entry->second;
+        if (isNew) {
+            const ConfigLookup lookup = m_file.Lookup(registration->key);
+            status = lookup.status;
+            mark = m_file.WriteMark(lookup);
         }
-        const ConfigLookup& lookup = known->second;
         // A file that is gone or broken is a fault and not a write.
-        const bool isKnown =
-            lookup.status == ConfigStatus::kOk || lookup.status == ConfigStatus::kAbsent;
-        if (isKnown && lookup.revision != registration->lastSeen) {
-            registration->lastSeen = lookup.revision;
+        const bool isKnown = status == ConfigStatus::kOk || status == ConfigStatus::kAbsent;
+        if (isKnown && mark != registration->lastSeen) {
+            registration->lastSeen = mark;
             _keynode_t node = {registration->key};
             registration->callback(&node, registration->userData);
         }
     }
-    const bool isMissed = std::any_of(lookups.begin(), lookups.end(), [](const auto& lookup) {
-        return IsMissed(lookup.second.status);
-    });
+    const bool isMissed = std::any_of(
+        known.begin(), known.end(), [](const auto& entry) { return IsMissed(entry.second.first); });
     if (isMissed) {
         RetryLater();
     } else if (!m_retry.IsRunning()) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,7 @@
 namespace Platform {
 
 // Tells on the main loop when keys of one configuration file were written, by whatever process.
-// Nothing is polled: a writer touches the notification file, and each watched key's revision is
+// Nothing is polled: a writer touches the notification file, and each watched key's write mark is
 // compared with the last one seen, so that no write is missed and none is told twice. Callbacks may
 // add and remove registrations, their own included. Main loop's thread only.
 class ConfigWatcher {
@@ -45,7 +46,7 @@ private:
         std::string key;
         vconf_callback_fn callback;
         void* userData;
-        int64_t lastSeen;
+        std::optional<std::uint64_t> lastSeen;  // write mark; any is news when empty
         bool isActive;
     };
 
