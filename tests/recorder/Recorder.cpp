@@ -147,6 +147,13 @@ std::vector<std::string> Calls(const std::string& prefix) {
     });
 }
 
+std::vector<std::string> All() {
+    return Select([](const Entry& entry) {
+        return entry.kind == Kind::kQuery || entry.kind == Kind::kCommand ||
+               IsLog(entry, "", DLOG_DEBUG);
+    });
+}
+
 std::vector<std::string> Story(const std::string& tag) {
     return Select([&](const Entry& entry) {
         return entry.kind == Kind::kCommand || IsLog(entry, tag, DLOG_INFO);

@@ -33,6 +33,8 @@ std::vector<std::string> Lines(const std::string& tag = "", int minPriority = 3)
 // All calls, queries included, whose text begins with `prefix`; for example
 // "bt_audio_connect(A0:B1:C2:D3:E4:F5,4)".
 std::vector<std::string> Calls(const std::string& prefix = "");
+// All calls and the log lines of any tag, without the call tracer's, as they came.
+std::vector<std::string> All();
 // Calls that change something, and log lines of a tag ("" for any) from INFO up, as they came.
 std::vector<std::string> Story(const std::string& tag = "");
 // As Story, and forgets the record.

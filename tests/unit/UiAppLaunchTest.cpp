@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "tests/unit/PlatformTest.h"
+#include "utility/AppManagerUtil.h"
 #include "utility/UiAppLaunch.h"
 
 namespace {
@@ -81,6 +82,19 @@ TEST_F(UiAppLaunchTest, DeliversWhatIsQueuedBeforeItEnds) {
     const Texts sent = Recorder::Calls("app_control_send");
     ASSERT_EQ(sent.size(), static_cast<std::size_t>(taken));
     EXPECT_EQ(sent.back(), Sent(std::to_string(taken - 1)) + ")");
+}
+
+TEST_F(UiAppLaunchTest, GetsWhatTheApplicationsUtilitySends) {
+    Tv::SetState("power_state", 1);
+    EXPECT_TRUE(Util::AppManagerUtil::SendNirvoUiMessage(Event(1), false));
+    EXPECT_EQ(Tv::State("power_state"), 1);
+    EXPECT_TRUE(Util::AppManagerUtil::SendNirvoUiMessage(Event(3), true));
+    EXPECT_EQ(Tv::State("power_state"), 0);
+    // The event wait ends the delivery, but for the lines that trace the way out.
+    EXPECT_TRUE(Recorder::WaitFor("OUT << [void UiAppLaunch::SendNirvoUiMessage", 2));
+    EXPECT_THAT(Recorder::Calls("app_control_send"), ElementsAre(Sent("1") + ")", Sent("3") + ")"));
+    EXPECT_EQ(Recorder::Lines("utility", 4).front(),
+              "I utility SendNirvoUiMessage: sendMessage via launch app");
 }
 
 }  // namespace
