@@ -97,4 +97,13 @@ TEST_F(DatabaseContractTest, FollowsNoLinkThatAGroupMayHaveMade) {
     EXPECT_FALSE(fs::exists(m_file));
 }
 
+TEST_F(DatabaseContractTest, InterruptsAStatementThatDoesNotEnd) {
+    SqlitePtr connection;
+    ASSERT_EQ(db_util_open(m_file.c_str(), Out(connection), 1), SQLITE_OK);
+    EXPECT_EQ(Sql(connection,
+                  "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i + 1 FROM n) "
+                  "SELECT max(i) FROM n"),
+              SQLITE_INTERRUPT);
+}
+
 }  // namespace

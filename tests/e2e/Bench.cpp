@@ -101,6 +101,21 @@ void Bench::StartService() {
     AwaitLog(m_isSimulated ? "bluetoothd is there" : "bluetoothd is not on the bus");
 }
 
+std::pair<std::vector<std::string>, std::string> Bench::RunToEnd(
+    const std::string& program, std::vector<std::string> arguments) {
+    std::vector<std::string> output;
+    std::optional<std::string> end;
+    std::string error;
+    arguments.insert(arguments.begin(), program);
+    const ChildPtr child =
+        ChildProcess::Start({std::move(arguments), {}},
+                            {[&output](const std::string& line) { output.push_back(line); },
+                             nullptr, [&end](const std::string& how) { end = how; }},
+                            error);
+    Check(child != nullptr && AwaitThat([&end] { return end.has_value(); }), program + " " + error);
+    return {output, *end};
+}
+
 std::vector<std::string> Bench::Run(const std::string& program,
                                     const std::vector<std::string>& arguments,
                                     const std::string& wantedEnd) {

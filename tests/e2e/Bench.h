@@ -28,6 +28,9 @@ protected:
     // Starts it and waits until it owns its name; with the simulator there, until it knows the
     // objects.
     void StartService();
+    // Runs a program with its path to its end: what it printed, and how it ended.
+    static std::pair<std::vector<std::string>, std::string> RunToEnd(
+        const std::string& program, std::vector<std::string> arguments);
     // Runs an executable, which must end so ("" for status 0); what it printed and, when that is a
     // failure, its last complaint.
     std::vector<std::string> Run(const std::string& program,

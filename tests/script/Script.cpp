@@ -69,12 +69,20 @@ std::string Meant(const std::string& word) {
     return text;
 }
 
+Texts Came(const Player& player, const Step& step) {
+    try {
+        return player(step);
+    } catch (const std::exception& e) {
+        return {std::string("failed: ") + e.what()};
+    }
+}
+
 }  // namespace
 
 void Play(const std::string& file, const Player& player) {
     std::string asItWent;
     for (const auto& [comments, step] : Read(file)) {
-        const Texts came = player(step);
+        const Texts came = Came(player, step);
         const bool isAsWritten = g_pattern_match_simple(Joined(step.block, "").c_str(),
                                                         Joined(came, "").c_str()) != FALSE;
         EXPECT_TRUE(isAsWritten) << file << ":" << step.number << ": " << step.verb << " "
@@ -82,6 +90,9 @@ void Play(const std::string& file, const Player& player) {
                                  << Joined(came, kIndent);
         asItWent += comments + step.verb + (step.rest.empty() ? "" : " ") + step.rest + "\n" +
                     Joined(isAsWritten ? step.block : came, kIndent);
+        if (testing::Test::HasFatalFailure()) {
+            break;
+        }
     }
     EXPECT_FALSE(asItWent.empty()) << file << " has no step";
     if (testing::Test::HasFailure()) {
@@ -92,7 +103,9 @@ void Play(const std::string& file, const Player& player) {
 Texts FilesIn(const std::string& folder) {
     Texts files;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        files.push_back(entry.path().string());
+        if (entry.path().extension() == ".script") {
+            files.push_back(entry.path().string());
+        }
     }
     std::sort(files.begin(), files.end());
     return files;

@@ -24,7 +24,7 @@ using Player = std::function<Texts(const Step& step)>;
 // Plays the steps of the file in their order. If something else came of one than is written there,
 // the test fails and shows the file as it would have to be.
 void Play(const std::string& file, const Player& player);
-// The files of a folder, in the order of their names.
+// The scripts in a folder, in the order of their names.
 Texts FilesIn(const std::string& folder);
 // The words of a line, as in a shell; `\n` and `\377` stand for a character each, and `x*300` for
 // so many of them.
