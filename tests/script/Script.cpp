@@ -51,11 +51,11 @@ std::vector<std::pair<std::string, Step>> Read(const std::string& file) {
 
 // What a word stands for.
 std::string Meant(const std::string& word) {
-    if (word.size() > 2 && word[1] == '*' &&
-        std::isdigit(static_cast<unsigned char>(word[2])) != 0) {
-        return std::string(std::stoul(word.substr(2)), word[0]);
-    }
     std::string text;
+    if (word.size() > 2 && word[1] == '*' && g_ascii_isdigit(word[2])) {
+        text.assign(std::stoul(word.substr(2)), word[0]);
+        return text;
+    }
     for (std::size_t i = 0; i < word.size(); ++i) {
         if (word[i] != '\\') {
             text += word[i];
