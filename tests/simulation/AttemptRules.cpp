@@ -14,13 +14,9 @@ namespace {
 constexpr int kWindowMs = 10000;
 constexpr int kScanMs = 5000;
 constexpr int kPlayAfterMs = 3000;
-// How much longer the bus and a locked store may take.
-constexpr int kLatencyMs = 2500;
-
-bool IsAfter(gint64 beginMs, int ms) {
-    const gint64 passedMs = VirtualTime::NowMs() - beginMs;
-    return passedMs >= ms && passedMs <= ms + kLatencyMs;
-}
+// How much later things come when the store is locked, and else.
+constexpr int kHeldUpMs = 2500;
+constexpr int kPromptMs = 5;
 
 bool Holds(const std::string& line, const char* text) {
     return line.find(text) != std::string::npos;
@@ -63,6 +59,11 @@ void AttemptRules::OnLog(int priority, const char* format,
         (known->second != &AttemptRules::OnWindowChange || priority == DLOG_DEBUG)) {
         (this->*known->second)(text());
     }
+}
+
+bool AttemptRules::IsAfter(gint64 beginMs, int ms) const {
+    const gint64 passedMs = VirtualTime::NowMs() - beginMs;
+    return passedMs >= ms && passedMs <= ms + (isHeldUp() ? kHeldUpMs : kPromptMs);
 }
 
 void AttemptRules::OnSignalLine(const std::string& line) {

@@ -28,6 +28,8 @@ public:
     std::function<std::optional<bool>()> isWakeUpGood;
     // Whether the ambient picture shows.
     std::function<std::optional<bool>()> isAmbient;
+    // Whether the service may have to wait for its keys.
+    std::function<bool()> isHeldUp;
     // Whether the doctor says that nothing is in the way.
     std::function<bool()> isDoctorContent;
     // Whether the phone that was connected last plays.
@@ -89,6 +91,8 @@ private:
     void OnNoPlayerLine(const std::string& line);
     void OnPlayingLine(const std::string& line);
     void OnPlayLine(const std::string& line);
+    // Whether that is so long ago.
+    [[nodiscard]] bool IsAfter(gint64 beginMs, int ms) const;
     void TakeCheck();
     void CheckWakeUp();
     void Settle(Owed owed, const char* what);

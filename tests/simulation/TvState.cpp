@@ -211,6 +211,10 @@ void TvState::SpoilPhones(bool isOrder, const std::string& text) {
     m_isListCertain = false;
 }
 
+bool TvState::IsHeldUp() const {
+    return m_endStoreFault || VirtualTime::NowMs() - m_storeFaultMs < kFaultLastsMs;
+}
+
 std::optional<Judge::List> TvState::ListedPhones() {
     if (m_endStoreFault || !m_isListCertain || VirtualTime::NowMs() - m_listChangedMs < kNoticeMs) {
         return std::nullopt;
@@ -242,6 +246,7 @@ void TvState::EndStoreFaultAfter(int ms, std::function<void()> end) {
 void TvState::EndStoreFault() {
     m_storeFault.Cancel();
     if (const auto end = std::exchange(m_endStoreFault, nullptr)) {
+        m_storeFaultMs = VirtualTime::NowMs();
         end();
         // What was written meanwhile was not.
         m_keys.clear();

@@ -53,6 +53,8 @@ public:
     // Whether the doctor finds nothing wrong with the TV.
     [[nodiscard]] bool IsDoctorContent() const;
     [[nodiscard]] std::optional<Judge::List> ListedPhones();
+    // Whether the keys are locked or broken, or were a moment ago.
+    [[nodiscard]] bool IsHeldUp() const;
 
     // What the service asks after each wake-up.
     static constexpr char kReasonKey[] = "memory/platform/wakeup_reason";
@@ -64,6 +66,7 @@ public:
     [[nodiscard]] static const std::string& AddressOf(int phone);
 
 private:
+    static constexpr int kFaultLastsMs = 15000;
     [[nodiscard]] std::optional<int> NumberOf(const char* key) const;
     Platform::ConfigFile& FileOf(const std::string& key);
     void Write(const std::string& key, const Platform::ConfigValue& value);
@@ -80,5 +83,6 @@ private:
     gint64 m_updatedMs = 0;
     bool m_isListCertain = true;  // the service read what is written
     std::function<void()> m_endStoreFault;
+    gint64 m_storeFaultMs = -kFaultLastsMs;  // when the last one ended
     Timer m_storeFault;
 };

@@ -35,6 +35,7 @@ World::World(MemoryBus& bus, Judge& judge, std::function<void(const std::string&
     m_judge.attempt.isPlaying = [this](const std::string& address) {
         return IsPlaying(m_judge.PathOf(address));
     };
+    m_judge.attempt.isHeldUp = [this] { return tv.IsHeldUp(); };
     m_judge.attempt.isAmbient = [this] { return tv.IsAmbient(); };
     m_judge.attempt.isWakeUpGood = [this] { return tv.IsWakeUpGood(); };
     m_judge.attempt.isDoctorContent = [this] { return tv.IsDoctorContent(); };
