@@ -1,22 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The bt-autoconnect authors
 // SPDX-License-Identifier: Apache-2.0
-#include <poll.h>
-#include <systemd/sd-bus.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <ctime>
 #include <functional>
-#include <iostream>
-#include <map>
-#include <set>
 #include <sstream>
-#include <string>
-#include <vector>
+
+#include "benchmarks/FakeBluetooth.h"
 
 // org.bluez for measurements: an adapter, its devices, and phones that refuse each connection at
 // once. It does as little as possible itself, so that what it measures is the service and the bus.
@@ -24,8 +12,7 @@
 //
 //     ready, bare              until the service knows all devices; until bare_subscriber runs
 //     ping N                   median of an empty method call to bare_subscriber, in us
-//     attempts N               N wake-ups; medians of their steps in us, and of a call between
-//     them;
+//     attempts N               N wake-ups; medians of their steps in us, and of a call before each;
 //                              how many match rules others have more than before
 //     wake, find, miss         a wake-up, until the scan runs; its rest, with and without the phone
 //     sync                     until the service and bare_subscriber did all that was sent
@@ -37,37 +24,13 @@
 //                              (0: as fast as the bus carries), phones with a bond among them; the
 //                              first phone advertises before the last tenth. When that was seen
 //     walk                     an attempt; how many different phones were asked to connect
-//     block FROM TO            a wake-up; the main loop's longest pause from then to then, all in
-//     ms
+//     block FROM TO            a wake-up; the main loop's longest pause between these ms after it
 //
 // Usage: radio BONDED      the number of phones with a bond
 
 namespace {
 
-constexpr char kService[] = "com.velmora.tv.bt.autoconnect";
-constexpr char kServicePath[] = "/com/velmora/tv/bt/autoconnect";
-constexpr char kBare[] = "com.velmora.tv.bench.Bare";
-constexpr char kAdapter[] = "/org/bluez/hci0";
-constexpr char kDeviceInterface[] = "org.bluez.Device1";
-constexpr char kObjectManager[] = "org.freedesktop.DBus.ObjectManager";
-constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
-constexpr char kSinkUuid[] = "0000110b-0000-1000-8000-00805f9b34fb";
-constexpr std::uint64_t kAnswerUs = 60'000'000;
-
-std::uint64_t NowUs() {
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 +
-           static_cast<std::uint64_t>(now.tv_nsec) / 1000;
-}
-
-int Check(int result, const char* what) {
-    if (result < 0) {
-        std::fprintf(stderr, "radio: %s: %s\n", what, strerror(-result));
-        std::exit(1);
-    }
-    return result;
-}
+using namespace Bench;
 
 double Median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -75,109 +38,12 @@ double Median(std::vector<double> values) {
     return *middle;
 }
 
-// A phone's address begins with A0, a stranger's with B0.
-std::string Address(int first, int number, char separator) {
-    char text[18];
-    std::snprintf(text, sizeof text, "%02X%c00%c00%c%02X%c%02X%c%02X", first, separator, separator,
-                  separator, (number >> 16) & 0xFF, separator, (number >> 8) & 0xFF, separator,
-                  number & 0xFF);
-    return text;
-}
-
-std::string DevicePath(int first, int number) {
-    return std::string(kAdapter) + "/dev_" + Address(first, number, '_');
-}
-
-class Message {
+class Radio : public FakeBluetooth {
 public:
-    explicit Message(sd_bus_message* message) : m_message(message) {}
-    Message(const Message&) = delete;
-    Message& operator=(const Message&) = delete;
-    ~Message() { sd_bus_message_unref(m_message); }
-
-    template <typename... Values>
-    Message& Append(const char* types, Values... values) {
-        Check(sd_bus_message_append(m_message, types, values...), "append");
-        return *this;
-    }
-    Message& Open(char type, const char* contents) {
-        Check(sd_bus_message_open_container(m_message, type, contents), "open");
-        return *this;
-    }
-    Message& Close(int levels = 1) {
-        for (int i = 0; i < levels; ++i) {
-            Check(sd_bus_message_close_container(m_message), "close");
-        }
-        return *this;
-    }
-    // RSSI and ManufacturerData, the bytes 7 to 12 of which name a device.
-    Message& AppendHeard(int first, int number, int rssi) {
-        const std::uint8_t bytes[16] = {1,
-                                        2,
-                                        3,
-                                        4,
-                                        5,
-                                        6,
-                                        7,
-                                        static_cast<std::uint8_t>(first),
-                                        0,
-                                        0,
-                                        static_cast<std::uint8_t>(number >> 16),
-                                        static_cast<std::uint8_t>(number >> 8),
-                                        static_cast<std::uint8_t>(number)};
-        Append("{sv}", "RSSI", "n", rssi);
-        Open('e', "sv").Append("s", "ManufacturerData").Open('v', "a{qv}").Open('a', "{qv}");
-        Open('e', "qv").Append("q", 0xFFFF).Open('v', "ay");
-        Check(sd_bus_message_append_array(m_message, 'y', bytes, sizeof bytes), "bytes");
-        return Close(5);
-    }
-    // What bluetoothd tells of a device that was just made, but for what was heard of it.
-    Message& AppendDevice(int first, int number, bool isBonded) {
-        const std::string address = Address(first, number, ':');
-        return Append("{sv}{sv}{sv}{sv}{sv}{sv}{sv}{sv}{sv}{sv}{sv}{sv}",             //
-                      "Address", "s", address.c_str(), "AddressType", "s", "random",  //
-                      "Alias", "s", address.c_str(), "Paired", "b", isBonded,         //
-                      "Bonded", "b", isBonded, "Trusted", "b", isBonded,              //
-                      "Blocked", "b", 0, "LegacyPairing", "b", 0,                     //
-                      "Connected", "b", 0, "UUIDs", "as", 0,                          //
-                      "Adapter", "o", kAdapter, "ServicesResolved", "b", 0);
-    }
-    [[nodiscard]] sd_bus_message* Get() const { return m_message; }
-
-private:
-    sd_bus_message* m_message;
-};
-
-class Radio {
-public:
-    explicit Radio(int bonded) : m_bonded(bonded) {
-        Check(sd_bus_open_system(&m_bus), "the bus");
-        Check(sd_bus_add_filter(m_bus, nullptr, OnMessage, this), "filter");
-        for (const char* member : {"AddMatch", "RemoveMatch"}) {
-            const std::string rule =
-                std::string("eavesdrop='true',type='method_call',member='") + member + "'";
-            Check(sd_bus_call_method(m_bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                     "org.freedesktop.DBus", "AddMatch", nullptr, nullptr, "s",
-                                     rule.c_str()),
-                  "eavesdrop");
-        }
-        Check(sd_bus_request_name(m_bus, "org.bluez", 0), "org.bluez");
-    }
-    Radio(const Radio&) = delete;
-    Radio& operator=(const Radio&) = delete;
-    ~Radio() { sd_bus_flush_close_unref(m_bus); }
-
-    // Serves the bus until there is a command.
-    bool ReadCommand(std::string& line) {
-        while (true) {
-            Process();
-            pollfd files[] = {{STDIN_FILENO, POLLIN, 0}, {sd_bus_get_fd(m_bus), POLLIN, 0}};
-            poll(files, 2, -1);
-            if (files[0].revents != 0) {
-                return static_cast<bool>(std::getline(std::cin, line));
-            }
-        }
-    }
+    using FakeBluetooth::Add;
+    using FakeBluetooth::Advertise;
+    using FakeBluetooth::FakeBluetooth;
+    using FakeBluetooth::Remove;
 
     void AwaitService() {
         while (AskMainLoop() < 0) {
@@ -206,7 +72,7 @@ public:
         std::vector<double> start;
         std::vector<double> stop;
         std::vector<double> connect;
-        const int rules = m_rules;
+        const int rules = Rules();
         for (int i = 0; i < count; ++i) {
             call.push_back(CallNothing());
             start.push_back(Wake());
@@ -218,7 +84,7 @@ public:
                     {"start", Median(start)},
                     {"stop", Median(stop)},
                     {"connect", Median(connect)},
-                    {"rules", m_rules - rules}});
+                    {"rules", Rules() - rules}});
     }
 
     // The scan finds the phone. The microseconds until the service stops the discovery, and from
@@ -227,7 +93,7 @@ public:
         const std::uint64_t heardUs = NowUs();
         Advertise(0xA0, 0);
         const auto stopUs = static_cast<double>(Await("StopDiscovery") - heardUs);
-        const std::uint64_t stoppedUs = m_lastAnswerUs;
+        const std::uint64_t stoppedUs = LastAnswerUs();
         const auto connectUs = static_cast<double>(Await("ConnectProfile") - stoppedUs);
         // After the refusal the list is tried, which has the same phone.
         Await("ConnectProfile");
@@ -244,46 +110,20 @@ public:
 
     // Microseconds until the service starts the discovery.
     double Wake() {
-        m_calls.clear();
+        ForgetCalls();
         Message signal(
             New(sd_bus_message_new_signal, kServicePath, kService, "PrePareAndDoAutoConnect"));
         const std::uint64_t sentUs = NowUs();
         Send(signal);
         const auto tookUs = static_cast<double>(Await("StartDiscovery") - sentUs);
         Sync();
-        m_calls.clear();
+        ForgetCalls();
         return tookUs;
     }
 
     void Sync() {
         AskMainLoop();
         CallNothing();
-    }
-
-    void Add(int first, int number, bool isBonded, bool isHeard) {
-        Message signal(New(sd_bus_message_new_signal, "/", kObjectManager, "InterfacesAdded"));
-        signal.Append("o", DevicePath(first, number).c_str()).Open('a', "{sa{sv}}");
-        signal.Open('e', "sa{sv}").Append("s", kDeviceInterface).Open('a', "{sv}");
-        signal.AppendDevice(first, number, isBonded);
-        if (isHeard) {
-            signal.AppendHeard(first, number, -60);
-        }
-        Send(signal.Close(3));
-    }
-
-    void Remove(int number) {
-        Message signal(New(sd_bus_message_new_signal, "/", kObjectManager, "InterfacesRemoved"));
-        Send(signal.Append("oas", DevicePath(0xB0, number).c_str(), 1, kDeviceInterface));
-    }
-
-    void Advertise(int first, int number) {
-        // A phone's own address is random; only the bytes name it.
-        const int sender = first == 0xA0 ? 0xFFFFFF : number;
-        Message signal(New(sd_bus_message_new_signal, DevicePath(0xB0, sender).c_str(), kProperties,
-                           "PropertiesChanged"));
-        signal.Append("s", kDeviceInterface).Open('a', "{sv}");
-        signal.AppendHeard(first, number, -40 - ++m_heard % 50).Close();
-        Send(signal.Append("as", 0));
     }
 
     // Does `what` with each number; after each `step` the others catch up.
@@ -328,11 +168,11 @@ public:
 
     std::string Walk() {
         Wake();
-        m_asked.clear();
+        Asked().clear();
         Advertise(0xA0, 0);
         Await("ConnectProfile");
         Settle();
-        return Say({{"asked", static_cast<double>(m_asked.size())}});
+        return Say({{"asked", static_cast<double>(Asked().size())}});
     }
 
     std::string Block(int fromMs, int toMs) {
@@ -345,7 +185,7 @@ public:
         while (NowUs() < to) {
             const double us = AskMainLoop();
             longest = std::max(longest, NowUs() < from ? 0 : us);
-            sd_bus_wait(m_bus, 200);
+            sd_bus_wait(Bus(), 200);
         }
         return Say({{"block", longest / 1000}});
     }
@@ -361,141 +201,14 @@ private:
         return line.str();
     }
 
-    template <typename Make, typename... Arguments>
-    sd_bus_message* New(Make make, Arguments... arguments) {
-        sd_bus_message* message = nullptr;
-        Check(make(m_bus, &message, arguments...), "message");
-        return message;
-    }
-
-    void Send(Message& message) { Check(sd_bus_send(m_bus, message.Get(), nullptr), "send"); }
-    void Send(Message&& message) { Send(message); }
-
-    void WaitUntil(std::uint64_t dueUs) {
-        while (Process() || NowUs() < dueUs) {
-            sd_bus_wait(m_bus, dueUs > NowUs() ? dueUs - NowUs() : 0);
-        }
-    }
-
-    bool Process() {
-        bool didAny = false;
-        while (Check(sd_bus_process(m_bus, nullptr), "process") > 0) {
-            didAny = true;
-        }
-        return didAny;
-    }
-
     // Until no other phone is asked; each is, when the one before has refused.
     void Settle() {
         std::size_t before = 0;
-        for (int quiet = 0; quiet < 10; quiet = m_asked.size() == before ? quiet + 1 : 0) {
-            before = m_asked.size();
+        for (int quiet = 0; quiet < 10; quiet = Asked().size() == before ? quiet + 1 : 0) {
+            before = Asked().size();
             Sync();
         }
     }
-
-    // When the service's next call of that method arrived.
-    std::uint64_t Await(const std::string& member) {
-        const std::uint64_t untilUs = NowUs() + kAnswerUs;
-        std::vector<std::uint64_t>& calls = m_calls[member];
-        while (calls.empty()) {
-            if (NowUs() > untilUs) {
-                std::fprintf(stderr, "radio: the service does not call %s\n", member.c_str());
-                std::exit(1);
-            }
-            if (!Process()) {
-                sd_bus_wait(m_bus, 100'000);
-            }
-        }
-        const std::uint64_t at = calls.front();
-        calls.erase(calls.begin());
-        return at;
-    }
-
-    double AskMainLoop() {
-        Message call(New(sd_bus_message_new_method_call, kService, "/com/velmora/tv/platform",
-                         kProperties, "GetAll"));
-        return Call(call.Append("s", "com.velmora.tv.platform.MainLoop"));
-    }
-
-    double CallNothing() {
-        Message call(New(sd_bus_message_new_method_call, kBare, "/", kBare, "Nothing"));
-        return Call(call);
-    }
-
-    // The microseconds until the answer; -1 when it is an error.
-    double Call(Message& call) {
-        struct Answer {
-            std::uint64_t us = 0;
-            bool isError = false;
-        } answer;
-        const auto onAnswer = [](sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
-            *static_cast<Answer*>(data) = {NowUs(),
-                                           sd_bus_message_is_method_error(reply, nullptr) != 0};
-            return 0;
-        };
-        const std::uint64_t sentUs = NowUs();
-        Check(sd_bus_call_async(m_bus, nullptr, call.Get(), onAnswer, &answer, kAnswerUs), "call");
-        while (answer.us == 0) {
-            if (!Process()) {
-                sd_bus_wait(m_bus, kAnswerUs);
-            }
-        }
-        return answer.isError ? -1 : static_cast<double>(answer.us - sentUs);
-    }
-
-    static int OnMessage(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {
-        std::uint8_t type = 0;
-        sd_bus_message_get_type(message, &type);
-        const char* interface = sd_bus_message_get_interface(message);
-        if (type != SD_BUS_MESSAGE_METHOD_CALL || interface == nullptr ||
-            interface == std::string("org.freedesktop.DBus.Peer")) {
-            return 0;
-        }
-        static_cast<Radio*>(self)->OnCall(message, sd_bus_message_get_member(message));
-        return 1;
-    }
-
-    void OnCall(sd_bus_message* message, const std::string& member) {
-        if (member == "AddMatch" || member == "RemoveMatch") {
-            m_rules += member == "AddMatch" ? 1 : -1;
-            return;
-        }
-        m_calls[member].push_back(NowUs());
-        if (member == "ConnectProfile") {
-            m_asked.insert(sd_bus_message_get_path(message));
-            sd_bus_reply_method_errorf(message, "org.bluez.Error.Failed", "%s",
-                                       "br-connection-refused");
-        } else if (member == "GetManagedObjects") {
-            TellObjects(message);
-        } else {
-            sd_bus_reply_method_return(message, "");
-        }
-        m_lastAnswerUs = NowUs();
-    }
-
-    void TellObjects(sd_bus_message* call) {
-        sd_bus_message* made = nullptr;
-        Check(sd_bus_message_new_method_return(call, &made), "answer");
-        Message reply(made);
-        reply.Open('a', "{oa{sa{sv}}}");
-        reply.Append("{oa{sa{sv}}}", kAdapter, 1, "org.bluez.Adapter1", 4, "Alias", "s", "TV",
-                     "Powered", "b", 1, "Discovering", "b", 0, "UUIDs", "as", 1, kSinkUuid);
-        for (int i = 0; i < m_bonded; ++i) {
-            reply.Open('e', "oa{sa{sv}}").Append("o", DevicePath(0xA0, i).c_str());
-            reply.Open('a', "{sa{sv}}").Open('e', "sa{sv}").Append("s", kDeviceInterface);
-            reply.Open('a', "{sv}").AppendDevice(0xA0, i, true).Close(4);
-        }
-        Send(reply.Close());
-    }
-
-    sd_bus* m_bus = nullptr;
-    const int m_bonded;
-    int m_heard = 0;
-    int m_rules = 0;
-    std::uint64_t m_lastAnswerUs = 0;
-    std::map<std::string, std::vector<std::uint64_t>> m_calls;  // by method: when it came
-    std::set<std::string> m_asked;                              // devices, to connect
 };
 
 // The line that answers a command; empty when there is no such command.

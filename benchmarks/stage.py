@@ -57,7 +57,8 @@ class Program:
         self.prefix = f"{stage.folder}/{name}.{time.monotonic_ns()}"
         valgrind = ["valgrind", "-q", "--tool=callgrind", "--log-file=" + self.prefix + ".log",
                     "--callgrind-out-file=" + self.prefix, "--combine-dumps=no"]
-        self.process = subprocess.Popen((valgrind if counted else []) + [f"{BIN}/{name}", *arguments],
+        command = [f"{BIN}/{name}", *arguments]
+        self.process = subprocess.Popen(valgrind + command if counted else command,
                                         env=dict(os.environ, **stage.environment), **more)
         stage.programs.append(self)
 
