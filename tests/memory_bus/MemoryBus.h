@@ -82,9 +82,9 @@ private:
     static constexpr char kBluez[] = "org.bluez";
     using Action = std::function<void()>;
     struct Subscription {
-        std::string name;  // whose owner is watched; empty: a signal is listened to
+        std::string name;       // whose owner is watched; empty: a signal is listened to
         std::string interface;  // empty: any
-        std::string member;  // empty: any
+        std::string member;     // empty: any
         GDBusSignalCallback onSignal;
         GBusNameAppearedCallback onAppeared;
         GBusNameVanishedCallback onVanished;
