@@ -83,14 +83,16 @@ std::string PlayCommand::WhySilent() const {
 void PlayCommand::Play(const std::string& player) {
     m_player = player;
     m_deadline = Timer::Once(kPlayMs, [this] { OnDeadline(); });
-    m_play = Bluez::Call(m_mirror.Connection(), player, Bluez::kPlayerInterface, "Play", nullptr,
-                         kPlayMs, [this](GVariant* /*reply*/, const GError* error) {
-                             if (error != nullptr) {
-                                 PLAYER_ERROR("the play command failed: %s",
-                                              Platform::DescribeError(*error).c_str());
-                                 Finish();
-                             }
-                         });
+    m_play =
+        Bluez::Call(m_mirror.Connection(), player, Bluez::kPlayerInterface, "Play", nullptr,
+                    kPlayMs, [this](GVariant* /*reply*/, const GError* error) { OnAnswer(error); });
+}
+
+void PlayCommand::OnAnswer(const GError* error) {
+    if (error != nullptr) {
+        PLAYER_ERROR("the play command failed: %s", Platform::DescribeError(*error).c_str());
+        Finish();
+    }
 }
 
 void PlayCommand::OnDeadline() {

@@ -33,6 +33,8 @@ private:
     [[nodiscard]] std::string PlayerPath() const;
     [[nodiscard]] std::string WhySilent() const;
     void Play(const std::string& player);
+    // `error` is NULL when the player took the command.
+    void OnAnswer(const GError* error);
     void OnDeadline();
     void Finish();
 

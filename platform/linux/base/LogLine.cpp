@@ -25,6 +25,11 @@ bool EndsWith(std::string_view text, std::string_view end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
+// As the C library prints it.
+const char* OrNull(const char* text) {
+    return text == nullptr ? "(null)" : text;
+}
+
 // The digits of a number.
 class Number {
 public:
@@ -84,6 +89,8 @@ void LogLine::Append(std::string_view text) {
     m_size += text.size();
 }
 
+// NOLINTBEGIN(clang-analyzer-valist.Uninitialized): the constructor copies the arguments
+
 // Takes the place out of `arguments` and leaves the rest of `format`.
 void LogLine::AppendPlace(const char*& format, va_list& arguments) {
     const bool isAside = *format == kAside;
@@ -91,8 +98,8 @@ void LogLine::AppendPlace(const char*& format, va_list& arguments) {
         return;
     }
     format += kPlaceForm.size() + (isAside ? 1 : 0);
-    m_place.file = va_arg(arguments, const char*);
-    m_place.function = va_arg(arguments, const char*);
+    m_place.file = OrNull(va_arg(arguments, const char*));
+    m_place.function = OrNull(va_arg(arguments, const char*));
     m_place.line = va_arg(arguments, int);
     if (!isAside) {
         Append(m_place.file);
@@ -114,13 +121,11 @@ void LogLine::AppendFormatted(const char* format, va_list& arguments) {
         }
         const std::size_t begin = m_size;
         if (conversion[1] == 's') {
-            const char* const text = va_arg(arguments, const char*);
-            Append(text == nullptr ? "(null)" : text);
+            Append(OrNull(va_arg(arguments, const char*)));
         } else if (conversion[1] == 'd') {
             Append(Number(va_arg(arguments, int)).Text());
         } else {
             const std::size_t used = std::min(m_size, m_buffer.size());
-            // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): copied by the one caller
             const int length =
                 vsnprintf(m_buffer.data() + used, m_buffer.size() - used, conversion, arguments);
             m_size += static_cast<std::size_t>(std::max(length, 0));
@@ -133,6 +138,8 @@ void LogLine::AppendFormatted(const char* format, va_list& arguments) {
         format = conversion + 2;
     }
 }
+
+// NOLINTEND(clang-analyzer-valist.Uninitialized)
 
 std::string_view LogLine::From(std::size_t begin) const {
     const std::size_t end = std::min(m_size, kMaxBytes);

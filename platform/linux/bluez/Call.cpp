@@ -10,6 +10,28 @@
 
 namespace Bluez {
 
+namespace {
+
+// What waits for an answer that only the log may need.
+struct Sent {
+    std::string what;
+    std::function<void()> then;
+};
+
+void OnSent(GObject* source, GAsyncResult* result, gpointer data) noexcept {
+    const std::unique_ptr<Sent> sent(static_cast<Sent*>(data));
+    GErrorPtr error;
+    const GVariantPtr reply(g_dbus_connection_call_finish(
+        reinterpret_cast<GDBusConnection*>(source), result, Out(error)));
+    if (!reply) {
+        PLATFORM_WARN("%s failed: %s", sent->what.c_str(), Platform::DescribeError(*error).c_str());
+    } else if (sent->then) {
+        sent->then();
+    }
+}
+
+}  // namespace
+
 struct Call::Pending {
     Pending() = default;
     Pending(const Pending&) = delete;
@@ -60,26 +82,9 @@ void Call::Finish(const WeakPending& weak, GVariant* reply, const GError* error)
 void Send(GDBusConnection* connection, const std::string& path, const char* interface,
           const char* method, GVariant* arguments, const std::string& what,
           std::function<void()> then) {
-    struct Pending {
-        std::string what;
-        std::function<void()> then;
-    };
-    g_dbus_connection_call(
-        connection, kBusName, path.c_str(), interface, method, arguments, nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr,
-        [](GObject* source, GAsyncResult* result, gpointer data) noexcept {
-            const std::unique_ptr<Pending> pending(static_cast<Pending*>(data));
-            GErrorPtr error;
-            const GVariantPtr reply(g_dbus_connection_call_finish(
-                reinterpret_cast<GDBusConnection*>(source), result, Out(error)));
-            if (!reply) {
-                PLATFORM_WARN("%s failed: %s", pending->what.c_str(),
-                              Platform::DescribeError(*error).c_str());
-            } else if (pending->then) {
-                pending->then();
-            }
-        },
-        new Pending{what, std::move(then)});
+    g_dbus_connection_call(connection, kBusName, path.c_str(), interface, method, arguments,
+                           nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, OnSent,
+                           new Sent{what, std::move(then)});
 }
 
 void SetProperty(GDBusConnection* connection, const std::string& path, const char* interface,

@@ -25,19 +25,18 @@ constexpr std::size_t kCrowd = 256;
 
 Mirror::Mirror()
     : m_patience(kFirstPatienceMs, kLongestPatienceMs), m_busRequest(g_cancellable_new()) {
-    g_bus_get(
-        G_BUS_TYPE_SYSTEM, m_busRequest.get(),
-        [](GObject* /*source*/, GAsyncResult* result, gpointer data) noexcept {
-            GErrorPtr error;
-            GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result, Out(error)));
-            if (connection) {
-                static_cast<Mirror*>(data)->OnConnection(std::move(connection));
-            } else if (!g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED)) {
-                static_cast<Mirror*>(data)->m_isAbsent = true;
-                PLATFORM_WARN("no Bluetooth, the system bus cannot be reached: %s", error->message);
-            }
-        },
-        this);
+    g_bus_get(G_BUS_TYPE_SYSTEM, m_busRequest.get(), OnBus, this);
+}
+
+void Mirror::OnBus(GObject* /*source*/, GAsyncResult* result, gpointer self) noexcept {
+    GErrorPtr error;
+    GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result, Out(error)));
+    if (connection) {
+        static_cast<Mirror*>(self)->OnConnection(std::move(connection));
+    } else if (!g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED)) {
+        static_cast<Mirror*>(self)->m_isAbsent = true;
+        PLATFORM_WARN("no Bluetooth, the system bus cannot be reached: %s", error->message);
+    }
 }
 
 Mirror::~Mirror() {

@@ -87,6 +87,7 @@ public:
 private:
     static void OnBusClosed(GDBusConnection* connection, gboolean remotePeerVanished, GError* error,
                             gpointer data) noexcept;
+    static void OnBus(GObject* source, GAsyncResult* result, gpointer self) noexcept;
     void OnConnection(GObjectPtr<GDBusConnection> connection);
     void OnServiceAppeared();
     void OnServiceVanished();
