@@ -189,7 +189,7 @@ void ReadWake(KeyReader& keys, std::vector<TvEvent>& events) {
 
 std::string TakeWord(std::string& text) {
     const std::size_t end = text.find(' ');
-    const std::string word = text.substr(0, end);
+    std::string word = text.substr(0, end);
     text = end == std::string::npos ? "" : text.substr(end + 1);
     return word;
 }

@@ -47,6 +47,7 @@ std::vector<std::string> Boots(sd_journal* journal) {
         sd_journal_flush_matches(journal);
     }
     std::vector<std::string> boots;
+    boots.reserve(begins.size());
     for (const auto& [begin, boot] : begins) {
         boots.push_back(boot);
     }
@@ -56,13 +57,14 @@ std::vector<std::string> Boots(sd_journal* journal) {
 // The id of the boot so many before this one, 0 for this one; empty when there is none.
 std::string BootBefore(sd_journal* journal, int offset) {
     sd_id128_t id = {};
-    const std::string current = sd_id128_get_boot(&id) < 0 ? "" : HexOf(id);
+    std::string current = sd_id128_get_boot(&id) < 0 ? "" : HexOf(id);
     if (offset == 0) {
         return current;
     }
     const std::vector<std::string> boots = Boots(journal);
-    const auto at = std::find(boots.begin(), boots.end(), current) + offset;
-    return at < boots.begin() || at >= boots.end() ? "" : *at;
+    const auto index = std::find(boots.begin(), boots.end(), current) - boots.begin() + offset;
+    const bool isThere = index >= 0 && index < static_cast<std::ptrdiff_t>(boots.size());
+    return isThere ? boots[static_cast<std::size_t>(index)] : "";
 }
 
 // The group that may read a file that this user may not; empty when this user may, too, or it is
@@ -80,7 +82,7 @@ std::string GroupThatMayRead(const std::string& path) {
 std::string GroupOfFolder(const std::string& folder) {
     std::error_code unreadable;
     for (const auto& file : std::filesystem::directory_iterator(folder, unreadable)) {
-        const std::string group =
+        std::string group =
             file.path().extension() == ".journal" ? GroupThatMayRead(file.path()) : "";
         if (!group.empty()) {
             return group;
@@ -96,7 +98,7 @@ std::string GroupOfMachine() {
         return "";
     }
     for (const char* folder : {"/var/log/journal/", "/run/log/journal/"}) {
-        const std::string group = GroupOfFolder(folder + HexOf(machine));
+        std::string group = GroupOfFolder(folder + HexOf(machine));
         if (!group.empty()) {
             return group;
         }

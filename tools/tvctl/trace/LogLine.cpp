@@ -105,7 +105,7 @@ std::optional<std::int64_t> ParseOwnTime(std::string_view text) {
     time.tm_hour = Digits(text, 11, 2);
     time.tm_min = Digits(text, 14, 2);
     time.tm_sec = Digits(text, 17, 2);
-    return std::int64_t{timegm(&time)} * G_USEC_PER_SEC + Digits(text, 20, 3) * 1000;
+    return std::int64_t{timegm(&time)} * G_USEC_PER_SEC + std::int64_t{Digits(text, 20, 3)} * 1000;
 }
 
 // What loggers write: seconds, a date with a time, or the same without the year.

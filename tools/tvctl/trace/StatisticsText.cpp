@@ -53,9 +53,8 @@ void AddPhones(const Statistics& statistics, std::vector<std::string>& lines) {
                            "median", "95 %", "most frequent reason otherwise"));
     for (const auto& [address, phone] : phones) {
         const auto reason = MostFrequent(phone->reasons, 1);
-        const bool played = phone->music.Count() > 0;
-        const auto duration = [&](int percent) {
-            return played ? DurationText(phone->music.PercentileMs(percent)) : "-";
+        const auto duration = [&music = phone->music](int percent) {
+            return music.Count() > 0 ? DurationText(music.PercentileMs(percent)) : "-";
         };
         lines.push_back(Format(
             "%-17s %7zu %9zu %7zu %9s %9s  %s", address.empty() ? "(not named)" : address.c_str(),
