@@ -211,13 +211,13 @@ ConfigStatus ConfigFile::OpenDatabase(Access access) {
 }
 
 // Nobody hands the file's lock over. One that writes a durable file without a pause holds it nearly
-// all the time, and the others would find it held until they give up. What a command writes is done
-// long before it is their turn.
+// all the time, and the others would find it held until they give up. On a main loop a pause would
+// hold up everything else, and what a command writes is done long before it is the others' turn.
 void ConfigFile::YieldToOtherWriters() {
     const auto now = steady_clock::now();
     if (m_kind != Kind::kDurable || now - m_lastWrite >= kTurn) {
         m_burstStart = now;
-    } else if (now - m_burstStart >= kLongestBurst) {
+    } else if (!LoopTurn() || now - m_burstStart >= kLongestBurst) {
         std::this_thread::sleep_for(kTurn);
         m_burstStart = steady_clock::now();
     }
