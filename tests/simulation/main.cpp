@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <set>
@@ -14,7 +15,7 @@
 
 #include "autoconnect/src/AutoConnectApp.h"
 #include "platform/bluetooth.h"
-#include "platform/system_log.h"
+#include "platform/linux/base/PlatformLog.h"
 #include "tests/simulation/Simulation.h"
 
 // The service in a world that is a story or a scenario: see docs/contributing.md.
@@ -249,7 +250,10 @@ int __wrap___dlog_print(log_id_t /*buffer*/, int priority, const char* tag, cons
         va_copy(copy, arguments);
         vsnprintf(buffer, sizeof buffer, format, copy);
         va_end(copy);
-        return WithoutRoot(buffer);
+        // The platform's own lines are printed without their place.
+        const char* const end =
+            format[0] == PLATFORM_PLACE_ASIDE[0] ? std::strstr(buffer, " > ") : nullptr;
+        return WithoutRoot(end == nullptr ? buffer : end + std::strlen(" > "));
     });
     va_end(arguments);
     return 0;
