@@ -40,7 +40,9 @@ void CheckText(const std::vector<std::string>& lines) {
 void CheckJson(const Json::Value& value) {
     const std::string json = Util::JsonUtil::JsonToString(value);
     try {
-        Check(Util::JsonUtil::StringToJson(json) == value, "the JSON is read as written", json);
+        // As text: a number that is read has another type than the one that was written.
+        Check(Util::JsonUtil::JsonToString(Util::JsonUtil::StringToJson(json)) == json,
+              "the JSON is read as written", json);
     } catch (const std::exception& e) {
         Check(false, e.what(), json);
     }
